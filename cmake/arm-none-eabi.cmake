@@ -1,0 +1,15 @@
+# The device's machine: ARMv4 without floating point. Debian's bare-metal compiler knows no Windows, so the Windows
+# headers come from mingw-w64 (see platform/device/compiler.h). Nothing built this way runs: the build proves that
+# the source compiles for the device and calls only what the device has.
+set(CMAKE_SYSTEM_NAME Generic)
+set(CMAKE_SYSTEM_PROCESSOR armv4)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+set(CMAKE_C_COMPILER arm-none-eabi-gcc)
+set(CMAKE_CXX_COMPILER arm-none-eabi-g++)
+set(CMAKE_ASM_COMPILER arm-none-eabi-gcc)
+
+set(CMAKE_CXX_FLAGS_INIT
+  "-march=armv4 -marm -mfloat-abi=soft -fshort-wchar -fno-threadsafe-statics -fno-use-cxa-atexit")
+set(CMAKE_ASM_FLAGS_INIT "-march=armv4 -marm -mfloat-abi=soft")
+set(PELNOR_WINDOWS_HEADERS /usr/share/mingw-w64/include)

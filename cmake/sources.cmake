@@ -1,0 +1,59 @@
+# The program's files, one home after the other. Every file of a subsystem goes into PELNOR_SOURCES, which both
+# homes compile; what only one home needs stands in its own list.
+set(PELNOR_SOURCES
+  platform/dialog.cpp
+  platform/memory.cpp
+  text/convert.cpp
+  text/jis.cpp
+  text/last_error.cpp
+  text/line.cpp
+  text/messages.cpp
+  text/mime.cpp
+  text/sjis.cpp
+  store/article_list.cpp
+  store/data_folder.cpp
+  store/file.cpp
+  store/group_store.cpp
+  store/header_block.cpp
+  store/index.cpp
+  store/log.cpp
+  store/record.cpp
+  store/string_set.cpp
+  store/upgrade.cpp
+  filters/keyword_filter.cpp
+  filters/match.cpp
+  settings/registry.cpp
+  settings/settings.cpp
+  settings/view_options.cpp
+  subscribe/group_file.cpp
+  nntp/article_download.cpp
+  nntp/article_plan.cpp
+  nntp/connection.cpp
+  nntp/download_job.cpp
+  nntp/group_cursor.cpp
+  nntp/password_prompt.cpp
+  nntp/progress_dialog.cpp
+  nntp/reply.cpp
+  nntp/run_result.cpp
+  nntp/session.cpp
+  views/group_view.cpp
+  shell/about.cpp
+  shell/application.cpp
+  shell/catch_up.cpp
+  shell/commands.cpp
+  shell/frame_window.cpp
+  shell/not_yet.cpp
+  shell/reload.cpp
+  shell/run.cpp
+  shell/view_switch.cpp
+)
+
+set(PELNOR_DESKTOP_SOURCES
+  platform/desktop/desktop.cpp
+  platform/desktop/menubar.cpp
+)
+
+set(PELNOR_DEVICE_SOURCES
+  platform/device/device.cpp
+  platform/device/runtime.cpp
+)

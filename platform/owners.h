@@ -1,0 +1,81 @@
+// One tiny move-only owner per release call.
+#pragma once
+
+#include "platform/platform.h"
+
+// `Traits` names the handle's type, what "none" is, and how one is released.
+template <class Traits>
+class Owner {
+  public:
+    using Handle = typename Traits::Handle;
+
+    Owner() = default;
+    explicit Owner(Handle handle) : handle_(handle) {}
+    ~Owner() { Reset(); }
+    Owner(const Owner&) = delete;
+    Owner& operator=(const Owner&) = delete;
+    Owner(Owner&& other) noexcept : handle_(other.Release()) {}
+    Owner& operator=(Owner&& other) noexcept {
+        if (this != &other) Reset(other.Release());
+        return *this;
+    }
+
+    Handle Get() const { return handle_; }
+    explicit operator bool() const { return handle_ != Traits::None(); }
+
+    // Hands the handle out: the caller releases it.
+    Handle Release() {
+        const Handle handle = handle_;
+        handle_ = Traits::None();
+        return handle;
+    }
+
+    // The last error survives the release.
+    void Reset(Handle handle = Traits::None()) {
+        if (handle_ != Traits::None()) {
+            const DWORD error = GetLastError();
+            Traits::Free(handle_);
+            SetLastError(error);
+        }
+        handle_ = handle;
+    }
+
+  private:
+    Handle handle_ = Traits::None();
+};
+
+struct FileTraits {
+    using Handle = HANDLE;
+    static Handle None() { return INVALID_HANDLE_VALUE; }
+    static void Free(Handle handle) { CloseHandle(handle); }
+};
+
+struct FindTraits {
+    using Handle = HANDLE;
+    static Handle None() { return INVALID_HANDLE_VALUE; }
+    static void Free(Handle handle) { FindClose(handle); }
+};
+
+struct RegistryKeyTraits {
+    using Handle = HKEY;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { RegCloseKey(handle); }
+};
+
+struct HeapTraits {
+    using Handle = HANDLE;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { HeapDestroy(handle); }
+};
+
+struct FontTraits {
+    using Handle = HFONT;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { DeleteObject(handle); }
+};
+
+using FileOwner = Owner<FileTraits>;
+using FindOwner = Owner<FindTraits>;
+using RegistryKeyOwner = Owner<RegistryKeyTraits>;
+using HeapOwner = Owner<HeapTraits>;
+using FontOwner = Owner<FontTraits>;

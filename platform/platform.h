@@ -1,0 +1,28 @@
+// The device's API, and the few calls that the two homes spell differently. This folder is the only one that
+// knows which home the program runs in.
+#pragma once
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <prsht.h>
+
+#include "platform/menubar.h"
+
+// Keeps a pointer in a window's extra bytes (`offset` counted from 0) or, at kUserData, in its user data. The
+// window does not own it.
+constexpr int kUserData = -21;
+void SetWindowPointer(HWND window, int offset, void* pointer);
+void* GetWindowPointer(HWND window, int offset);
+
+// Extra bytes that a window class must ask for to keep one such pointer.
+constexpr int kPointerExtra = static_cast<int>(sizeof(LONG_PTR));
+
+// Runs the dialog `id` of `instance` modally with `parameter` for WM_INITDIALOG. Returns what EndDialog was
+// given, -1 when the template is missing or the dialog cannot be made.
+INT_PTR RunDialog(HINSTANCE instance, int id, HWND owner, DLGPROC procedure, void* parameter);
+
+// The code page of stored text: Shift_JIS (932) where it is installed, else the system's.
+UINT TextCodePage();

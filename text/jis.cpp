@@ -1,0 +1,165 @@
+#include "text/jis.h"
+
+#include <cstring>
+
+#include "text/last_error.h"
+#include "text/sjis.h"
+
+namespace {
+
+constexpr char kEscape = 0x1B;
+
+enum class Mode { kSingleByte, kTwoByte, kKatakana };
+
+struct EscapeSequence {
+    char text[3];
+    unsigned char length;
+    Mode mode;
+};
+
+constexpr EscapeSequence kEscapes[] = {
+    {{'$', 'B', 0}, 2, Mode::kTwoByte},    {{'$', '@', 0}, 2, Mode::kTwoByte},
+    {{'(', 'B', 0}, 2, Mode::kSingleByte}, {{'(', 'J', 0}, 2, Mode::kSingleByte},
+    {{'(', 'H', 0}, 2, Mode::kSingleByte}, {{'(', 'I', 0}, 2, Mode::kKatakana},
+    {{'K', 0, 0}, 1, Mode::kTwoByte},      {{'H', 0, 0}, 1, Mode::kSingleByte},
+};
+
+// `source` stands just behind an ESC. Null when it is no sequence that the program knows.
+const EscapeSequence* FindEscape(const char* source) {
+    for (const EscapeSequence& escape : kEscapes) {
+        if (std::strncmp(source, escape.text, escape.length) == 0) return &escape;
+    }
+    return nullptr;
+}
+
+unsigned ByteAt(const char* text) {
+    return static_cast<unsigned char>(*text);
+}
+bool IsJis(unsigned byte) {
+    return byte >= 0x21 && byte <= 0x7E;
+}
+bool IsEuc(unsigned byte) {
+    return byte >= 0xA1 && byte <= 0xFE;
+}
+
+void PutJisAsSjis(unsigned j1, unsigned j2, char* destination) {
+    if (j1 % 2 != 0) {
+        j2 += j2 < 0x60 ? 0x1F : 0x20;
+    } else {
+        j2 += 0x7E;
+    }
+    j1 = (j1 + (j1 < 0x5F ? 0xE1 : 0x161)) / 2;
+    destination[0] = static_cast<char>(j1);
+    destination[1] = static_cast<char>(j2);
+}
+
+// Takes one unit of the two-byte mode. The bytes taken equal the bytes written: 1 or 2.
+unsigned TakeTwoByte(const char* source, char* destination) {
+    const unsigned first = ByteAt(source);
+    destination[0] = source[0];
+    if (!IsJis(first) && !IsEuc(first)) return 1;
+    const unsigned second = ByteAt(source + 1);
+    if (second == 0) return 1;  // the line ends inside a pair: what is there is kept
+    destination[1] = source[1];
+    if ((IsJis(first) && IsJis(second)) || (IsEuc(first) && IsEuc(second))) {
+        PutJisAsSjis(first & 0x7F, second & 0x7F, destination);
+    }
+    return 2;
+}
+
+// Text that grows as it is written; `failed` stays set once memory ran out.
+struct GrowingText {
+    NarrowText buffer;
+    std::size_t length = 0;
+    std::size_t capacity = 0;
+    bool failed = false;
+};
+
+constexpr std::size_t kFirstCapacity = 256;
+constexpr std::size_t kGrowth = 64;
+
+void Put(GrowingText& text, char byte) {
+    if (text.length == text.capacity && !text.failed) {
+        const std::size_t capacity = text.capacity ? text.capacity + kGrowth : kFirstCapacity;
+        NarrowText larger = NewArray<char>(capacity);
+        text.failed = !larger;
+        if (larger && text.length != 0) std::memcpy(larger.get(), text.buffer.get(), text.length);
+        if (larger) {
+            text.buffer = std::move(larger);
+            text.capacity = capacity;
+        }
+    }
+    if (!text.failed) text.buffer[text.length++] = byte;
+}
+
+void PutEscape(GrowingText& text, char second, char third) {
+    Put(text, kEscape);
+    Put(text, second);
+    Put(text, third);
+}
+
+bool IsTrailByte(unsigned byte) {
+    return byte >= 0x40 && byte <= 0xFC && byte != 0x7F;
+}
+
+void PutSjisAsJis(GrowingText& text, unsigned s1, unsigned s2) {
+    unsigned j1 = 2 * (s1 - (s1 <= 0x9F ? 0x70 : 0xB0));
+    if (s2 < 0x9F) j1 -= 1;
+    const unsigned j2 = s2 - (s2 < 0x7F ? 0x1F : s2 < 0x9F ? 0x20 : 0x7E);
+    Put(text, static_cast<char>(j1 & 0xFF));
+    Put(text, static_cast<char>(j2 & 0xFF));
+}
+
+// Writes the two-byte character at `text`; returns the bytes taken.
+unsigned PutCharacter(GrowingText& out, const char* text) {
+    const unsigned trail = ByteAt(text + 1);
+    if (IsTrailByte(trail)) {
+        PutSjisAsJis(out, ByteAt(text), trail);
+        return 2;
+    }
+    Put(out, text[0]);
+    if (trail == 0) return 1;
+    Put(out, text[1]);
+    return 2;
+}
+
+}  // namespace
+
+void LineFromJis(const char* source, char* destination) {
+    Mode mode = Mode::kSingleByte;
+    while (*source) {
+        const EscapeSequence* escape = *source == kEscape ? FindEscape(source + 1) : nullptr;
+        if (escape) {
+            mode = escape->mode;
+            source += 1 + escape->length;
+        } else if (mode == Mode::kTwoByte) {
+            const unsigned taken = TakeTwoByte(source, destination);
+            source += taken;
+            destination += taken;
+        } else {
+            const unsigned topBit = mode == Mode::kKatakana ? 0x80 : 0;
+            *destination++ = static_cast<char>(ByteAt(source++) | topBit);
+        }
+    }
+    *destination = '\0';
+}
+
+NarrowText TextToJis(const char* text) {
+    GrowingText out;
+    bool twoByte = false;
+    while (*text) {
+        const bool lead = IsLeadByte(*text);
+        if (lead && !twoByte) PutEscape(out, '$', 'B');
+        if (!lead && twoByte) PutEscape(out, '(', 'B');
+        twoByte = lead;
+        if (lead) {
+            text += PutCharacter(out, text);
+        } else {
+            Put(out, *text++);
+        }
+    }
+    PutEscape(out, '(', 'B');
+    Put(out, '\0');
+    if (out.failed) SetError(kErrorNoMemory);
+    return out.failed ? nullptr : std::move(out.buffer);
+}

@@ -1,0 +1,39 @@
+// The one rule of what a line is, for lines from the server and from files alike. Knows no platform.
+#pragma once
+
+#include <cstddef>
+
+enum class LineState {
+    kOpen,      // more bytes are wanted
+    kComplete,  // the byte was the line's LF
+    kFull,      // the buffer holds `capacity` bytes and the line has not ended
+};
+
+// Collects one line's bytes into a caller's buffer. A CR anywhere in the line makes the next LF its end; an
+// LF without an earlier CR is an ordinary byte. The buffer has room for `capacity` bytes and one spare byte.
+struct LineAssembler {
+    char* buffer = nullptr;  // not owned
+    std::size_t capacity = 0;
+    std::size_t length = 0;
+    bool seenCr = false;
+};
+
+inline bool IsFull(const LineAssembler& line) {
+    return line.length == line.capacity;
+}
+
+LineState AddToLine(LineAssembler& line, char byte);
+
+// Terminates what was collected with a NUL. With `cut`, the line end (CR LF, or the LF alone) goes.
+void FinishLine(LineAssembler& line, bool cut);
+
+// Bytes of the line end that text[0..length) carries: 2 for CR LF, 1 for a lone LF, else 0.
+std::size_t LineEndLength(const char* text, std::size_t length);
+
+// The line that ends a multi-line reply: "." CR LF and nothing else (RFC 3977, section 3.1.1).
+bool IsFinalDot(const char* line);
+
+// The line without the dot that a server puts before one that begins with a dot.
+inline const char* Unstuffed(const char* line) {
+    return *line == '.' ? line + 1 : line;
+}

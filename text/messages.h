@@ -1,0 +1,29 @@
+// The program's texts: string-table entries and "(%d)" messages. Both helpers hold one buffer for the whole
+// process, so each call overwrites the text of the one before; a caller that needs two texts copies the
+// first. The worker threads use them too, copying at once.
+#pragma once
+
+#include "platform/platform.h"
+
+constexpr int kTextCapacity = 1024;  // UTF-16 units of each shared buffer, and of a message's title or text
+
+// The module that holds the resources; set once at start-up.
+void SetResourceInstance(HINSTANCE instance);
+HINSTANCE ResourceInstance();
+
+// String-table entry `id`, or null when there is none.
+const wchar_t* LoadResString(UINT id);
+
+// `format` with the last error for its one "%d".
+const wchar_t* FormatLastError(const wchar_t* format);
+
+// `format` with one text for its "%s", cut to kTextCapacity - 1 units.
+const wchar_t* FormatText(const wchar_t* format, const wchar_t* text);
+
+// Copies `text` into a buffer of `capacity` units, cut to fit and always terminated.
+void CopyCut(wchar_t* buffer, std::size_t capacity, const wchar_t* text);
+
+constexpr wchar_t kProgramCaption[] = L"PELNOR";
+
+// Message boxes without an owner. `id` is a "(%d)" text, filled with the last error before the box opens.
+void ShowLastError(UINT id, const wchar_t* caption, UINT icon = MB_ICONERROR);

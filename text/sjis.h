@@ -1,0 +1,15 @@
+// Where 8-bit Shift_JIS text may be cut.
+#pragma once
+
+#include <cstddef>
+
+// The first byte of a two-byte character.
+inline bool IsLeadByte(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
+
+// Copies the characters of text[0..length) to `field`, whole characters only, at most `limit` bytes. It stops
+// at CR, LF or NUL; a lead byte is copied only together with its trail byte. Returns the number of bytes
+// copied; no NUL is added.
+std::size_t CopyWholeCharacters(char* field, std::size_t limit, const char* text, std::size_t length);
