@@ -1,0 +1,159 @@
+#include "store/article_list.h"
+
+#include <cstring>
+
+#include "store/index.h"
+#include "store/log.h"
+#include "text/last_error.h"
+
+namespace {
+
+enum RowClass : uint8_t { kHighRow, kNormalRow, kLowRow, kHidden };
+constexpr uint32_t kRunCount = 3;
+
+RowClass ClassOf(const ArticleList& list, const IndexRecord& record) {
+    if (IsRead(record) && !list.showRead) return kHidden;
+    switch (PriorityOf(record)) {
+        case kPriorityHigh:
+            return kHighRow;
+        case kPriorityLow:
+            return list.priorityLevel == kPriorityLow ? kLowRow : kHidden;
+        default:
+            return list.priorityLevel == kPriorityHigh ? kHidden : kNormalRow;
+    }
+}
+
+template <class T>
+T* AllocateOn(HANDLE heap, uint32_t count) {
+    const SIZE_T size = (count ? count : 1) * static_cast<SIZE_T>(sizeof(T));
+    return static_cast<T*>(HeapAlloc(heap, 0, size));
+}
+
+// Reads every record once; counts the rows of each run.
+bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
+    for (uint32_t number = 0; number < list.store.recordCount; ++number) {
+        IndexRecord record;
+        if (!ReadRecord(list.store, record, number)) return false;
+        classes[number] = ClassOf(list, record);
+        ++counts[classes[number]];
+    }
+    return true;
+}
+
+bool MakeRowMap(ArticleList& list) {
+    uint32_t counts[kRunCount + 1] = {};
+    const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.recordCount);
+    if (!classes) return Fail(kErrorNoMemory);
+    if (!OpenIndex(list.store)) return false;
+    const bool classified = Classify(list, classes.get(), counts);
+    {
+        const ErrorKeeper keeper;
+        CloseDataFile(list.store.index);
+    }
+    if (!classified) return false;
+    uint32_t next[kRunCount] = {0, counts[kHighRow], counts[kHighRow] + counts[kNormalRow]};
+    const uint32_t visible = next[kLowRow] + counts[kLowRow];
+    list.rowMap = AllocateOn<uint32_t>(list.heap.Get(), visible);
+    if (!list.rowMap) return Fail(kErrorNoMemory);
+    for (uint32_t number = 0; number < list.store.recordCount; ++number) {
+        if (classes[number] != kHidden) list.rowMap[next[classes[number]]++] = number;
+    }
+    list.visibleCount = visible;
+    return true;
+}
+
+void Forget(ArticleList& list) {
+    list.heap.Reset();
+    list.page = nullptr;
+    list.rowMap = nullptr;
+    list.visibleCount = list.rowsInPage = list.firstRow = list.currentInPage = 0;
+}
+
+bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) {
+    if (row < list.firstRow || row - list.firstRow >= list.rowsInPage) return Fail(kErrorInvalidArgument);
+    IndexRecord& record = list.page[row - list.firstRow];
+    IndexRecord changed = record;
+    changed.flags = (record.flags | set) & ~clear;
+    if (!WriteRecord(list.store, changed, list.rowMap[row])) return false;
+    if (!IsRead(record) && IsRead(changed)) --list.store.unreadCount;
+    if (IsRead(record) && !IsRead(changed)) ++list.store.unreadCount;
+    record = changed;
+    return true;
+}
+
+template <std::size_t Size>
+uint32_t LongestField(const ArticleList& list, char (IndexRecord::*field)[Size]) {
+    uint32_t longest = 0;
+    for (uint32_t i = 0; i < list.rowsInPage; ++i) {
+        const char* text = list.page[i].*field;
+        const void* end = std::memchr(text, '\0', Size);
+        const auto length = static_cast<uint32_t>(end ? static_cast<const char*>(end) - text : Size);
+        if (length > longest) longest = length;
+    }
+    return longest;
+}
+
+}  // namespace
+
+bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* group) {
+    Forget(list);
+    list.open = false;
+    if (!SetNames(list.store, folder, group) || !ReadHeader(list.store)) return false;
+    list.open = true;
+    return true;
+}
+
+bool BuildArticleList(ArticleList& list, uint32_t pageSize) {
+    Forget(list);
+    if (!ReadHeader(list.store)) return false;
+    list.heap.Reset(HeapCreate(0, 0, 0));
+    if (!list.heap) return Fail(kErrorNoMemory);
+    list.page = AllocateOn<IndexRecord>(list.heap.Get(), pageSize);
+    if (!list.page) return Fail(kErrorNoMemory);
+    list.pageSize = pageSize;
+    return MakeRowMap(list) && LoadPage(list, 0);
+}
+
+bool LoadPage(ArticleList& list, uint32_t firstRow) {
+    list.firstRow = firstRow;
+    list.rowsInPage = 0;
+    if (firstRow >= list.visibleCount) return true;
+    const uint32_t left = list.visibleCount - firstRow;
+    const uint32_t wanted = left < list.pageSize ? left : list.pageSize;
+    if (!OpenIndex(list.store)) return false;
+    bool loaded = true;
+    while (loaded && list.rowsInPage < wanted) {
+        const uint32_t number = list.rowMap[firstRow + list.rowsInPage];
+        loaded = ReadRecord(list.store, list.page[list.rowsInPage], number);
+        if (loaded) ++list.rowsInPage;
+    }
+    const ErrorKeeper keeper;
+    CloseDataFile(list.store.index);
+    return loaded;
+}
+
+bool SetFlags(ArticleList& list, uint32_t row, uint32_t bits) {
+    return ChangeFlags(list, row, bits, 0);
+}
+bool ClearFlags(ArticleList& list, uint32_t row, uint32_t bits) {
+    return ChangeFlags(list, row, 0, bits);
+}
+
+bool CloseArticleList(ArticleList& list) {
+    if (!list.open) return true;
+    list.store.savedPosition = list.firstRow + list.currentInPage;
+    list.open = false;
+    return WriteHeader(list.store);
+}
+
+WideText ReadSelectedSubject(const ArticleList& list) {
+    if (list.currentInPage >= list.rowsInPage) return nullptr;
+    return ReadSubjectText(list.store, list.page[list.currentInPage]);
+}
+
+uint32_t LongestSubject(const ArticleList& list) {
+    return LongestField(list, &IndexRecord::subject);
+}
+uint32_t LongestFrom(const ArticleList& list) {
+    return LongestField(list, &IndexRecord::from);
+}

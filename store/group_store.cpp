@@ -1,0 +1,64 @@
+#include "store/group_store.h"
+
+#include "text/convert.h"
+#include "text/last_error.h"
+
+namespace {
+
+WideText GroupPath(const wchar_t* folder, const wchar_t* group, const wchar_t* extension) {
+    const WideText name = JoinPath(folder, group);
+    return name ? JoinPath(name.get(), extension) : nullptr;
+}
+
+bool OpenNamed(DataFile& file, const WideText& path) {
+    if (!path) return Fail(kErrorInvalidArgument);
+    return OpenDataFile(file, path.get(), FileMode::kReadWrite);
+}
+
+}  // namespace
+
+bool IsFileName(const wchar_t* group) {
+    constexpr wchar_t kForbidden[] = L"\\/:*?\"<>|";
+    if (*group == L'\0' || wcscmp(group, L".") == 0 || wcscmp(group, L"..") == 0) return false;
+    for (; *group; ++group) {
+        if (*group < L' ' || *group == 0x7F || wcschr(kForbidden, *group)) return false;
+    }
+    return true;
+}
+
+bool SetNames(GroupStore& store, const wchar_t* folder, const wchar_t* group) {
+    store.indexPath.reset();
+    store.logPath.reset();
+    store.filterPath.reset();
+    if (!IsFileName(group)) return Fail(kErrorInvalidArgument);
+    store.indexPath = GroupPath(folder, group, L".idx");
+    store.logPath = GroupPath(folder, group, L".log");
+    store.filterPath = GroupPath(folder, group, L".flt");
+    store.lastFetched = store.serverLast = store.unreadCount = 0;
+    return store.indexPath && store.logPath && store.filterPath;
+}
+
+void Reset(GroupStore& store) {
+    CloseDataFile(store.index);
+    store.statusText.reset();
+    store.lastFetched = store.serverLast = store.reserved = store.recordCount = store.savedPosition = 0;
+    store.unreadCount = store.highCount = store.lowCount = 0;
+}
+
+const wchar_t* StatusText(const GroupStore& store) {
+    return store.statusText ? store.statusText.get() : L"";
+}
+
+bool SetStatusText(GroupStore& store, const wchar_t* text) {
+    WideText copy = CopyText(text);
+    if (!copy) return false;
+    store.statusText = std::move(copy);
+    return true;
+}
+
+bool OpenIndex(GroupStore& store) {
+    return OpenNamed(store.index, store.indexPath);
+}
+bool OpenLog(GroupStore& store) {
+    return OpenNamed(store.log, store.logPath);
+}

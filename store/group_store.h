@@ -1,0 +1,47 @@
+// The handle on one group's files: its index (".idx"), log (".log") and keyword filter (".flt") in the data
+// folder, and the values of the index header. One thread uses one store; files are opened per operation
+// without sharing.
+#pragma once
+
+#include <cstdint>
+
+#include "store/file.h"
+#include "text/owned.h"
+
+struct GroupStore {
+    DataFile index;
+    DataFile log;
+    WideText indexPath;  // null until the names are set
+    WideText logPath;
+    WideText filterPath;
+    // The values of the index header, one for one.
+    uint32_t lastFetched = 0;
+    WideText statusText;  // null reads as the empty text
+    uint32_t serverLast = 0;
+    uint32_t reserved = 0;
+    uint32_t recordCount = 0;
+    uint32_t savedPosition = 0;
+    uint32_t unreadCount = 0;
+    uint32_t highCount = 0;
+    uint32_t lowCount = 0;
+};
+
+// Builds the three paths from the data folder (with its trailing backslash) and the group's name, and zeroes
+// last fetched, server last and unread count. Opens nothing. Error 87 for a name that can be no file name, 8
+// when memory runs out.
+[[nodiscard]] bool SetNames(GroupStore& store, const wchar_t* folder, const wchar_t* group);
+
+// Whether a group of this name can keep files: not empty, ".", "..", and without \ / : * ? " < > | and
+// control characters.
+bool IsFileName(const wchar_t* group);
+
+// Frees the status text, closes the index and zeroes every header value. The paths stay.
+void Reset(GroupStore& store);
+
+const wchar_t* StatusText(const GroupStore& store);
+[[nodiscard]] bool SetStatusText(GroupStore& store, const wchar_t* text);  // keeps a copy; error 8
+
+// Opens for reading and writing without sharing, creating the file when it is missing. Error 87 without
+// names.
+[[nodiscard]] bool OpenIndex(GroupStore& store);
+[[nodiscard]] bool OpenLog(GroupStore& store);

@@ -1,0 +1,109 @@
+#include "store/header_block.h"
+
+#include <cstring>
+
+#include "text/last_error.h"
+
+namespace {
+
+constexpr uint32_t kGrowth = 2048;
+constexpr uint32_t kLineEnd = 2;  // CR LF
+
+bool MakeRoom(HeaderBlock& block, std::size_t count) {
+    if (block.length + count < block.capacity) return true;
+    const std::size_t missing = block.length + count + 1 - block.capacity;
+    const std::size_t capacity = block.capacity + (missing + kGrowth - 1) / kGrowth * kGrowth;
+    NarrowText larger = capacity <= kNoLine ? NewArray<char>(capacity) : nullptr;
+    if (!larger) return Fail(kErrorNoMemory);
+    std::memcpy(larger.get(), block.buffer.get(), block.length);
+    block.buffer = std::move(larger);
+    block.capacity = static_cast<uint32_t>(capacity);
+    return true;
+}
+
+void Write(HeaderBlock& block, std::string_view text) {
+    std::memcpy(block.buffer.get() + block.length, text.data(), text.size());
+    block.length += static_cast<uint32_t>(text.size());
+    block.buffer[block.length] = '\0';
+}
+
+// The digits behind the blanks that follow the name, up to a blank, a CR or the end.
+uint32_t SequenceOf(std::string_view line) {
+    std::size_t at = kSequenceName.size();
+    while (at < line.size() && line[at] == ' ')
+        ++at;
+    uint32_t value = 0;
+    for (; at < line.size(); ++at) {
+        const char c = line[at];
+        if (c == ' ' || c == '\r' || c == '\0') break;
+        if (c < '0' || c > '9') return kNoNumber;
+        value = value * 10 + static_cast<uint32_t>(c - '0');
+    }
+    return value;
+}
+
+void NoteLine(HeaderBlock& block, std::string_view line) {
+    block.inSubject = StartsWith(line, kSubjectName);
+    block.inNewsgroup = !block.inSubject && StartsWith(line, kNewsgroupName);
+    const auto size = static_cast<uint32_t>(line.size());
+    if (block.inSubject) {
+        block.subjectLine = block.length;
+        block.subjectLength = size;
+    } else if (block.inNewsgroup) {
+        block.newsgroupLine = block.length;
+        block.newsgroupLength = size;
+    } else if (StartsWith(line, kSequenceName)) {
+        block.sequence = SequenceOf(line);
+    } else if (StartsWith(line, kDateName)) {
+        block.dateLine = block.length;
+    } else if (StartsWith(line, kFromName)) {
+        block.fromLine = block.length;
+    }
+}
+
+bool AddNewLine(HeaderBlock& block, std::string_view line) {
+    if (!MakeRoom(block, line.size())) return false;
+    NoteLine(block, line);
+    Write(block, line);
+    return true;
+}
+
+// The joined text's own line end stands for the one that it overwrites.
+bool JoinContinuation(HeaderBlock& block, std::string_view line) {
+    while (IsContinuation(line))
+        line.remove_prefix(1);
+    if (!MakeRoom(block, line.size())) return false;
+    if (block.length > kLineEnd) block.length -= kLineEnd;
+    Write(block, line);
+    const auto added = line.size() > kLineEnd ? static_cast<uint32_t>(line.size()) - kLineEnd : 0;
+    if (block.inSubject) {
+        block.subjectLength += added;
+    } else if (block.inNewsgroup) {
+        block.newsgroupLength += added;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool StartHeaderBlock(HeaderBlock& block) {
+    NarrowText buffer = block.capacity == kGrowth ? std::move(block.buffer) : NewArray<char>(kGrowth);
+    block = HeaderBlock();
+    if (!buffer) return Fail(kErrorNoMemory);
+    buffer[0] = '\0';
+    block.buffer = std::move(buffer);
+    block.capacity = kGrowth;
+    return true;
+}
+
+bool AddHeaderLine(HeaderBlock& block, std::string_view line) {
+    return IsContinuation(line) ? JoinContinuation(block, line) : AddNewLine(block, line);
+}
+
+std::string_view TextAfterName(const HeaderBlock& block, uint32_t lineOffset) {
+    constexpr uint32_t kNameLength = 6;  // the colon and the blank included
+    if (lineOffset == kNoLine || block.length - lineOffset < kNameLength) return {};
+    const std::string_view line(block.buffer.get() + lineOffset, block.length - lineOffset);
+    const bool endsEarly = line[kNameLength - 1] == '\r' || line[kNameLength - 1] == '\n';
+    return endsEarly ? std::string_view() : line.substr(kNameLength);
+}

@@ -1,0 +1,144 @@
+#include "store/log.h"
+
+#include <cstring>
+
+#include "store/index.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+
+namespace {
+
+constexpr char kSeparator[] = "================\r\n";
+constexpr char kEmptyLine[] = "\r\n";
+
+bool WriteText(DataFile& file, std::string_view text) {
+    return WriteBytes(file, text.data(), static_cast<uint32_t>(text.size()));
+}
+
+// "X-Local-Seq: n" CR LF.
+bool AddSequenceLine(HeaderBlock& head, uint32_t number) {
+    char digits[10];
+    std::size_t count = 0;
+    do {
+        digits[count++] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    } while (number != 0);
+    char line[32];
+    std::size_t length = kSequenceName.size();
+    std::memcpy(line, kSequenceName.data(), length);
+    line[length++] = ' ';
+    while (count > 0)
+        line[length++] = digits[--count];
+    line[length++] = '\r';
+    line[length++] = '\n';
+    return AddHeaderLine(head, {line, length});
+}
+
+NarrowText ReadPart(DataFile& log, uint32_t offset, uint32_t length) {
+    NarrowText text = NewArray<char>(static_cast<std::size_t>(length) + 1);
+    if (!text) {
+        SetError(kErrorNoMemory);
+        return nullptr;
+    }
+    SeekTo(log, offset);
+    if (!ReadExactly(log, text.get(), length)) return nullptr;
+    text[length] = '\0';
+    return text;
+}
+
+bool OpenLogForReading(DataFile& log, const GroupStore& store) {
+    if (!store.logPath) return Fail(kErrorInvalidArgument);
+    return OpenDataFile(log, store.logPath.get(), FileMode::kRead);
+}
+
+bool TakeLine(LogScanner& scanner, std::string_view& line) {
+    uint32_t taken = 0;
+    if (!ReadLine(*scanner.log, scanner.line, kLineSize, false, &taken)) return false;
+    scanner.count += taken;
+    line = std::string_view(scanner.line, taken);
+    return true;
+}
+
+bool ScanHead(LogScanner& scanner) {
+    std::string_view line;
+    if (!StartHeaderBlock(scanner.head)) return false;
+    while (TakeLine(scanner, line)) {
+        if (StartsWith(line, kEmptyLine)) return true;
+        if (!AddHeaderLine(scanner.head, line)) return false;
+    }
+    return false;
+}
+
+bool ScanBody(LogScanner& scanner) {
+    std::string_view line;
+    while (TakeLine(scanner, line)) {
+        if (line == kSeparator) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool BeginArticle(ArticleWriter& writer, uint32_t number) {
+    if (!StartHeaderBlock(writer.head)) return false;
+    if (!writer.filterLoaded && !LoadKeywordFilter(writer.filter, writer.store->filterPath.get()))
+        return false;
+    writer.filterLoaded = true;
+    writer.articleNumber = number;
+    SeekToEnd(writer.store->log);
+    writer.start = writer.store->log.position;
+    return true;
+}
+
+bool FinishHead(ArticleWriter& writer) {
+    if (!AddSequenceLine(writer.head, writer.articleNumber)) return false;
+    return WriteText(writer.store->log, {writer.head.buffer.get(), writer.head.length}) &&
+           WriteText(writer.store->log, kEmptyLine);
+}
+
+bool WriteBodyLine(ArticleWriter& writer, std::string_view line) {
+    return WriteText(writer.store->log, line);
+}
+
+bool FinishBody(ArticleWriter& writer) {
+    return FlushDataFile(writer.store->log);
+}
+
+bool FinishArticle(ArticleWriter& writer) {
+    DataFile& log = writer.store->log;
+    if (!WriteText(log, kSeparator) || !FlushDataFile(log)) return false;
+    return AppendRecord(*writer.store, writer.start, log.position, writer.head, writer.filter) &&
+           FlushDataFile(writer.store->index);
+}
+
+WideText ReadArticle(const GroupStore& store, uint32_t offset, uint32_t length) {
+    DataFile log;
+    if (!OpenLogForReading(log, store)) return nullptr;
+    if (offset > log.size || length > log.size - offset) {
+        SetError(kErrorInvalidData);
+        return nullptr;
+    }
+    const NarrowText text = ReadPart(log, offset, length);
+    return text ? ToWide(text.get()) : nullptr;
+}
+
+WideText ReadSubjectText(const GroupStore& store, const IndexRecord& record) {
+    DataFile log;
+    if (!OpenLogForReading(log, store)) return nullptr;
+    const NarrowText text = ReadSubjectText(log, record);
+    return text ? ToWide(text.get()) : nullptr;
+}
+
+NarrowText ReadSubjectText(DataFile& log, const IndexRecord& record) {
+    const uint32_t offset = record.subjectTextOffset < log.size ? record.subjectTextOffset : log.size;
+    const uint32_t most = log.size - offset;
+    return ReadPart(log, offset, record.subjectTextLength < most ? record.subjectTextLength : most);
+}
+
+ScanResult NextArticle(LogScanner& scanner) {
+    scanner.start = scanner.count;
+    const bool complete = ScanHead(scanner) && ScanBody(scanner);
+    if (!complete) return GetError() == kErrorEndOfFile ? ScanResult::kEnd : ScanResult::kFailed;
+    scanner.end = scanner.count;
+    return ScanResult::kArticle;
+}

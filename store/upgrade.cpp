@@ -1,0 +1,167 @@
+// Indexes of older versions. Versions 2 to 4 are shorter forms of version 5: header and record end earlier,
+// so both are read into the version 5 shapes. Version 1 has a text header and no records.
+#include <cstring>
+
+#include "store/index.h"
+#include "store/log.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+
+namespace {
+
+struct Layout {
+    uint32_t headerSize;
+    uint32_t recordSize;
+};
+
+constexpr Layout kLayouts[] = {{0, 0}, {0, 0}, {88, 64}, {92, 64}, {92, 84}, {100, 92}};  // by version
+constexpr uint32_t kVersionWithUnread = 3;
+constexpr uint32_t kVersionWithHead = 4;
+constexpr uint32_t kVersionWithSubjectRange = 5;
+
+WideText TemporaryPath(const GroupStore& store) {
+    return JoinPath(store.indexPath.get(), L"~");
+}
+
+bool ReplaceIndex(const GroupStore& store, const wchar_t* temporary) {
+    return DeleteDataFile(store.indexPath.get()) && RenameDataFile(temporary, store.indexPath.get());
+}
+
+void DropTemporary(const wchar_t* temporary) {
+    const ErrorKeeper keeper;
+    (void)DeleteDataFile(temporary);
+}
+
+// One step from a version to the next.
+struct Conversion {
+    uint32_t from = 0;
+    DataFile oldIndex;
+    DataFile newIndex;
+    DataFile log;
+    LogScanner scanner;
+    bool logEnded = false;
+    IndexHeader header;
+};
+
+// The n-th article of the log belongs to the n-th record. A log that ends early leaves the rest without a
+// head.
+bool NextHead(Conversion& conversion) {
+    if (!conversion.logEnded) {
+        const ScanResult result = NextArticle(conversion.scanner);
+        if (result == ScanResult::kFailed) return false;
+        conversion.logEnded = result == ScanResult::kEnd;
+    }
+    return !conversion.logEnded || StartHeaderBlock(conversion.scanner.head);
+}
+
+bool FillNewFields(Conversion& conversion, IndexRecord& record) {
+    const uint32_t version = conversion.from + 1;
+    if (version < kVersionWithHead) return true;
+    if (!NextHead(conversion)) return false;
+    const HeaderBlock& head = conversion.scanner.head;
+    if (version == kVersionWithHead) {
+        FillHeadFields(record, head);
+    } else {
+        FillSubjectRange(record, head, conversion.logEnded ? record.logOffset : conversion.scanner.start);
+    }
+    return true;
+}
+
+void CountRecord(Conversion& conversion, const IndexRecord& record) {
+    if (conversion.from + 1 == kVersionWithUnread && !IsRead(record)) ++conversion.header.unreadCount;
+    if (conversion.from + 1 != kVersionWithSubjectRange) return;
+    if (PriorityOf(record) == kPriorityHigh) ++conversion.header.highCount;
+    if (PriorityOf(record) == kPriorityLow) ++conversion.header.lowCount;
+}
+
+bool ConvertRecords(Conversion& conversion) {
+    const Layout& oldLayout = kLayouts[conversion.from];
+    const Layout& newLayout = kLayouts[conversion.from + 1];
+    SeekTo(conversion.newIndex, newLayout.headerSize);
+    for (uint32_t number = 0; number < conversion.header.recordCount; ++number) {
+        IndexRecord record;
+        if (!ReadExactly(conversion.oldIndex, &record, oldLayout.recordSize)) return false;
+        if (!FillNewFields(conversion, record)) return false;
+        if (!WriteBytes(conversion.newIndex, &record, newLayout.recordSize)) return false;
+        CountRecord(conversion, record);
+    }
+    return true;
+}
+
+bool WriteNewIndex(Conversion& conversion, GroupStore& store, const wchar_t* temporary) {
+    if (!OpenDataFile(conversion.oldIndex, store.indexPath.get(), FileMode::kRead)) return false;
+    if (!OpenDataFile(conversion.log, store.logPath.get(), FileMode::kReadWrite)) return false;
+    if (!OpenDataFile(conversion.newIndex, temporary, FileMode::kReplace)) return false;
+    conversion.scanner.log = &conversion.log;
+    if (!ReadExactly(conversion.oldIndex, &conversion.header, kLayouts[conversion.from].headerSize))
+        return false;
+    if (!ConvertRecords(conversion)) return false;
+    conversion.header.version = conversion.from + 1;
+    SeekTo(conversion.newIndex, 0);
+    return WriteBytes(conversion.newIndex, &conversion.header, kLayouts[conversion.from + 1].headerSize) &&
+           CloseDataFile(conversion.newIndex);
+}
+
+bool ConvertOneStep(GroupStore& store, uint32_t from) {
+    const WideText temporary = TemporaryPath(store);
+    std::unique_ptr<Conversion> conversion(new (std::nothrow) Conversion);
+    if (!temporary || !conversion) return Fail(kErrorNoMemory);
+    conversion->from = from;
+    const bool written = WriteNewIndex(*conversion, store, temporary.get());
+    const unsigned error = GetError();
+    conversion.reset();
+    if (written) return ReplaceIndex(store, temporary.get());
+    DropTemporary(temporary.get());
+    return Fail(error);
+}
+
+// The digits that a line begins with.
+uint32_t NumberOf(const char* line) {
+    uint32_t value = 0;
+    for (; *line >= '0' && *line <= '9'; ++line)
+        value = value * 10 + static_cast<uint32_t>(*line - '0');
+    return value;
+}
+
+// Line 1 last fetched, line 2 status text, lines 3 and 4 server last and reserved. A line that is missing
+// reads as 0 or as an empty text.
+bool ReadTextHeader(GroupStore& store) {
+    DataFile file;
+    char lines[4][kLineSize] = {};
+    if (!OpenDataFile(file, store.indexPath.get(), FileMode::kRead)) return false;
+    for (char(&line)[kLineSize] : lines) {
+        if (!ReadLine(file, line, kLineSize, true)) {
+            if (GetError() != kErrorEndOfFile) return false;
+            line[0] = '\0';
+        }
+    }
+    store.lastFetched = NumberOf(lines[0]);
+    store.statusText = ToWide(lines[1]);
+    store.serverLast = NumberOf(lines[2]);
+    store.reserved = NumberOf(lines[3]);
+    return store.statusText != nullptr;
+}
+
+// Makes the new index under the temporary name, so that the old one stands until the new one is complete.
+bool ConvertTextIndex(GroupStore& store) {
+    Reset(store);
+    WideText temporary = TemporaryPath(store);
+    if (!temporary || !ReadTextHeader(store)) return false;
+    DropTemporary(temporary.get());
+    store.indexPath.swap(temporary);
+    const bool rebuilt = WriteHeader(store) && RebuildFromLog(store);
+    store.indexPath.swap(temporary);
+    if (rebuilt) return ReplaceIndex(store, temporary.get());
+    DropTemporary(temporary.get());
+    return false;
+}
+
+}  // namespace
+
+bool UpgradeIndex(GroupStore& store, uint32_t version) {
+    if (version == 1) return ConvertTextIndex(store);
+    for (; version < kIndexVersion; ++version) {
+        if (!ConvertOneStep(store, version)) return false;
+    }
+    return true;
+}
