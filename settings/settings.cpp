@@ -1,0 +1,217 @@
+#include "settings/settings.h"
+
+#include "settings/registry.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+#include "text/messages.h"
+
+namespace {
+
+constexpr uint32_t kDefaultPort = 119;
+constexpr uint32_t kDefaultLimit = 50;
+constexpr uint32_t kDefaultFontSize = 14;
+constexpr wchar_t kDefaultFont[] = L"Tahoma";
+constexpr std::size_t kLoginSize = 256;  // characters of a user or password, terminator included
+
+uint32_t DwordOr(const RegistryKeyOwner& key, const wchar_t* name, uint32_t missing) {
+    uint32_t value = 0;
+    return ReadDword(key, name, value) ? value : missing;
+}
+
+// What the program cannot run without: a missing value takes its default and is noted.
+void ReadRequired(const RegistryKeyOwner& key, Settings& settings, bool& complete) {
+    settings.Server[0] = settings.DataPath[0] = L'\0';
+    settings.Port = kDefaultPort;
+    settings.Limit = kDefaultLimit;
+    if (!ReadTextInto(key, L"Server", settings.Server, kServerSize)) complete = false;
+    if (!ReadDword(key, L"Port", settings.Port)) complete = false;
+    if (!ReadTextInto(key, L"DataPath", settings.DataPath, kDataPathSize)) complete = false;
+    if (!ReadDword(key, L"Limit", settings.Limit)) complete = false;
+}
+
+bool IsBlank(const char* text) {
+    while (*text == ' ' || *text == '\t')
+        ++text;
+    return *text == '\0';
+}
+
+void DropBlank(NarrowText& text) {
+    if (text && IsBlank(text.get())) text.reset();
+}
+
+// A user or password: missing is no failure, one that is there and cannot be read is.
+bool ReadLogin(const RegistryKeyOwner& key, const wchar_t* name, NarrowText& login) {
+    login.reset();
+    const WideText stored = ReadText(key, name);
+    if (!stored) return GetError() == ERROR_FILE_NOT_FOUND;
+    wchar_t text[kLoginSize];
+    CopyCut(text, kLoginSize, stored.get());
+    login = ToNarrow(text);
+    if (!login) return false;
+    DropBlank(login);
+    return true;
+}
+
+void ReadBehaviour(const RegistryKeyOwner& key, Settings& settings) {
+    settings.KeyMode = DwordOr(key, L"KeyMode", 0);
+    settings.AutoNextArticle = DwordOr(key, L"AutoNextArticle", 1);
+    settings.Dialup = DwordOr(key, L"Dialup", 0);
+    settings.EntryName[0] = L'\0';
+    (void)ReadTextInto(key, L"EntryName", settings.EntryName, kEntryNameSize);
+    settings.DisconnectWaitTime = DwordOr(key, L"DisconnectWaitTime", 0);
+}
+
+void ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
+    CopyCut(settings.FontName, kFontNameSize, kDefaultFont);
+    (void)ReadTextInto(key, L"FontName", settings.FontName, kFontNameSize);
+    settings.FontSizeA = static_cast<int32_t>(DwordOr(key, L"FontSizeA", kDefaultFontSize));
+    settings.FontSizeS = static_cast<int32_t>(DwordOr(key, L"FontSizeS", kDefaultFontSize));
+    // A face that gives no font leaves none: the views then draw with the system's.
+    (void)MakeViewFont(settings.FontName, settings.FontSizeA, settings.ArticleFont);
+    (void)MakeViewFont(settings.FontName, settings.FontSizeS, settings.SubjectFont);
+    settings.HeaderColor = DwordOr(key, L"HeaderColor", 0);
+    settings.ReferenceLine = DwordOr(key, L"ReferenceLine", 0);
+}
+
+NarrowText ReadNarrow(const RegistryKeyOwner& key, const wchar_t* name) {
+    const WideText text = ReadText(key, name);
+    return text ? ToNarrow(text.get()) : nullptr;
+}
+
+void ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
+    settings.UserName = ReadNarrow(key, L"UserName");
+    DropBlank(settings.UserName);
+    settings.MailAddress = ReadNarrow(key, L"MailAddress");
+    DropBlank(settings.MailAddress);
+    settings.Organization = ReadNarrow(key, L"Organization");
+    // Without a mail address a blank organisation stays as it is stored.
+    if (settings.MailAddress) DropBlank(settings.Organization);
+}
+
+bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
+    settings.EditorPath = ReadText(key, L"EditorPath");
+    if (!settings.EditorPath) settings.EditorPath = CopyText(L"");
+    constexpr std::size_t kAround = 5 + 3;  // "draft", two backslashes and the terminator
+    settings.DraftPath = NewArray<wchar_t>(wcslen(settings.DataPath) + kAround);
+    if (!settings.DraftPath || !settings.EditorPath) return Fail(kErrorNoMemory);
+    // A saved data folder ends in a backslash, so the path has two in a row; the system reads them as one.
+    wsprintfW(settings.DraftPath.get(), L"%s\\%s\\", settings.DataPath, L"draft");
+    return true;
+}
+
+bool WriteLogin(const RegistryKeyOwner& key, const wchar_t* name, const NarrowText& login) {
+    if (!login) return DeleteValue(key, name);
+    const WideText text = ToWide(login.get());
+    return text && WriteText(key, name, text.get());
+}
+
+bool WriteAccount(const RegistryKeyOwner& key, const Settings& settings) {
+    // A password without a user means nothing.
+    const NarrowText none;
+    return WriteLogin(key, L"UserID", settings.UserID) &&
+           WriteLogin(key, L"Password", settings.UserID ? settings.Password : none);
+}
+
+bool WriteIdentity(const RegistryKeyOwner& key, const wchar_t* name, const NarrowText& value) {
+    const WideText text = ToWide(value ? value.get() : "");
+    return text && WriteText(key, name, text.get());
+}
+
+void AppendBackslash(wchar_t (&path)[kDataPathSize]) {
+    const std::size_t length = wcslen(path);
+    if (length == 0 || path[length - 1] == L'\\' || length + 1 >= kDataPathSize) return;
+    path[length] = L'\\';
+    path[length + 1] = L'\0';
+}
+
+bool WriteServer(const RegistryKeyOwner& key, Settings& settings) {
+    if (!WriteText(key, L"Server", settings.Server) || !WriteDword(key, L"Port", settings.Port)) return false;
+    AppendBackslash(settings.DataPath);
+    return WriteText(key, L"DataPath", settings.DataPath) && WriteDword(key, L"Limit", settings.Limit);
+}
+
+bool WriteBehaviour(const RegistryKeyOwner& key, const Settings& settings) {
+    return WriteDword(key, L"KeyMode", settings.KeyMode) &&
+           WriteDword(key, L"AutoNextArticle", settings.AutoNextArticle) &&
+           WriteDword(key, L"Dialup", settings.Dialup) && WriteText(key, L"EntryName", settings.EntryName) &&
+           WriteDword(key, L"DisconnectWaitTime", settings.DisconnectWaitTime);
+}
+
+// The colours are binary values, unlike the other numbers: that is how they have always been stored.
+bool WriteAppearance(const RegistryKeyOwner& key, const Settings& settings) {
+    return WriteText(key, L"FontName", settings.FontName) &&
+           WriteDword(key, L"FontSizeA", static_cast<uint32_t>(settings.FontSizeA)) &&
+           WriteDword(key, L"FontSizeS", static_cast<uint32_t>(settings.FontSizeS)) &&
+           WriteBinary(key, L"HeaderColor", settings.HeaderColor) &&
+           WriteBinary(key, L"ReferenceLine", settings.ReferenceLine);
+}
+
+}  // namespace
+
+void InitSettings(Settings& settings) {
+    FreeSettings(settings);
+    settings.ArticleFont.Reset();
+    settings.SubjectFont.Reset();
+}
+
+void FreeSettings(Settings& settings) {
+    settings.UserID.reset();
+    settings.Password.reset();
+    settings.UserName.reset();
+    settings.MailAddress.reset();
+    settings.Organization.reset();
+    settings.EditorPath.reset();
+    settings.DraftPath.reset();
+}
+
+bool LoadSettings(Settings& settings, bool& SettingsComplete) {
+    SettingsComplete = true;
+    RegistryKeyOwner key;
+    if (!OpenKey(HKEY_CURRENT_USER, kProgramKey, key)) return false;
+    ReadRequired(key, settings, SettingsComplete);
+    if (!ReadLogin(key, L"UserID", settings.UserID) || !ReadLogin(key, L"Password", settings.Password))
+        return false;
+    ReadBehaviour(key, settings);
+    ReadAppearance(key, settings);
+    ReadIdentity(key, settings);
+    return ReadPaths(key, settings);
+}
+
+bool SaveSettings(Settings& settings) {
+    RegistryKeyOwner key;
+    return OpenKey(HKEY_CURRENT_USER, kProgramKey, key) && WriteServer(key, settings) &&
+           WriteAccount(key, settings) && WriteBehaviour(key, settings) && WriteAppearance(key, settings) &&
+           WriteIdentity(key, L"UserName", settings.UserName) &&
+           WriteIdentity(key, L"MailAddress", settings.MailAddress) &&
+           WriteIdentity(key, L"Organization", settings.Organization) &&
+           WriteText(key, L"EditorPath", settings.EditorPath ? settings.EditorPath.get() : L"");
+}
+
+bool MakeViewFont(const wchar_t* face, int32_t size, FontOwner& font) {
+    constexpr LONG kRegularWeight = 400;
+    font.Reset();
+    if (size == kSystemFont) return true;
+    LOGFONTW description = {};
+    description.lfHeight = size;
+    description.lfWeight = kRegularWeight;
+    description.lfCharSet = DEFAULT_CHARSET;
+    CopyCut(description.lfFaceName, LF_FACESIZE, face);
+    font.Reset(CreateFontIndirectW(&description));
+    return static_cast<bool>(font);
+}
+
+bool ParseDecimal(const wchar_t* text, uint32_t& value) {
+    uint32_t parsed = 0;
+    for (; *text; ++text) {
+        if (*text < L'0' || *text > L'9') return false;
+        parsed = parsed * 10 + static_cast<uint32_t>(*text - L'0');
+    }
+    value = parsed;
+    return true;
+}
+
+void StripTrailingBackslashes(wchar_t* text) {
+    std::size_t length = wcslen(text);
+    while (length > 0 && text[length - 1] == L'\\')
+        text[--length] = L'\0';
+}
