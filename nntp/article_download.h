@@ -1,0 +1,25 @@
+// Fetches one group's new articles into the store (RFC 977: GROUP, HEAD, BODY).
+#pragma once
+
+#include "nntp/connection.h"
+#include "nntp/progress_dialog.h"
+#include "nntp/run_result.h"
+#include "text/owned.h"
+
+// One group of a run; nothing here is owned.
+struct GroupDownload {
+    NntpConnection* connection = nullptr;
+    const wchar_t* group = nullptr;
+    const wchar_t* folder = nullptr;  // data folder, ends in a backslash
+    uint32_t limit = 0;               // most articles
+    ProgressDialog* progress = nullptr;
+    RunResult* result = nullptr;
+};
+
+// Selects the group, fetches what is new up to the limit and records in the index header how far it got and
+// the text of the outcome. The outcome is in `result`: with kError the header is as it was, so that the next
+// run fetches the same articles again.
+void DownloadGroup(const GroupDownload& download);
+
+// "GROUP " and the like followed by a text; null with error 8.
+NarrowText MakeCommand(const char* word, const char* argument);

@@ -1,0 +1,41 @@
+// Which command comes next while a range of articles is fetched, apart from sending commands and reading
+// replies: HEAD n, then BODY n when the server has n, then the next number, until the range or the limit is
+// exhausted. Knows no platform.
+#pragma once
+
+#include <cstdint>
+
+struct ArticlePlan {
+    uint32_t next = 0;   // number that the next command is about
+    uint32_t last = 0;   // of the range
+    uint32_t limit = 0;  // most articles to fetch
+    uint32_t fetched = 0;
+    bool bodyPending = false;  // the head of `next` has arrived
+    bool exhausted = false;    // every number of the range was asked for
+};
+
+enum class CommandKind { kNone, kHead, kBody };
+
+struct ArticleCommand {
+    CommandKind kind = CommandKind::kNone;
+    uint32_t number = 0;
+};
+
+// A plan for first..last; nothing to fetch when last < first.
+ArticlePlan PlanArticles(uint32_t first, uint32_t last, uint32_t limit);
+
+ArticleCommand NextCommand(const ArticlePlan& plan);
+
+// The reply to the command that NextCommand names: whether the server has the article.
+void NoteHead(ArticlePlan& plan, bool hasArticle);
+void NoteBody(ArticlePlan& plan, bool hasArticle);
+
+// The range goes on past the last article that the limit allowed.
+inline bool IsLimited(const ArticlePlan& plan) {
+    return !plan.exhausted && plan.fetched >= plan.limit;
+}
+
+// The highest number that is dealt with: the next run begins behind it.
+inline uint32_t LastProcessed(const ArticlePlan& plan) {
+    return plan.exhausted ? plan.last : plan.next - 1;
+}

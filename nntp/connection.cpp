@@ -1,0 +1,99 @@
+#include "nntp/connection.h"
+
+#include <cstring>
+
+#include "text/last_error.h"
+#include "text/line.h"
+
+namespace {
+
+constexpr std::size_t kLongestCommand = 4095;
+
+bool FindAddress(const char* host, in_addr& address) {
+    address.s_addr = inet_addr(host);
+    if (address.s_addr != INADDR_NONE) return true;
+    const hostent* entry = gethostbyname(host);
+    if (!entry || !entry->h_addr_list[0]) return false;
+    std::memcpy(&address, entry->h_addr_list[0], sizeof(address));
+    return true;
+}
+
+// A silent server must not hold the run for ever. A device may not have the option: then the network decides.
+void LimitReceiveTime(SOCKET socket) {
+    const DWORD timeout = kReceiveTimeout;
+    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeout), sizeof(timeout));
+}
+
+bool Refill(NntpConnection& connection) {
+    if (connection.endOfStream) return Fail(kErrorEndOfFile);
+    const int received = recv(connection.readerSocket, connection.buffer, kReceiveBufferSize, 0);
+    if (received == 0) {
+        connection.endOfStream = true;
+        return Fail(kErrorEndOfFile);
+    }
+    if (received == SOCKET_ERROR) return Fail(kErrorInvalidData);
+    connection.readPosition = connection.buffer;
+    connection.endPosition = connection.buffer + received;
+    return true;
+}
+
+bool ReadByte(NntpConnection& connection, char& byte) {
+    if (connection.readPosition == connection.endPosition && !Refill(connection)) return false;
+    byte = *connection.readPosition++;
+    return true;
+}
+
+}  // namespace
+
+void InitConnection(NntpConnection& connection) {
+    connection.socket = connection.readerSocket = INVALID_SOCKET;
+    connection.readPosition = connection.endPosition = connection.buffer;
+}
+
+bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
+    connection.socket = socket(AF_INET, SOCK_STREAM, 0);
+    if (connection.socket == INVALID_SOCKET) return false;
+    sockaddr_in address = {};
+    if (!FindAddress(host, address.sin_addr)) return false;
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    if (connect(connection.socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) ==
+        SOCKET_ERROR) {
+        return false;
+    }
+    LimitReceiveTime(connection.socket);
+    connection.readerSocket = connection.socket;
+    connection.readPosition = connection.endPosition = connection.buffer;
+    connection.endOfStream = false;
+    return true;
+}
+
+void CloseConnection(NntpConnection& connection) {
+    if (connection.socket != INVALID_SOCKET) closesocket(connection.socket);
+    connection.socket = INVALID_SOCKET;
+}
+
+bool SendLine(NntpConnection& connection, const char* line) {
+    char text[kLongestCommand + 2];
+    const std::size_t length = std::strlen(line);
+    if (length >= kLongestCommand) return Fail(kErrorMoreData);
+    std::memcpy(text, line, length);
+    std::memcpy(text + length, "\r\n", 2);
+    send(connection.socket, text, static_cast<int>(length + 2), 0);
+    return true;
+}
+
+bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
+    LineAssembler assembler{line, kReplyLineSize};
+    LineState state = LineState::kOpen;
+    const unsigned errorBefore = GetError();
+    while (state == LineState::kOpen) {
+        char byte = 0;
+        if (IsFull(assembler)) return Fail(kErrorMoreData);
+        if (!ReadByte(connection, byte)) return false;
+        if (byte == '\0') return Fail(errorBefore);
+        state = AddToLine(assembler, byte);
+    }
+    FinishLine(assembler, strip);
+    return true;
+}

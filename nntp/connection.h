@@ -1,0 +1,41 @@
+// A blocking TCP client for a line-oriented text protocol (RFC 977): one command line out, reply lines in. A
+// connection belongs to the worker thread that made it. Nothing here shows a message; failures answer false
+// with the reason in the last-error value.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/platform.h"
+
+constexpr uint32_t kReceiveBufferSize = 4096;
+constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
+constexpr DWORD kReceiveTimeout = 120000;  // milliseconds without a byte
+
+// A buffer for one reply line.
+using ReplyLine = char[kReplyLineSize + 1];
+
+struct NntpConnection {
+    SOCKET socket = INVALID_SOCKET;
+    SOCKET readerSocket = INVALID_SOCKET;  // the receive side's copy
+    char buffer[kReceiveBufferSize];       // received bytes not yet handed out
+    char* readPosition = nullptr;
+    char* endPosition = nullptr;
+    bool endOfStream = false;  // the peer has closed its side
+};
+
+void InitConnection(NntpConnection& connection);
+
+// Connects to a dotted address or, by name look-up, to a host's first IPv4 address. Blocks. After a failure
+// the caller still closes.
+[[nodiscard]] bool Connect(NntpConnection& connection, const char* host, uint16_t port);
+
+void CloseConnection(NntpConnection& connection);
+
+// Sends the line with CR LF. Whether it arrived shows at the next read; only a line of 4095 bytes or more is
+// refused (234), and then nothing is sent.
+[[nodiscard]] bool SendLine(NntpConnection& connection, const char* line);
+
+// Reads one line into `line` and terminates it; `strip` drops its line end. Error 234 when the line does not
+// fit, 38 when the peer closed, 13 when receiving failed or nothing came for two minutes. A 0 byte fails too,
+// without setting an error of its own.
+[[nodiscard]] bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip);

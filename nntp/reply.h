@@ -1,0 +1,29 @@
+// Status lines (RFC 977, section 2.4). Knows no platform.
+#pragma once
+
+#include <cstdint>
+
+// Only the first digit of a status counts: '2' is success, '3' asks for more, anything else refuses.
+inline bool IsSuccess(const char* line) {
+    return *line == '2';
+}
+inline bool AsksForMore(const char* line) {
+    return *line == '3';
+}
+
+constexpr uint32_t kNotANumber = 0xFFFFFFFF;
+
+// Takes the digits at the cursor and the blanks behind them. A field ends at a blank, a CR or the end; any
+// other byte sets the cursor to null and answers kNotANumber. A field without digits is 0. No check for
+// overflow.
+uint32_t ParseNumber(const char*& cursor);
+
+// What GROUP answers: "211 count first last name".
+struct GroupReply {
+    uint32_t count = 0;
+    uint32_t first = 0;
+    uint32_t last = 0;
+};
+
+// False when one of the four numbers cannot be read.
+[[nodiscard]] bool ParseGroupReply(const char* line, GroupReply& reply);
