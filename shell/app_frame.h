@@ -1,0 +1,40 @@
+// The main frame's state: one instance, on the entry function's stack, for the life of the process.
+#pragma once
+
+#include <memory>
+
+#include "nntp/download_job.h"
+#include "platform/platform.h"
+#include "settings/settings.h"
+#include "views/group_view.h"
+
+enum class ViewKind { kGroup = 0, kSubject = 1, kArticle = 2, kDrafts = 3 };
+
+struct AppFrame {
+    HWND mainWindow = nullptr;
+    HINSTANCE instance = nullptr;
+    Settings settings;
+    HWND groupBar = nullptr;  // the menu bars are the system's
+    HWND subjectBar = nullptr;
+    HWND articleBar = nullptr;
+    HMENU subjectPopup = nullptr;  // kept by their bars
+    HMENU articlePopup = nullptr;
+    HACCEL accelerators = nullptr;
+    bool busy = false;                         // a modal operation or a run is under way
+    ViewKind currentView = ViewKind::kDrafts;  // the first switch to the group view finds another one current
+    std::unique_ptr<GroupView> groupView;
+    uint32_t currentGroupRow = 0;  // of the group open in the subject view
+    uint32_t viewReadArticles = 0;
+    uint32_t showArticleHeader = 0;
+    uint32_t priorityLevel = 0;
+    bool dialled = false;        // the line that is up was dialled by this program
+    DownloadJob* job = nullptr;  // the run under way; the worker uses it until it reports the end
+    bool ended = false;          // the main window has been there and is gone
+};
+
+// Messages from other threads, dialogs and processes; kRunFinishedMessage is one of them too.
+constexpr UINT kStartRunMessage = 0x0400;  // the line is up
+constexpr UINT kHangUpMessage = 0x0401;    // enable the frame and hang up
+constexpr UINT kWakeMessage = 0x8002;      // from a second instance
+
+constexpr wchar_t kFrameClass[] = L"PelnorMainFrmWnd";

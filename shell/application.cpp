@@ -1,0 +1,89 @@
+#include "shell/application.h"
+
+#include "resources/resource.h"
+#include "shell/app_frame.h"
+#include "shell/frame_window.h"
+#include "text/last_error.h"
+#include "text/messages.h"
+
+namespace {
+
+constexpr int kClassNameSize = 1024;
+
+bool StartWinsock() {
+    WSADATA data;
+    return WSAStartup(MAKEWORD(2, 2), &data) == 0;
+}
+
+// Ends the enumeration at a frame of this program, which is brought forward.
+BOOL CALLBACK WakeFrame(HWND window, LPARAM parameter) {
+    wchar_t name[kClassNameSize] = {};
+    GetClassNameW(window, name, kClassNameSize);
+    if (wcscmp(name, kFrameClass) != 0) return TRUE;
+    SetForegroundWindow(window);
+    PostMessageW(window, kWakeMessage, 0, 0);
+    *reinterpret_cast<bool*>(parameter) = true;
+    return FALSE;
+}
+
+bool WakeFirstInstance() {
+    bool found = false;
+    EnumWindows(WakeFrame, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
+bool AllocateViews(AppFrame& frame) {
+    frame.groupView.reset(new (std::nothrow) GroupView);
+    return frame.groupView || Fail(kErrorNoMemory);
+}
+
+bool CreateFrame(AppFrame& frame) {
+    if (!AllocateViews(frame)) return false;
+    const HWND window =
+        CreateWindowExW(0, kFrameClass, L"Pelnor", WS_VISIBLE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                        CW_USEDEFAULT, nullptr, nullptr, frame.instance, &frame);
+    // A start that the user ended while the frame was made is no failure.
+    return window || frame.ended;
+}
+
+void ShowFrame(AppFrame& frame, int showCommand) {
+    frame.accelerators = LoadAcceleratorsW(frame.instance, MAKEINTRESOURCEW(IDA_MAIN));
+    ShowWindow(frame.mainWindow, showCommand);
+    UpdateWindow(frame.mainWindow);
+}
+
+int RunMessageLoop(const AppFrame& frame) {
+    MSG message = {};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (TranslateAcceleratorW(frame.mainWindow, frame.accelerators, &message)) continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+int RunFrame(HINSTANCE instance, int showCommand) {
+    AppFrame frame;
+    frame.instance = instance;
+    InitSettings(frame.settings);
+    if (!RegisterFrameClass(instance) || !CreateFrame(frame)) {
+        MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
+        return 1;
+    }
+    ShowFrame(frame, showCommand);
+    return RunMessageLoop(frame);
+}
+
+}  // namespace
+
+int RunPelnor(HINSTANCE instance, int showCommand) {
+    SetResourceInstance(instance);
+    InitCommonControls();
+    if (!StartWinsock()) {
+        MessageBoxW(nullptr, L"Init winsock failed.", L"Error", MB_OK | MB_ICONERROR);
+        return 1;
+    }
+    const int result = WakeFirstInstance() ? 0 : RunFrame(instance, showCommand);
+    WSACleanup();
+    return result;
+}

@@ -1,0 +1,51 @@
+#include "shell/reload.h"
+
+#include "resources/resource.h"
+#include "store/data_folder.h"
+#include "store/index.h"
+#include "subscribe/group_file.h"
+#include "text/last_error.h"
+#include "text/messages.h"
+
+namespace {
+
+bool CheckGroup(const wchar_t* folder, const wchar_t* name) {
+    GroupStore store;
+    if (!SetNames(store, folder, name)) return false;
+    const IndexState state = BringUpToDate(store);
+    if (state == IndexState::kUnknownVersion) {
+        const ErrorKeeper keeper;
+        MessageBoxW(nullptr, LoadResString(IDS_INVALID_INDEX), kProgramCaption, MB_OK | MB_ICONEXCLAMATION);
+    }
+    return state == IndexState::kReady;
+}
+
+bool CheckGroups(const wchar_t* folder) {
+    GroupFile groups;
+    if (!OpenGroupFile(groups, folder)) return false;
+    while (const wchar_t* name = NextGroupName(groups)) {
+        if (!CheckGroup(folder, name)) return false;
+    }
+    return true;
+}
+
+// A draft folder that cannot be made leaves the wait cursor up: nothing else of the program will work either.
+bool StartDataFolder(const wchar_t* folder) {
+    const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    if (!MakeDraftFolder(folder)) return false;
+    DeleteDraftBackups(folder);
+    const bool started = MakeListFiles(folder) && CheckGroups(folder);
+    const ErrorKeeper keeper;
+    SetCursor(before);
+    return started;
+}
+
+}  // namespace
+
+bool ReloadData(AppFrame& frame) {
+    if (!StartDataFolder(frame.settings.DataPath)) {
+        ShowLastError(IDS_INIT_DATA_FAILED, kProgramCaption);
+        return false;
+    }
+    return ReloadGroupView(*frame.groupView, frame.settings.DataPath);
+}

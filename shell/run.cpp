@@ -1,0 +1,72 @@
+#include "shell/run.h"
+
+#include "nntp/password_prompt.h"
+#include "resources/resource.h"
+#include "shell/not_yet.h"
+#include "shell/reload.h"
+#include "text/messages.h"
+
+namespace {
+
+// False when the user gave none.
+bool AskForPassword(const AppFrame& frame, NarrowText& password) {
+    const Settings& settings = frame.settings;
+    if (!settings.UserID || settings.Password) return true;
+    const INT_PTR result =
+        RunPasswordPrompt(frame.instance, frame.mainWindow, settings.UserID.get(), password);
+    return result == IDOK && password;
+}
+
+bool StartWorker(AppFrame& frame, std::unique_ptr<DownloadJob> job) {
+    frame.job = job.get();
+    if (StartDownloadWorker(*job)) {
+        job.release();  // the worker's, until it reports its end
+        return true;
+    }
+    frame.job = nullptr;
+    ShowLastError(IDS_NO_THREAD, kProgramCaption);
+    return false;
+}
+
+void ReportEnd(AppFrame& frame, const RunResult& result) {
+    if (result.severity == kError) {
+        MessageBoxW(nullptr, result.text, result.title, MB_OK | MB_ICONERROR);
+        return;
+    }
+    MessageBoxW(frame.mainWindow, LoadResString(IDS_DOWNLOAD_DONE), L"Disconnect", MB_OK);
+    (void)ReloadData(frame);
+}
+
+}  // namespace
+
+void GetArticles(AppFrame& frame) {
+    if (frame.job) return;
+    if (frame.settings.Dialup) {
+        ShowNotYet(L"ダイアルアップ");
+        return;
+    }
+    StartRun(frame);
+}
+
+void StartRun(AppFrame& frame) {
+    if (frame.job) return;
+    frame.busy = true;
+    NarrowText typedPassword;
+    if (!AskForPassword(frame, typedPassword)) return;
+    std::unique_ptr<DownloadJob> job =
+        MakeDownloadJob(frame.settings, frame.groupView->list, frame.mainWindow, std::move(typedPassword));
+    if (!job) MessageBoxW(nullptr, LoadResString(IDS_NO_MEMORY), kProgramCaption, MB_OK);
+    if (!job || !StartWorker(frame, std::move(job))) {
+        frame.busy = false;
+        return;
+    }
+    RunProgressDialog(frame.job->progress, frame.instance, frame.mainWindow);
+}
+
+void FinishRun(AppFrame& frame, DownloadJob* job) {
+    const std::unique_ptr<DownloadJob> finished(job);
+    frame.dialled = false;
+    ReportEnd(frame, *finished->result);
+    frame.busy = false;
+    frame.job = nullptr;
+}

@@ -1,0 +1,194 @@
+#include "views/group_view.h"
+
+#include <iterator>
+
+#include "resources/resource.h"
+#include "settings/registry.h"
+#include "settings/settings.h"
+#include "store/index.h"
+#include "subscribe/group_file.h"
+#include "text/messages.h"
+
+namespace {
+
+constexpr wchar_t kKeyPath[] = L"Software\\marrowby\\Pelnor\\GroupView";
+constexpr wchar_t kCaption[] = L"GROUP";
+
+struct Column {
+    UINT stringId;
+    const wchar_t* valueName;
+    int index;
+    int defaultWidth;
+};
+
+// Inserted in this order: the status column, which comes last, pushes those that were appended before it to
+// the right. On the screen the order is newsgroup, unread, articles, status, current, maximum.
+constexpr Column kColumns[] = {
+    {IDS_COLUMN_GROUP, L"NewsgroupWidth", 0, 100}, {IDS_COLUMN_UNREAD, L"ureadWidth", 1, 40},
+    {IDS_COLUMN_ARTICLES, L"artsWidth", 2, 40},    {IDS_COLUMN_CURRENT, L"curWidth", 4, 60},
+    {IDS_COLUMN_MAXIMUM, L"maxWidth", 5, 60},      {IDS_COLUMN_STATUS, L"StatusWidth", 3, 150},
+};
+
+enum ScreenColumn {
+    kGroupColumn,
+    kUnreadColumn,
+    kArticlesColumn,
+    kStatusColumn,
+    kCurrentColumn,
+    kMaximumColumn
+};
+
+void InsertColumn(HWND list, const Column& column, int width) {
+    wchar_t heading[kTextCapacity];
+    const wchar_t* text = LoadResString(column.stringId);
+    CopyCut(heading, kTextCapacity, text ? text : L"");
+    LVCOLUMNW description = {};
+    description.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
+    description.fmt = LVCFMT_LEFT;
+    description.cx = width;
+    description.pszText = heading;
+    SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column.index),
+                 reinterpret_cast<LPARAM>(&description));
+}
+
+bool InsertColumns(HWND list) {
+    RegistryKeyOwner key;
+    if (!OpenKey(HKEY_CURRENT_USER, kKeyPath, key)) return false;
+    for (const Column& column : kColumns) {
+        uint32_t width = 0;
+        const bool stored = ReadDword(key, column.valueName, width);
+        InsertColumn(list, column, stored ? static_cast<int>(width) : column.defaultWidth);
+    }
+    return true;
+}
+
+void SetCell(HWND list, uint32_t row, int column, const wchar_t* text) {
+    LVITEMW item = {};
+    item.iSubItem = column;
+    item.pszText = const_cast<wchar_t*>(text);
+    SendMessageW(list, LVM_SETITEMTEXTW, row, reinterpret_cast<LPARAM>(&item));
+}
+
+void SetNumber(HWND list, uint32_t row, int column, uint32_t number) {
+    wchar_t text[16];
+    wsprintfW(text, L"%d", number);
+    SetCell(list, row, column, text);
+}
+
+bool InsertRow(HWND list, uint32_t row, const wchar_t* name) {
+    LVITEMW item = {};
+    item.mask = LVIF_TEXT;
+    item.iItem = static_cast<int>(row);
+    item.pszText = const_cast<wchar_t*>(name);
+    return SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)) >= 0;
+}
+
+void FillRow(HWND list, uint32_t row, const GroupStore& store) {
+    SetCell(list, row, kStatusColumn, StatusText(store));
+    if (store.lastFetched == kNoneFetched) {
+        SetCell(list, row, kCurrentColumn, L"Catchup");
+    } else {
+        SetNumber(list, row, kCurrentColumn, store.lastFetched);
+    }
+    SetNumber(list, row, kMaximumColumn, store.serverLast);
+    SetNumber(list, row, kArticlesColumn, store.recordCount);
+    SetNumber(list, row, kUnreadColumn, store.unreadCount);
+}
+
+bool AddGroup(HWND list, uint32_t row, const wchar_t* folder, const wchar_t* name) {
+    GroupStore store;
+    if (!InsertRow(list, row, name)) return false;
+    if (!SetNames(store, folder, name) || !ReadHeader(store)) {
+        ShowLastError(IDS_INIT_INDEX_FILE_FAILED, kCaption);
+        return false;
+    }
+    FillRow(list, row, store);
+    return true;
+}
+
+void SelectRow(HWND list, uint32_t row) {
+    LVITEMW item = {};
+    item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
+    SendMessageW(list, LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
+}
+
+bool SelectedRow(HWND list, uint32_t& row) {
+    const LRESULT selected =
+        SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), MAKELPARAM(LVNI_SELECTED, 0));
+    if (selected < 0) return false;
+    row = static_cast<uint32_t>(selected);
+    return true;
+}
+
+uint32_t RowCount(HWND list) {
+    return static_cast<uint32_t>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
+}
+
+}  // namespace
+
+bool CreateGroupView(GroupView& view, HWND parent, const wchar_t* caption, const RECT& rectangle, int id,
+                     HINSTANCE instance) {
+    constexpr DWORD kStyle =
+        WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS;
+    view.list = CreateWindowExW(0, L"SysListView32", caption, kStyle, rectangle.left, rectangle.top,
+                                rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
+                                reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), instance, nullptr);
+    return view.list && InsertColumns(view.list);
+}
+
+void ShowGroupView(const GroupView& view, int showCommand) {
+    ShowWindow(view.list, showCommand);
+    UpdateWindow(view.list);
+}
+
+bool ReloadGroupView(const GroupView& view, const wchar_t* folder) {
+    SendMessageW(view.list, LVM_DELETEALLITEMS, 0, 0);
+    GroupFile groups;
+    if (!OpenGroupFile(groups, folder)) {
+        ShowLastError(IDS_GROUP_LIST_FAILED, kCaption);
+        return false;
+    }
+    uint32_t row = 0;
+    while (const wchar_t* name = NextGroupName(groups)) {
+        if (!AddGroup(view.list, row, folder, name)) return false;
+        ++row;
+    }
+    if (row > 0) SelectRow(view.list, 0);
+    return true;
+}
+
+bool SelectedGroup(const GroupView& view, wchar_t* name, int capacity, uint32_t* row) {
+    uint32_t selected = 0;
+    if (!SelectedRow(view.list, selected)) return false;
+    LVITEMW item = {};
+    item.pszText = name;
+    item.cchTextMax = capacity;
+    name[0] = L'\0';
+    SendMessageW(view.list, LVM_GETITEMTEXTW, selected, reinterpret_cast<LPARAM>(&item));
+    if (row) *row = selected;
+    return true;
+}
+
+bool SelectNextGroup(const GroupView& view, bool& moved) {
+    uint32_t row = 0;
+    moved = false;
+    if (!SelectedRow(view.list, row)) return false;
+    moved = row + 1 < RowCount(view.list);
+    if (moved) SelectRow(view.list, row + 1);
+    return true;
+}
+
+void SetGroupUnread(const GroupView& view, uint32_t row, uint32_t count) {
+    SetNumber(view.list, row, kUnreadColumn, count);
+}
+
+bool SaveGroupViewWidths(const GroupView& view) {
+    RegistryKeyOwner key;
+    if (!OpenKey(HKEY_CURRENT_USER, kKeyPath, key)) return false;
+    for (const Column& column : kColumns) {
+        const LRESULT width =
+            SendMessageW(view.list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column.index), 0);
+        if (!WriteDword(key, column.valueName, static_cast<uint32_t>(width))) return false;
+    }
+    return true;
+}
