@@ -36,7 +36,12 @@ set(PELNOR_SOURCES
   nntp/reply.cpp
   nntp/run_result.cpp
   nntp/session.cpp
+  views/article_layout.cpp
+  views/article_view.cpp
   views/group_view.cpp
+  views/row_canvas.cpp
+  views/scrolling.cpp
+  views/subject_view.cpp
   shell/about.cpp
   shell/application.cpp
   shell/catch_up.cpp

@@ -74,6 +74,27 @@ struct FontTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+struct EventTraits {
+    using Handle = HANDLE;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { CloseHandle(handle); }
+};
+
+struct DcTraits {  // a memory device context
+    using Handle = HDC;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { DeleteDC(handle); }
+};
+
+struct BitmapTraits {
+    using Handle = HBITMAP;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { DeleteObject(handle); }
+};
+
+using EventOwner = Owner<EventTraits>;
+using DcOwner = Owner<DcTraits>;
+using BitmapOwner = Owner<BitmapTraits>;
 using FileOwner = Owner<FileTraits>;
 using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;

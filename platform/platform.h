@@ -20,6 +20,15 @@ void* GetWindowPointer(HWND window, int offset);
 // Extra bytes that a window class must ask for to keep one such pointer.
 constexpr int kPointerExtra = static_cast<int>(sizeof(LONG_PTR));
 
+// A child window's id in the place where CreateWindowExW wants a menu.
+inline HMENU ChildId(int id) {
+    return reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
+}
+
+// A movable memory block with a copy of `size` bytes, as the clipboard takes it over; null when memory runs
+// out.
+HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size);
+
 // Runs the dialog `id` of `instance` modally with `parameter` for WM_INITDIALOG. Returns what EndDialog was
 // given, -1 when the template is missing or the dialog cannot be made.
 INT_PTR RunDialog(HINSTANCE instance, int id, HWND owner, DLGPROC procedure, void* parameter);

@@ -7,6 +7,11 @@
 #define IDB_SUBJECT_BAR 132  // 6 images of 16 x 16
 #define IDB_ARTICLE_BAR 141  // 2 images of 16 x 16
 
+// Marks of the subject view's rows, 10 x 10.
+#define IDB_MARK_READ 115
+#define IDB_MARK_LOW 137
+#define IDB_MARK_HIGH 139
+
 // Menus, and the menu bars (RCDATA) whose drop-downs open their popups.
 #define IDM_ARTICLE 145
 #define IDM_SUBJECT 147
@@ -52,6 +57,9 @@
 #define IDW_GROUP_VIEW 101
 #define IDW_ARTICLE_VIEW 104
 #define IDW_SUBJECT_VIEW 106
+#define IDW_SUBJECT_SCROLL 105
+#define IDW_SUBJECT_HEADER 109
+#define IDW_ARTICLE_SCROLL 103
 
 // Dialogs and their controls.
 #define IDD_ABOUT 100
@@ -108,6 +116,12 @@
 #define IDS_COLUMN_STATUS 111
 #define IDS_COLUMN_CURRENT 113
 #define IDS_COLUMN_MAXIMUM 115
+
+// Column headings of the subject view.
+#define IDS_COLUMN_DATE 117
+#define IDS_COLUMN_FROM 119
+#define IDS_COLUMN_SUBJECT 121
+#define IDS_COLUMN_MARKS 141
 
 // Captions of the menu-bar drop-downs.
 #define IDS_BAR_GROUP 201

@@ -1,4 +1,6 @@
 // The desktop's spelling of what platform.h promises.
+#include <cstring>
+
 #include "platform/platform.h"
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
@@ -7,4 +9,13 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
 
 void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongPtrW(window, offset));
+}
+
+HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size) {
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size);
+    void* memory = block ? GlobalLock(block) : nullptr;
+    if (!memory) return nullptr;
+    std::memcpy(memory, bytes, size);
+    GlobalUnlock(block);
+    return block;
 }

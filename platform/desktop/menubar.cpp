@@ -76,6 +76,7 @@ struct MenuBar {
     int open = kNone;            // while its popup shows
     int next = kNone;            // popup to open when the open one has closed
     bool preselect = false;      // the next popup is opened by a key, which expects its first item selected
+    POINT mouse{};               // on the screen, when a popup was last opened
     HWND focusBefore = nullptr;  // not owned
     Dock* dock = nullptr;        // not owned
     MenuBar* neighbour = nullptr;
@@ -307,6 +308,8 @@ bool OnMenuMessage(MenuBar& bar, const MSG& message) {
     }
     if (message.message != WM_MOUSEMOVE && message.message != WM_LBUTTONDOWN) return false;
     POINT point = message.pt;
+    // A window that opens makes the mouse report itself without having moved.
+    if (message.message == WM_MOUSEMOVE && point.x == bar.mouse.x && point.y == bar.mouse.y) return false;
     ScreenToClient(bar.window, &point);
     const int target = ButtonAt(bar, point);
     if (target == kNone) return false;
@@ -330,6 +333,7 @@ UINT TrackPopup(MenuBar& bar, int index) {
     const Button& button = bar.buttons[index];
     bar.open = index;
     bar.next = kNone;
+    GetCursorPos(&bar.mouse);
     if (bar.selected != kNone) bar.selected = index;
     Redraw(bar);
     UpdateWindow(bar.window);
@@ -417,9 +421,13 @@ void OnKey(MenuBar& bar, WPARAM key) {
             if (bar.buttons[bar.selected].popup) PressButton(bar, bar.selected, true);
             break;
         case VK_RETURN:
-        case VK_SPACE:
+        case VK_SPACE: {
+            // The key's character is in the queue already; an opened popup would take it for a choice.
+            MSG character;
+            PeekMessageW(&character, bar.window, WM_CHAR, WM_CHAR, PM_REMOVE);
             PressButton(bar, bar.selected, true);
             break;
+        }
         case VK_ESCAPE:
             GiveFocusBack(bar);
             break;
@@ -469,6 +477,14 @@ void OnParentSize(const Dock& dock) {
         PlaceBar(*bar);
 }
 
+// A popup whose owner is destroyed takes its window along, and its loop may then wait for ever; it has to end
+// first, and to be woken to notice.
+void OnParentClose() {
+    if (!trackedBar) return;
+    EndMenu();
+    PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
+}
+
 LRESULT CALLBACK DockProcedure(HWND parent, UINT message, WPARAM wParam, LPARAM lParam);
 
 // A window that was subclassed again since must keep us until it ends.
@@ -490,6 +506,7 @@ LRESULT CALLBACK DockProcedure(HWND parent, UINT message, WPARAM wParam, LPARAM 
     // With a character (Alt+Space and the like) it is not for the bar.
     if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == SC_KEYMENU && !lParam && OnKeyMenu(*dock)) return 0;
     if (message == WM_SIZE && wParam != SIZE_MINIMIZED) OnParentSize(*dock);
+    if (message == WM_CLOSE) OnParentClose();
     if (message == WM_NCDESTROY) FreeDock(dock, true);
     return CallWindowProcW(procedure, parent, message, wParam, lParam);
 }
@@ -526,10 +543,7 @@ void LeaveDock(MenuBar& bar) {
 // The bar's window.
 
 void OnEnd(MenuBar* bar) {
-    if (trackedBar == bar) {
-        trackedBar = nullptr;
-        EndMenu();  // its loop may otherwise wait for ever for an owner that is gone
-    }
+    if (trackedBar == bar) trackedBar = nullptr;
     SetWindowLongPtrW(bar->window, GWLP_USERDATA, 0);
     if (bar->dock) LeaveDock(*bar);
     delete bar;
@@ -602,11 +616,11 @@ LRESULT CALLBACK BarProcedure(HWND window, UINT message, WPARAM wParam, LPARAM l
 }  // namespace
 
 extern "C" BOOL WINAPI SHCreateMenuBar(SHMENUBARINFO* info) {
+    if (info) info->hwndMB = nullptr;
     if (!info || !IsWindow(info->hwndParent)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    info->hwndMB = nullptr;
     std::unique_ptr<MenuBar> bar(new (std::nothrow) MenuBar);
     if (!bar) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);

@@ -1,4 +1,6 @@
 // The device's spelling of what platform.h promises: a pointer fits a window's 32-bit words there.
+#include <cstring>
+
 #include "platform/platform.h"
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
@@ -7,4 +9,11 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
 
 void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongW(window, offset));
+}
+
+// A local block does not move here: its handle is its address.
+HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size) {
+    const HLOCAL block = LocalAlloc(LMEM_MOVEABLE | LMEM_ZEROINIT, size);
+    if (block) std::memcpy(block, bytes, size);
+    return block;
 }

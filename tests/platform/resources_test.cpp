@@ -1,0 +1,126 @@
+// What the resource compiler cannot see: that everything fits the device's screen and can be made there.
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+#include "resources/resource.h"
+
+namespace {
+
+constexpr int kScreenWidth = 240;
+constexpr int kScreenHeight = 320;
+
+INT_PTR CALLBACK NoProcedure(HWND, UINT, WPARAM, LPARAM) {
+    return FALSE;
+}
+
+BOOL CALLBACK CollectName(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR parameter) {
+    reinterpret_cast<std::vector<LPWSTR>*>(parameter)->push_back(name);
+    return TRUE;
+}
+
+std::vector<LPWSTR> ResourcesOf(LPCWSTR type) {
+    std::vector<LPWSTR> names;
+    EnumResourceNamesW(nullptr, type, CollectName, reinterpret_cast<LONG_PTR>(&names));
+    return names;
+}
+
+bool IsExtended(LPCWSTR name) {
+    HRSRC resource = FindResourceW(nullptr, name, RT_DIALOG);
+    auto words = static_cast<const WORD*>(LockResource(LoadResource(nullptr, resource)));
+    return words[0] == 1 && words[1] == 0xFFFF;
+}
+
+// A control beyond the dialog's edge is cut off, one beyond its neighbour's hides it.
+void ExpectControlsApart(HWND dialog) {
+    RECT client{};
+    GetClientRect(dialog, &client);
+    std::vector<RECT> areas;
+    for (HWND control = GetWindow(dialog, GW_CHILD); control; control = GetWindow(control, GW_HWNDNEXT)) {
+        WCHAR className[32] = L"";
+        GetClassNameW(control, className, 32);
+        const LONG style = GetWindowLongW(control, GWL_STYLE);
+        if (!lstrcmpiW(className, L"Button") && (style & BS_TYPEMASK) == BS_GROUPBOX) continue;
+        RECT area{};
+        GetWindowRect(control, &area);
+        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&area), 2);
+        EXPECT_TRUE(area.left >= 0 && area.top >= 0 && area.right <= client.right &&
+                    area.bottom <= client.bottom)
+            << "control " << GetDlgCtrlID(control) << " stands out of the dialog";
+        for (const RECT& other : areas) {
+            RECT common{};
+            EXPECT_FALSE(IntersectRect(&common, &area, &other))
+                << "control " << GetDlgCtrlID(control) << " covers another";
+        }
+        areas.push_back(area);
+    }
+    EXPECT_FALSE(areas.empty());
+}
+
+TEST(Resources, DialogsFitTheDevice) {
+    InitCommonControls();
+    const std::vector<LPWSTR> dialogs = ResourcesOf(RT_DIALOG);
+    EXPECT_GE(dialogs.size(), 4u);
+    for (LPWSTR name : dialogs) {
+        SCOPED_TRACE("dialog " + std::to_string(reinterpret_cast<ULONG_PTR>(name)));
+        EXPECT_FALSE(IsExtended(name)) << "the device has no extended templates";
+        HWND dialog = CreateDialogParamW(nullptr, name, nullptr, NoProcedure, 0);
+        ASSERT_TRUE(dialog) << "a control's class is missing, error " << GetLastError();
+        RECT area{};
+        GetWindowRect(dialog, &area);
+        EXPECT_LE(area.right - area.left, kScreenWidth);
+        EXPECT_LE(area.bottom - area.top, kScreenHeight);
+        ExpectControlsApart(dialog);
+        DestroyWindow(dialog);
+    }
+}
+
+TEST(Resources, EverythingIsJapanese) {
+    for (LPCWSTR type : {RT_DIALOG, RT_MENU, RT_STRING, RT_ACCELERATOR, RT_RCDATA, RT_BITMAP}) {
+        const std::vector<LPWSTR> names = ResourcesOf(type);
+        EXPECT_FALSE(names.empty());
+        for (LPWSTR name : names) {
+            EXPECT_TRUE(FindResourceExW(nullptr, type, name, 0x0411))
+                << "type " << reinterpret_cast<ULONG_PTR>(type) << ", name "
+                << reinterpret_cast<ULONG_PTR>(name);
+        }
+    }
+}
+
+// Texts go through the resource compiler as UTF-8; read in another code page they come out as other letters,
+// and half-width kana as full-width or not at all.
+TEST(Resources, TextsKeepTheirLetters) {
+    struct Row {
+        const char* sentence;
+        UINT id;
+        std::wstring text;
+    };
+    const Row rows[] = {
+        {"half-width katakana", IDS_COLUMN_GROUP,
+         L"\xFF86\xFF6D\xFF70\xFF7D\xFF78\xFF9E\xFF99\xFF70\xFF8C\xFF9F"},
+        {"kanji", IDS_COLUMN_UNREAD, L"\x672A\x8AAD"},
+        {"the text with a place for the reply", IDS_UNEXPECTED_REPLY,
+         L"\x4E88\x671F\x305B\x306C\x6587\x5B57\x5217\x304C\x8FD4\x308A\x307E\x3057\x305F : %s"},
+        {"the text that the table lacked", IDS_DELETE_NO_GROUPS,
+         L"\x30B0\x30EB\x30FC\x30D7\x4E00\x89A7\x304C\x53D6\x5F97\x3067\x304D\x307E\x305B\x3093\x3067\x3057"
+         L"\x305F(%d)"},
+    };
+    for (const Row& row : rows) {
+        WCHAR text[256] = L"";
+        LoadStringW(GetModuleHandleW(nullptr), row.id, text, 256);
+        EXPECT_EQ(row.text, text) << row.sentence;
+    }
+}
+
+TEST(Resources, IconHasBothSizes) {
+    for (int side : {16, 32}) {
+        auto icon = static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDI_PELNOR),
+                                                  IMAGE_ICON, side, side, LR_DEFAULTCOLOR));
+        ASSERT_TRUE(icon) << side;
+        DestroyIcon(icon);
+    }
+}
+
+}  // namespace
