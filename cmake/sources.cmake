@@ -12,6 +12,7 @@ set(PELNOR_SOURCES
   text/sjis.cpp
   store/article_list.cpp
   store/data_folder.cpp
+  store/delete_read.cpp
   store/file.cpp
   store/group_store.cpp
   store/header_block.cpp
@@ -46,6 +47,7 @@ set(PELNOR_SOURCES
   shell/application.cpp
   shell/catch_up.cpp
   shell/commands.cpp
+  shell/delete_read.cpp
   shell/frame_window.cpp
   shell/not_yet.cpp
   shell/reload.cpp
@@ -60,5 +62,6 @@ set(PELNOR_DESKTOP_SOURCES
 
 set(PELNOR_DEVICE_SOURCES
   platform/device/device.cpp
+  platform/device/header_calls.cpp
   platform/device/runtime.cpp
 )

@@ -6,16 +6,11 @@
 #include "nntp/group_cursor.h"
 #include "nntp/progress_dialog.h"
 #include "nntp/run_result.h"
+#include "platform/owners.h"
 #include "settings/settings.h"
 
 // Sent by the worker to the main window as its last act; lParam is the job.
 constexpr UINT kRunFinishedMessage = 0x8001;
-
-struct EventTraits {
-    using Handle = HANDLE;
-    static Handle None() { return nullptr; }
-    static void Free(Handle handle) { CloseHandle(handle); }
-};
 
 struct DownloadJob {
     wchar_t server[kServerSize] = {};
@@ -28,7 +23,7 @@ struct DownloadJob {
     NarrowText user;      // null: no login
     NarrowText password;  // the stored one, else the one typed at the prompt
     ProgressDialog progress;
-    Owner<EventTraits> progressShown;  // the worker waits for it before its first word to the dialog
+    EventOwner progressShown;  // the worker waits for it before its first word to the dialog
 };
 
 // Fills a job from the settings; takes `typedPassword` over when none is stored. Null when memory runs out.

@@ -6,7 +6,9 @@
 #include "nntp/download_job.h"
 #include "platform/platform.h"
 #include "settings/settings.h"
+#include "views/article_view.h"
 #include "views/group_view.h"
+#include "views/subject_view.h"
 
 enum class ViewKind { kGroup = 0, kSubject = 1, kArticle = 2, kDrafts = 3 };
 
@@ -22,6 +24,8 @@ struct AppFrame {
     HACCEL accelerators = nullptr;
     bool busy = false;                         // a modal operation or a run is under way
     ViewKind currentView = ViewKind::kDrafts;  // the first switch to the group view finds another one current
+    std::unique_ptr<ArticleView> articleView;
+    std::unique_ptr<SubjectView> subjectView;
     std::unique_ptr<GroupView> groupView;
     uint32_t currentGroupRow = 0;  // of the group open in the subject view
     uint32_t viewReadArticles = 0;

@@ -33,8 +33,10 @@ bool WakeFirstInstance() {
 }
 
 bool AllocateViews(AppFrame& frame) {
+    frame.articleView.reset(new (std::nothrow) ArticleView);
+    frame.subjectView.reset(new (std::nothrow) SubjectView);
     frame.groupView.reset(new (std::nothrow) GroupView);
-    return frame.groupView || Fail(kErrorNoMemory);
+    return (frame.articleView && frame.subjectView && frame.groupView) || Fail(kErrorNoMemory);
 }
 
 bool CreateFrame(AppFrame& frame) {
@@ -64,17 +66,22 @@ int RunMessageLoop(const AppFrame& frame) {
 
 int RunFrame(HINSTANCE instance, int showCommand) {
     AppFrame frame;
-    frame.instance = instance;
-    InitSettings(frame.settings);
-    if (!RegisterFrameClass(instance) || !CreateFrame(frame)) {
-        MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
-        return 1;
-    }
-    ShowFrame(frame, showCommand);
-    return RunMessageLoop(frame);
+    if (OpenFrame(frame, instance, showCommand)) return RunMessageLoop(frame);
+    MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
+    return 1;
 }
 
 }  // namespace
+
+bool OpenFrame(AppFrame& frame, HINSTANCE instance, int showCommand) {
+    const bool registered = RegisterArticleViewClass(instance) && RegisterSubjectViewClass(instance) &&
+                            RegisterFrameClass(instance);
+    frame.instance = instance;
+    InitSettings(frame.settings);
+    if (!registered || !CreateFrame(frame)) return false;
+    ShowFrame(frame, showCommand);
+    return true;
+}
 
 int RunPelnor(HINSTANCE instance, int showCommand) {
     SetResourceInstance(instance);

@@ -1,11 +1,14 @@
 #include "shell/commands.h"
 
 #include "resources/resource.h"
+#include "settings/view_options.h"
 #include "shell/about.h"
 #include "shell/catch_up.h"
+#include "shell/delete_read.h"
 #include "shell/not_yet.h"
 #include "shell/run.h"
 #include "shell/view_switch.h"
+#include "text/messages.h"
 
 namespace {
 
@@ -20,27 +23,60 @@ void OnAbout(AppFrame& frame) {
     frame.busy = false;
 }
 
+// A refused change or a setting that cannot be stored is told; the option stays as the user chose it.
+void StoreOption(bool shown, bool (*write)(uint32_t), uint32_t value) {
+    if (!shown) {
+        ShowLastError(IDS_SWITCH_VIEW_FAILED, kProgramCaption);
+    } else if (!write(value)) {
+        ShowLastError(IDS_SAVE_SETTINGS_FAILED, kProgramCaption);
+    }
+}
+
+void OnViewRead(AppFrame& frame) {
+    frame.viewReadArticles = !frame.viewReadArticles;
+    ShowCheckMarks(frame);
+    const bool shown = SetSubjectOptions(*frame.subjectView, frame.viewReadArticles, frame.priorityLevel);
+    StoreOption(shown, WriteViewReadArticle, frame.viewReadArticles);
+}
+
+void OnShowHeader(AppFrame& frame) {
+    frame.showArticleHeader = !frame.showArticleHeader;
+    ShowCheckMarks(frame);
+    const bool shown = SetShowAllHeaders(*frame.articleView, frame.showArticleHeader != 0);
+    StoreOption(shown, WriteShowArticleHeader, frame.showArticleHeader);
+}
+
+void OnPriorityLevel(AppFrame& frame, uint32_t level) {
+    frame.priorityLevel = level;
+    ShowCheckMarks(frame);
+    (void)WritePriorityViewLevel(level);
+    (void)SetSubjectOptions(*frame.subjectView, frame.viewReadArticles, level);
+}
+
+void OnCopy(AppFrame& frame, UINT origin) {
+    if (ReachesView(frame, origin, ViewKind::kArticle))
+        (void)CopyArticle(*frame.articleView, frame.mainWindow);
+}
+
+void OnArticleNotice(AppFrame& frame, UINT notice) {
+    if (notice == kArticleBack) SwitchToSubjectView(frame);
+    if (notice == kArticleNext) OpenNextArticle(frame);
+}
+
+void OnSubjectNotice(AppFrame& frame, UINT notice) {
+    if (notice == kSubjectBack) SwitchToGroupView(frame);
+    if (notice == kSubjectOpen) OpenCurrentArticle(frame);
+}
+
 // Commands whose views and dialogs are still to be written.
 const wchar_t* MissingPart(UINT id) {
     switch (id) {
         case IDC_PROPERTIES:
             return L"プロパティ";
-        case IDC_DELETE_READ:
-            return L"既読削除";
-        case IDC_TOGGLE_READ:
-            return L"未既読切替";
         case IDC_SUBSCRIBE:
             return L"購読";
-        case IDC_VIEW_READ:
-            return L"既読も表示";
         case IDC_KEYWORDS:
             return L"フィルタ";
-        case IDC_SHOW_HEADER:
-            return L"ヘッダ";
-        case IDC_LEVEL_HIGH:
-        case IDC_LEVEL_NORMAL:
-        case IDC_LEVEL_LOW:
-            return L"優先度";
         case IDC_DRAFTS:
         case IDC_COMPOSE:
         case IDC_CHOOSE_EXE:
@@ -55,9 +91,52 @@ void OnMissingCommand(UINT id) {
     if (what) ShowNotYet(what);
 }
 
+// The panes' commands: true when `id` was one of them.
+bool OnViewCommand(AppFrame& frame, UINT id, UINT origin) {
+    switch (id) {
+        case IDC_TOGGLE_READ:
+            (void)ToggleSubjectRead(*frame.subjectView);
+            return true;
+        case IDC_COPY:
+            OnCopy(frame, origin);
+            return true;
+        case IDC_VIEW_READ:
+            OnViewRead(frame);
+            return true;
+        case IDC_SHOW_HEADER:
+            OnShowHeader(frame);
+            return true;
+        case IDC_LEVEL_HIGH:
+            OnPriorityLevel(frame, kPriorityHigh);
+            return true;
+        case IDC_LEVEL_NORMAL:
+            OnPriorityLevel(frame, kPriorityNormal);
+            return true;
+        case IDC_LEVEL_LOW:
+            OnPriorityLevel(frame, kPriorityLow);
+            return true;
+        case IDC_LEAVE_DRAFTS:
+        case IDC_BACK_TO_GROUPS:
+            SwitchToGroupView(frame);
+            return true;
+        case IDC_BACK_TO_SUBJECTS:
+            SwitchToSubjectView(frame);
+            return true;
+        case IDW_ARTICLE_VIEW:
+            OnArticleNotice(frame, origin);
+            return true;
+        case IDW_SUBJECT_VIEW:
+            OnSubjectNotice(frame, origin);
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 void OnCommand(AppFrame& frame, UINT id, UINT origin) {
+    if (OnViewCommand(frame, id, origin)) return;
     switch (id) {
         case IDC_EXIT:
             SendMessageW(frame.mainWindow, WM_CLOSE, 0, 0);
@@ -65,18 +144,14 @@ void OnCommand(AppFrame& frame, UINT id, UINT origin) {
         case IDC_GET_ARTICLES:
             if (ReachesView(frame, origin, ViewKind::kGroup)) GetArticles(frame);
             break;
+        case IDC_DELETE_READ:
+            DeleteReadArticles(frame);
+            break;
         case IDC_ABOUT:
             OnAbout(frame);
             break;
         case IDC_CATCH_UP:
             CatchUp(frame);
-            break;
-        case IDC_COPY:
-            if (ReachesView(frame, origin, ViewKind::kArticle)) ShowNotYet(L"コピー");
-            break;
-        case IDC_LEAVE_DRAFTS:
-        case IDC_BACK_TO_GROUPS:
-            SwitchToGroupView(frame);
             break;
         default:
             OnMissingCommand(id);

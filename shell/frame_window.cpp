@@ -64,10 +64,16 @@ bool LoadFrameSettings(AppFrame& frame) {
     return LoadSettings(frame.settings, complete) && complete;
 }
 
-void ReadOptions(AppFrame& frame) {
+// A pane that cannot be made leaves its place empty; the others still work.
+void CreatePanes(AppFrame& frame, const RECT& pane) {
+    (void)CreateGroupView(*frame.groupView, frame.mainWindow, L"Group", pane, IDW_GROUP_VIEW, frame.instance);
     frame.showArticleHeader = ReadShowArticleHeader();
     frame.priorityLevel = ReadPriorityViewLevel();
+    frame.articleView->showAllHeaders = frame.showArticleHeader != 0;
+    (void)CreateArticleView(*frame.articleView, frame.instance, frame.mainWindow, IDW_ARTICLE_VIEW, pane);
     frame.viewReadArticles = ReadViewReadArticle();
+    (void)CreateSubjectView(*frame.subjectView, frame.instance, frame.mainWindow, IDW_SUBJECT_VIEW, pane,
+                            frame.viewReadArticles, frame.priorityLevel);
     ShowCheckMarks(frame);
 }
 
@@ -83,14 +89,12 @@ LRESULT OnCreate(AppFrame& frame) {
         PostQuitMessage(0);
         return 0;
     }
-    const RECT pane = PaneRectangle(frame);
     if (!LoadFrameSettings(frame)) {
         ShowNotYet(L"プロパティ");
         SendMessageW(frame.mainWindow, WM_COMMAND, IDC_EXIT, 0);
         return 0;
     }
-    (void)CreateGroupView(*frame.groupView, frame.mainWindow, L"Group", pane, IDW_GROUP_VIEW, frame.instance);
-    ReadOptions(frame);
+    CreatePanes(frame, PaneRectangle(frame));
     SetFrameIcon(frame);
     (void)ReloadData(frame);
     SwitchToGroupView(frame);
@@ -98,6 +102,7 @@ LRESULT OnCreate(AppFrame& frame) {
 }
 
 LRESULT OnDestroy(AppFrame& frame) {
+    if (frame.currentView != ViewKind::kGroup) CloseSubjectGroup(*frame.subjectView);
     if (frame.groupView && frame.groupView->list) (void)SaveGroupViewWidths(*frame.groupView);
     frame.ended = true;
     PostQuitMessage(0);
@@ -111,7 +116,7 @@ LRESULT OnNotify(AppFrame& frame, const NMHDR& header) {
     if (header.idFrom != IDW_GROUP_VIEW || !opens) return 0;
     wchar_t name[kTextCapacity];
     uint32_t row = 0;
-    if (SelectedGroup(*frame.groupView, name, kTextCapacity, &row)) ShowNotYet(L"サブジェクト");
+    if (SelectedGroup(*frame.groupView, name, kTextCapacity, &row)) SwitchToSubjectView(frame, name, row);
     return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include "resources/resource.h"
 #include "store/data_folder.h"
+#include "store/delete_read.h"
 #include "store/index.h"
 #include "subscribe/group_file.h"
 #include "text/last_error.h"
@@ -12,6 +13,7 @@ namespace {
 bool CheckGroup(const wchar_t* folder, const wchar_t* name) {
     GroupStore store;
     if (!SetNames(store, folder, name)) return false;
+    FinishDeletion(store);
     const IndexState state = BringUpToDate(store);
     if (state == IndexState::kUnknownVersion) {
         const ErrorKeeper keeper;

@@ -1,7 +1,8 @@
 #include "shell/view_switch.h"
 
 #include "resources/resource.h"
-#include "store/record.h"
+#include "store/log.h"
+#include "text/messages.h"
 
 namespace {
 
@@ -9,20 +10,107 @@ void Check(HMENU menu, UINT command, bool checked) {
     CheckMenuItem(menu, command, MF_BYCOMMAND | static_cast<UINT>(checked ? MF_CHECKED : MF_UNCHECKED));
 }
 
+// Exactly one bar stands at the bottom.
+void ShowMenuBar(const AppFrame& frame, HWND shown) {
+    const HWND bars[] = {frame.groupBar, frame.subjectBar, frame.articleBar};
+    for (const HWND bar : bars) {
+        if (bar != shown) ShowWindow(bar, SW_HIDE);
+    }
+    ShowWindow(shown, SW_SHOW);
+}
+
+void HideOtherPanes(const AppFrame& frame, ViewKind shown) {
+    if (shown != ViewKind::kArticle) ShowArticleView(*frame.articleView, SW_HIDE);
+    if (shown != ViewKind::kSubject) ShowSubjectView(*frame.subjectView, SW_HIDE);
+    if (shown != ViewKind::kGroup) ShowGroupView(*frame.groupView, SW_HIDE);
+}
+
+// What was read in the open group shows in its row.
+void LeaveOpenGroup(AppFrame& frame) {
+    if (!frame.subjectView->list.open) return;
+    CloseSubjectGroup(*frame.subjectView);
+    SetGroupUnread(*frame.groupView, frame.currentGroupRow, frame.subjectView->list.store.unreadCount);
+}
+
+void ShowSubjects(AppFrame& frame) {
+    ShowMenuBar(frame, frame.subjectBar);
+    HideOtherPanes(frame, ViewKind::kSubject);
+    frame.currentView = ViewKind::kSubject;
+    ShowSubjectView(*frame.subjectView, SW_SHOW);
+    FocusCurrentView(frame);
+}
+
+void UseSubjectSettings(AppFrame& frame) {
+    SetSubjectAppearance(*frame.subjectView, frame.settings.SubjectFont.Get(), frame.settings.KeyMode != 0);
+}
+
+void ShowArticle(AppFrame& frame) {
+    const Settings& settings = frame.settings;
+    SetArticleAppearance(*frame.articleView,
+                         {settings.ArticleFont.Get(), settings.HeaderColor, settings.ReferenceLine,
+                          settings.KeyMode != 0, settings.AutoNextArticle != 0});
+    if (frame.currentView == ViewKind::kArticle) return;
+    ShowMenuBar(frame, frame.articleBar);
+    HideOtherPanes(frame, ViewKind::kArticle);
+    frame.currentView = ViewKind::kArticle;
+    ShowArticleView(*frame.articleView, SW_SHOW);
+    FocusCurrentView(frame);
+}
+
+WideText ReadCurrentArticle(AppFrame& frame) {
+    SubjectView& subjects = *frame.subjectView;
+    if (!MarkSubjectRead(subjects)) return nullptr;
+    const IndexRecord* record = CurrentSubject(subjects);
+    return ReadArticle(subjects.list.store, record->logOffset, record->logLength);
+}
+
 }  // namespace
 
 void SwitchToGroupView(AppFrame& frame) {
     if (frame.currentView == ViewKind::kGroup) return;
-    ShowWindow(frame.subjectBar, SW_HIDE);
-    ShowWindow(frame.articleBar, SW_HIDE);
-    ShowWindow(frame.groupBar, SW_SHOW);
-    ShowGroupView(*frame.groupView, SW_SHOW);
+    HideOtherPanes(frame, ViewKind::kGroup);
+    LeaveOpenGroup(frame);
+    ShowMenuBar(frame, frame.groupBar);
     frame.currentView = ViewKind::kGroup;
+    ShowGroupView(*frame.groupView, SW_SHOW);
     FocusCurrentView(frame);
+}
+
+void SwitchToSubjectView(AppFrame& frame, const wchar_t* group, uint32_t row) {
+    if (frame.currentView == ViewKind::kSubject) return;
+    UseSubjectSettings(frame);
+    if (!OpenSubjectGroup(*frame.subjectView, frame.settings.DataPath, group)) {
+        ShowLastError(IDS_INIT_INDEX_FAILED, kProgramCaption);
+        return;
+    }
+    frame.currentGroupRow = row;
+    ShowSubjects(frame);
+}
+
+void SwitchToSubjectView(AppFrame& frame) {
+    if (frame.currentView == ViewKind::kSubject) return;
+    UseSubjectSettings(frame);
+    ShowSubjects(frame);
+}
+
+void OpenCurrentArticle(AppFrame& frame) {
+    WideText article = ReadCurrentArticle(frame);
+    if (!article) {
+        ShowLastError(IDS_INIT_INDEX_FAILED, kProgramCaption);
+        return;
+    }
+    TakeArticleText(*frame.articleView, std::move(article));
+    ShowArticle(frame);
+}
+
+void OpenNextArticle(AppFrame& frame) {
+    if (AdvanceSubject(*frame.subjectView)) OpenCurrentArticle(frame);
 }
 
 void FocusCurrentView(const AppFrame& frame) {
     if (frame.currentView == ViewKind::kGroup) SetFocus(frame.groupView->list);
+    if (frame.currentView == ViewKind::kSubject) SetFocus(frame.subjectView->window);
+    if (frame.currentView == ViewKind::kArticle) SetFocus(frame.articleView->window);
 }
 
 void ShowCheckMarks(const AppFrame& frame) {

@@ -62,6 +62,7 @@ void SeekToEnd(DataFile& file);
 // with 234, the end of the file with 38; a last line without a line end is a line.
 [[nodiscard]] bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* taken = nullptr);
 
+bool FileExists(const wchar_t* path);
 [[nodiscard]] bool DeleteDataFile(const wchar_t* path);
 [[nodiscard]] bool RenameDataFile(const wchar_t* from, const wchar_t* to);
 

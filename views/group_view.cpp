@@ -132,7 +132,7 @@ bool CreateGroupView(GroupView& view, HWND parent, const wchar_t* caption, const
         WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS;
     view.list = CreateWindowExW(0, L"SysListView32", caption, kStyle, rectangle.left, rectangle.top,
                                 rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
-                                reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), instance, nullptr);
+                                ChildId(id), instance, nullptr);
     return view.list && InsertColumns(view.list);
 }
 

@@ -1,0 +1,8 @@
+// The command "既読削除".
+#pragma once
+
+#include "shell/app_frame.h"
+
+// Asks, then deletes the read articles of every subscribed group; a group that fails is told under its name
+// and the next one follows.
+void DeleteReadArticles(AppFrame& frame);

@@ -1,0 +1,183 @@
+#include "store/delete_read.h"
+
+#include <wchar.h>
+
+#include <cstring>
+
+#include "store/index.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+
+namespace {
+
+constexpr uint32_t kFirstCopySize = 1024;
+constexpr uint32_t kHeaderSize = sizeof(IndexHeader);
+constexpr uint32_t kRecordSize = sizeof(IndexRecord);
+
+// The index path with "idx" replaced.
+WideText TemporaryPath(const GroupStore& store, const wchar_t* extension) {
+    WideText path = CopyText(store.indexPath.get());
+    if (path) std::memcpy(path.get() + wcslen(path.get()) - 3, extension, 3 * sizeof(wchar_t));
+    return path;
+}
+
+struct TemporaryPaths {
+    WideText index;
+    WideText log;
+};
+
+bool MakePaths(const GroupStore& store, TemporaryPaths& paths) {
+    if (!store.indexPath) return Fail(kErrorInvalidArgument);
+    paths.index = TemporaryPath(store, L"id~");
+    paths.log = TemporaryPath(store, L"lo~");
+    return paths.index && paths.log;
+}
+
+// The files of one rewrite.
+struct Rewrite {
+    DataFile oldLog;
+    DataFile newIndex;
+    DataFile newLog;
+    NarrowText copyBuffer;
+    uint32_t copyCapacity = 0;
+    uint32_t kept = 0;
+    uint32_t keptHigh = 0;
+    uint32_t keptLow = 0;
+};
+
+bool OpenFiles(Rewrite& rewrite, const GroupStore& store, const TemporaryPaths& paths) {
+    return OpenDataFile(rewrite.oldLog, store.logPath.get(), FileMode::kReadAlone) &&
+           OpenDataFile(rewrite.newIndex, paths.index.get(), FileMode::kReplace) &&
+           OpenDataFile(rewrite.newLog, paths.log.get(), FileMode::kReplace);
+}
+
+bool GrowCopyBuffer(Rewrite& rewrite, uint32_t size) {
+    if (size <= rewrite.copyCapacity) return true;
+    rewrite.copyCapacity = 0;
+    rewrite.copyBuffer = NewArray<char>(size);
+    if (!rewrite.copyBuffer) return Fail(kErrorNoMemory);
+    rewrite.copyCapacity = size;
+    return true;
+}
+
+bool KeepRecord(Rewrite& rewrite, IndexRecord record) {
+    const DataFile& log = rewrite.oldLog;
+    const bool inLog = record.logOffset <= log.size && record.logLength <= log.size - record.logOffset;
+    if (!inLog) return Fail(kErrorInvalidData);
+    if (!GrowCopyBuffer(rewrite, record.logLength)) return false;
+    SeekTo(rewrite.oldLog, record.logOffset);
+    if (!ReadExactly(rewrite.oldLog, rewrite.copyBuffer.get(), record.logLength)) return false;
+    record.logOffset = rewrite.newLog.position;
+    if (!WriteBytes(rewrite.newLog, rewrite.copyBuffer.get(), record.logLength)) return false;
+    if (!WriteBytes(rewrite.newIndex, &record, kRecordSize)) return false;
+    ++rewrite.kept;
+    if (PriorityOf(record) == kPriorityHigh) ++rewrite.keptHigh;
+    if (PriorityOf(record) == kPriorityLow) ++rewrite.keptLow;
+    return true;
+}
+
+bool KeepUnread(Rewrite& rewrite, GroupStore& store) {
+    if (!OpenIndex(store) || !GrowCopyBuffer(rewrite, kFirstCopySize)) return false;
+    for (uint32_t number = 0; number < store.recordCount; ++number) {
+        IndexRecord record;
+        if (!ReadRecord(store, record, number)) return false;
+        if (!IsRead(record) && !KeepRecord(rewrite, record)) return false;
+    }
+    return true;
+}
+
+// The new index is whole on disk before any old file goes, and the new log before the new index says so.
+bool WriteNewFiles(Rewrite& rewrite, GroupStore& store) {
+    if (!ReadHeader(store) || !WriteHeaderTo(rewrite.newIndex, store)) return false;
+    SeekTo(rewrite.newIndex, kHeaderSize);
+    if (!KeepUnread(rewrite, store)) return false;
+    store.recordCount = rewrite.kept;
+    store.highCount = rewrite.keptHigh;
+    store.lowCount = rewrite.keptLow;
+    store.savedPosition = 0;
+    return FlushDataFile(rewrite.newLog) && WriteHeaderTo(rewrite.newIndex, store);
+}
+
+bool CloseFiles(Rewrite& rewrite, GroupStore& store) {
+    CloseDataFile(store.index);
+    CloseDataFile(rewrite.oldLog);
+    const bool logClosed = CloseDataFile(rewrite.newLog);
+    return CloseDataFile(rewrite.newIndex) && logClosed;
+}
+
+void RemoveTemporaries(const TemporaryPaths& paths) {
+    const ErrorKeeper keeper;
+    (void)DeleteDataFile(paths.log.get());
+    (void)DeleteDataFile(paths.index.get());
+}
+
+// False when the old file will not go: then nothing has changed.
+bool PutInPlace(const wchar_t* temporary, const wchar_t* path) {
+    if (FileExists(path) && !DeleteDataFile(path)) return false;
+    (void)RenameDataFile(temporary, path);  // where this fails, the next start-up does it
+    return true;
+}
+
+// Whether the new index is complete and describes a log of exactly `logSize` bytes.
+bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
+    DataFile index;
+    IndexHeader header;
+    if (!OpenDataFile(index, indexPath, FileMode::kRead) || !ReadExactly(index, &header, kHeaderSize))
+        return false;
+    const uint64_t size = kHeaderSize + static_cast<uint64_t>(header.recordCount) * kRecordSize;
+    if (header.version != kIndexVersion || index.size != size) return false;
+    uint32_t end = 0;
+    for (uint32_t number = 0; number < header.recordCount; ++number) {
+        IndexRecord record;
+        if (!ReadExactly(index, &record, kRecordSize) || record.logOffset != end) return false;
+        if (record.logLength > logSize - end) return false;
+        end += record.logLength;
+    }
+    return end == logSize;
+}
+
+bool FitsLog(const wchar_t* indexPath, const wchar_t* logPath) {
+    DataFile log;
+    return OpenDataFile(log, logPath, FileMode::kRead) && DescribesLog(indexPath, log.size);
+}
+
+}  // namespace
+
+bool DeleteRead(GroupStore& store) {
+    TemporaryPaths paths;
+    const std::unique_ptr<Rewrite> rewrite(new (std::nothrow) Rewrite);
+    if (!rewrite) return Fail(kErrorNoMemory);
+    if (!MakePaths(store, paths)) return false;
+    const bool written = OpenFiles(*rewrite, store, paths) && WriteNewFiles(*rewrite, store);
+    const unsigned error = GetError();
+    const bool closed = CloseFiles(*rewrite, store);
+    if (!written || !closed) {
+        const unsigned closeError = GetError();
+        RemoveTemporaries(paths);
+        return Fail(written ? closeError : error);
+    }
+    // A new index beside the old log would name the wrong articles: the log goes first, or nothing does.
+    if (!PutInPlace(paths.log.get(), store.logPath.get())) {
+        RemoveTemporaries(paths);
+        return false;
+    }
+    (void)PutInPlace(paths.index.get(), store.indexPath.get());
+    return true;
+}
+
+void FinishDeletion(const GroupStore& store) {
+    const ErrorKeeper keeper;
+    TemporaryPaths paths;
+    if (!MakePaths(store, paths)) return;
+    const bool newLog = FileExists(paths.log.get());
+    const bool logInPlace = FileExists(store.logPath.get());
+    if (FileExists(paths.index.get()) && newLog != logInPlace) {
+        const wchar_t* log = newLog ? paths.log.get() : store.logPath.get();
+        if (FitsLog(paths.index.get(), log)) {
+            if (newLog) (void)RenameDataFile(log, store.logPath.get());
+            (void)PutInPlace(paths.index.get(), store.indexPath.get());
+            return;
+        }
+    }
+    RemoveTemporaries(paths);
+}

@@ -1,0 +1,369 @@
+#include "views/article_view.h"
+
+#include <wchar.h>
+
+#include "platform/owners.h"
+#include "resources/resource.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+#include "views/row_canvas.h"
+
+namespace {
+
+constexpr wchar_t kClassName[] = L"PELNORArticleViewWnd";
+constexpr int kBorder = 1;
+constexpr int kScrollBarWidth = 16;
+constexpr int kLeastLineHeight = 10;
+
+void Notify(const ArticleView& view, ArticleNotice notice) {
+    SendMessageW(view.parent, WM_COMMAND, MAKEWPARAM(view.id, notice), reinterpret_cast<LPARAM>(view.window));
+}
+
+// Layout.
+
+void InvalidateLayout(ArticleView& view) {
+    FreeLayout(view.layout);
+    view.layoutValid = false;
+    view.scroll.top = 0;
+    InvalidateRect(view.window, nullptr, FALSE);
+}
+
+void PlaceChildren(ArticleView& view) {
+    GetClientRect(view.window, &view.client);
+    const RECT& client = view.client;
+    view.textArea = {client.left + kBorder, client.top + kBorder, client.right - kBorder - kScrollBarWidth,
+                     client.bottom - kBorder};
+    MoveWindow(view.scrollBar, view.textArea.right, view.textArea.top, kScrollBarWidth,
+               view.textArea.bottom - view.textArea.top, TRUE);
+}
+
+uint32_t FittingUnits(void* context, const wchar_t* text, uint32_t count, int width) {
+    int fit = 0;
+    SIZE size = {};
+    // The line must stay below the width, so one pixel less may be filled.
+    const BOOL measured = GetTextExtentExPointW(static_cast<HDC>(context), text, static_cast<int>(count),
+                                                width - 1, &fit, nullptr, &size);
+    return measured ? static_cast<uint32_t>(fit) : 0;
+}
+
+bool MakeLayout(ArticleView& view, HDC dc) {
+    LayoutOptions options;
+    options.width = view.textArea.right - view.textArea.left;
+    options.rowsPerPage = view.scroll.page;
+    options.wholeHeader = view.showAllHeaders;
+    return LayOut(view.layout, view.text ? view.text.get() : L"", options, {FittingUnits, dc});
+}
+
+uint32_t RowsPerPage(const ArticleView& view) {
+    const int rows = (view.textArea.bottom - view.textArea.top) / view.lineHeight;
+    return rows > 0 ? static_cast<uint32_t>(rows) : 1;
+}
+
+void ShowScrollPosition(const ArticleView& view) {
+    SetScrollPos(view.scrollBar, SB_CTL, static_cast<int>(view.scroll.top), TRUE);
+}
+
+// Error 8 leaves an empty layout, and nothing is drawn.
+bool EnsureLayout(ArticleView& view) {
+    if (view.layoutValid) return true;
+    view.layoutValid = true;
+    view.lineHeight = FontHeight(view.window, view.font, kLeastLineHeight);
+    view.scroll = {RowsPerPage(view), 0, 0};
+    const HDC dc = GetDC(view.window);
+    const HGDIOBJ oldFont = view.font ? SelectObject(dc, view.font) : nullptr;
+    const bool laidOut = MakeLayout(view, dc);
+    const ErrorKeeper keeper;
+    if (oldFont) SelectObject(dc, oldFont);
+    ReleaseDC(view.window, dc);
+    view.scroll.total = view.layout.lineCount;
+    SetScrollRange(view.scrollBar, SB_CTL, 0, TextScrollMaximum(view.scroll), FALSE);
+    ShowScrollPosition(view);
+    return laidOut;
+}
+
+// Drawing.
+
+RECT LineRectangle(const ArticleView& view, uint32_t row) {
+    RECT line = view.textArea;
+    line.top += static_cast<LONG>(row) * view.lineHeight;
+    line.bottom = line.top + view.lineHeight;
+    return line;
+}
+
+void DrawLineText(HDC dc, const DisplayLine& line, RECT area) {
+    DrawTextW(dc, line.text, static_cast<int>(line.length), &area,
+              DT_SINGLELINE | DT_EXPANDTABS | DT_NOPREFIX);
+}
+
+// Drawn twice, a pixel apart, the line is bold.
+void DrawHeaderLine(const ArticleView& view, HDC dc, const DisplayLine& line, RECT area) {
+    const COLORREF colour = SetTextColor(dc, view.headerColor);
+    const int mode = SetBkMode(dc, TRANSPARENT);
+    DrawLineText(dc, line, area);
+    ++area.left;
+    DrawLineText(dc, line, area);
+    SetBkMode(dc, mode);
+    SetTextColor(dc, colour);
+}
+
+void DrawLine(const ArticleView& view, HDC dc, uint32_t index) {
+    const DisplayLine& line = view.layout.lines[index];
+    const RECT area = {0, 0, view.textArea.right - view.textArea.left, view.lineHeight};
+    if (index < view.layout.headerLines) {
+        DrawHeaderLine(view, dc, line, area);
+        return;
+    }
+    const COLORREF colour = line.quote ? SetTextColor(dc, view.quoteColor) : GetTextColor(dc);
+    DrawLineText(dc, line, area);
+    SetTextColor(dc, colour);
+}
+
+void PaintLines(const ArticleView& view, HDC dc, const RECT& update) {
+    const int width = view.textArea.right - view.textArea.left;
+    RowCanvas canvas(dc, width, view.lineHeight, view.font);
+    if (!canvas.IsReady()) return;
+    for (uint32_t row = 0; row < view.scroll.page; ++row) {
+        const RECT area = LineRectangle(view, row);
+        if (area.bottom <= update.top || area.top >= update.bottom) continue;
+        canvas.Clear();
+        const uint32_t index = view.scroll.top + row;
+        if (view.font && index < view.layout.lineCount) DrawLine(view, canvas.Dc(), index);
+        canvas.CopyTo(area.left, area.top);
+    }
+}
+
+// The strip below the last line that fits.
+void PaintRest(const ArticleView& view, HDC dc) {
+    RECT rest = view.textArea;
+    rest.top += static_cast<LONG>(view.scroll.page) * view.lineHeight;
+    if (rest.top < rest.bottom) FillRect(dc, &rest, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+}
+
+LRESULT OnPaint(ArticleView& view) {
+    PAINTSTRUCT paint;
+    const HDC dc = BeginPaint(view.window, &paint);
+    (void)EnsureLayout(view);
+    PaintLines(view, dc, paint.rcPaint);
+    PaintRest(view, dc);
+    DrawViewFrame(dc, view.client);
+    view.scrollPending = false;
+    EndPaint(view.window, &paint);
+    return 0;
+}
+
+// Moving.
+
+void ShowPage(const ArticleView& view) {
+    ShowScrollPosition(view);
+    InvalidateRect(view.window, &view.textArea, FALSE);
+}
+
+void Follow(const ArticleView& view, ScrollResult result) {
+    if (result == ScrollResult::kMoved) ShowPage(view);
+    if (result == ScrollResult::kAtEnd) Notify(view, kArticleNext);
+}
+
+// Moves what is on the screen and draws only the line that is new.
+void ScrollLines(ArticleView& view, int direction) {
+    const RECT lines = {view.textArea.left, view.textArea.top, view.textArea.right,
+                        LineRectangle(view, view.scroll.page - 1).bottom};
+    const RECT fresh = LineRectangle(view, direction > 0 ? view.scroll.page - 1 : 0);
+    ShowScrollPosition(view);
+    ScrollWindowEx(view.window, 0, -direction * view.lineHeight, &lines, &lines, nullptr, nullptr,
+                   SW_INVALIDATE);
+    InvalidateRect(view.window, &fresh, FALSE);
+    view.scrollPending = true;
+}
+
+void OneLine(ArticleView& view, int direction) {
+    if (view.scrollPending) return;
+    const ScrollResult result =
+        direction > 0 ? TextLineDown(view.scroll, view.autoNext) : TextLineUp(view.scroll);
+    if (result == ScrollResult::kMoved) ScrollLines(view, direction);
+    if (result == ScrollResult::kAtEnd) Notify(view, kArticleNext);
+}
+
+void OnePage(ArticleView& view, int direction) {
+    Follow(view, direction > 0 ? TextPageDown(view.scroll, view.autoNext) : TextPageUp(view.scroll));
+}
+
+void OneStep(ArticleView& view, int direction) {
+    if (view.lineScroll) {
+        OneLine(view, direction);
+    } else {
+        OnePage(view, direction);
+    }
+}
+
+LRESULT OnKey(ArticleView& view, WPARAM key) {
+    switch (key) {
+        case VK_UP:
+            OneStep(view, -1);
+            break;
+        case VK_DOWN:
+            OneStep(view, 1);
+            break;
+        case VK_LEFT:
+        case VK_PRIOR:
+            OnePage(view, -1);
+            break;
+        case VK_RIGHT:
+        case VK_NEXT:
+        case VK_SPACE:
+            OnePage(view, 1);
+            break;
+        case VK_TAB:
+        case VK_RETURN:
+            Notify(view, kArticleNext);
+            break;
+        case VK_ESCAPE:
+            Notify(view, kArticleBack);
+            break;
+    }
+    return 0;
+}
+
+LRESULT OnScroll(ArticleView& view, WORD code, WORD position) {
+    switch (code) {
+        case SB_LINEUP:
+            OneLine(view, -1);
+            break;
+        case SB_LINEDOWN:
+            OneLine(view, 1);
+            break;
+        case SB_PAGEUP:
+            OnePage(view, -1);
+            break;
+        case SB_PAGEDOWN:
+            OnePage(view, 1);
+            break;
+        case SB_THUMBPOSITION:
+        case SB_THUMBTRACK:
+            Follow(view, TextThumbTo(view.scroll, ThumbPosition(view.scrollBar, position)));
+            break;
+    }
+    return 0;
+}
+
+// The window itself.
+
+LRESULT OnCreate(ArticleView& view) {
+    view.scrollBar = CreateWindowExW(0, L"SCROLLBAR", L"VSARTS", WS_CHILD | SBS_VERT, 0, 0, 0, 0, view.window,
+                                     ChildId(IDW_ARTICLE_SCROLL), view.instance, nullptr);
+    if (!view.scrollBar) return -1;
+    PlaceChildren(view);
+    return 0;
+}
+
+// The lines break elsewhere in a window of another width; the reader stays about where they were.
+LRESULT OnSize(ArticleView& view) {
+    const RECT before = view.textArea;
+    const uint32_t top = view.scroll.top;
+    PlaceChildren(view);
+    if (view.client.bottom == 0 || EqualRect(&before, &view.textArea)) return 0;
+    InvalidateLayout(view);
+    if (EnsureLayout(view) && TextThumbTo(view.scroll, top) == ScrollResult::kMoved) ShowScrollPosition(view);
+    return 0;
+}
+
+ArticleView* ViewOf(HWND window, UINT message, LPARAM lParam) {
+    if (message != WM_CREATE) return static_cast<ArticleView*>(GetWindowPointer(window, 0));
+    auto view = static_cast<ArticleView*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+    SetWindowPointer(window, 0, view);
+    view->window = window;
+    return view;
+}
+
+LRESULT Dispatch(ArticleView& view, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_CREATE:
+            return OnCreate(view);
+        case WM_SIZE:
+            return OnSize(view);
+        case WM_ERASEBKGND:
+            return 1;  // every pixel is painted
+        case WM_PAINT:
+            return OnPaint(view);
+        case WM_KEYDOWN:
+            return OnKey(view, wParam);
+        case WM_VSCROLL:
+            return OnScroll(view, LOWORD(wParam), HIWORD(wParam));
+        case WM_LBUTTONDOWN:
+            SetFocus(view.window);
+            return 0;
+        default:
+            return DefWindowProcW(view.window, message, wParam, lParam);
+    }
+}
+
+LRESULT CALLBACK ArticleViewProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    ArticleView* view = ViewOf(window, message, lParam);
+    if (!view) return DefWindowProcW(window, message, wParam, lParam);
+    return Dispatch(*view, message, wParam, lParam);
+}
+
+}  // namespace
+
+bool RegisterArticleViewClass(HINSTANCE instance) {
+    WNDCLASSW description = {};
+    description.lpfnWndProc = ArticleViewProcedure;
+    description.cbWndExtra = kPointerExtra;
+    description.hInstance = instance;
+    description.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
+    description.lpszClassName = kClassName;
+    return RegisterClassW(&description) != 0;
+}
+
+bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id, const RECT& rectangle) {
+    view.instance = instance;
+    view.parent = parent;
+    view.id = id;
+    return CreateWindowExW(0, kClassName, L"", WS_CHILD, rectangle.left, rectangle.top,
+                           rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
+                           ChildId(id), instance, &view) != nullptr;
+}
+
+void ShowArticleView(const ArticleView& view, int showCommand) {
+    ShowWindow(view.window, showCommand);
+    ShowWindow(view.scrollBar, showCommand);
+    UpdateWindow(view.window);
+}
+
+void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance) {
+    view.lineScroll = appearance.lineScroll;
+    view.autoNext = appearance.autoNext;
+    view.headerColor = appearance.headerColor;
+    view.quoteColor = appearance.quoteColor;
+    if (view.font == appearance.font) return;
+    view.font = appearance.font;
+    InvalidateLayout(view);
+}
+
+bool SetArticleText(ArticleView& view, const wchar_t* text) {
+    TakeArticleText(view, CopyText(text));
+    return view.text != nullptr;
+}
+
+void TakeArticleText(ArticleView& view, WideText text) {
+    const ErrorKeeper keeper;
+    InvalidateLayout(view);  // the layout points into the old text
+    view.text = std::move(text);
+}
+
+bool SetShowAllHeaders(ArticleView& view, bool showAll) {
+    view.showAllHeaders = showAll;
+    InvalidateLayout(view);
+    return EnsureLayout(view);
+}
+
+bool CopyArticle(const ArticleView& view, HWND owner) {
+    const wchar_t* text = view.text ? view.text.get() : L"";
+    if (!OpenClipboard(owner)) return false;
+    EmptyClipboard();
+    const HANDLE block = MakeClipboardBlock(text, (wcslen(text) + 1) * sizeof(wchar_t));
+    const bool copied = block && SetClipboardData(CF_UNICODETEXT, block);
+    if (!block) SetError(kErrorNoMemory);
+    const ErrorKeeper keeper;
+    CloseClipboard();
+    return copied;
+}

@@ -1,0 +1,69 @@
+// The third pane: one article as wrapped lines, drawn by hand. User-interface thread only. It tells its
+// parent by WM_COMMAND what the reader wants: the control id in the low word, an ArticleNotice in the high
+// word, the view's window as lParam.
+#pragma once
+
+#include "platform/platform.h"
+#include "text/owned.h"
+#include "views/article_layout.h"
+#include "views/scrolling.h"
+
+enum ArticleNotice : WORD {
+    kArticleBack = 1,  // Escape
+    kArticleNext = 2,  // Tab, Enter, or going on past the end
+};
+
+struct ArticleView {
+    int id = 0;
+    HWND window = nullptr;  // owned by its parent, as is the scroll bar
+    HWND scrollBar = nullptr;
+    HWND parent = nullptr;
+    RECT client = {};
+    RECT textArea = {};
+    HINSTANCE instance = nullptr;
+    ScrollState scroll;  // top line, rows per page, total lines
+    int lineHeight = 0;
+    HFONT font = nullptr;  // the settings' font; not owned, may be null
+    WideText text;         // header, empty line, body; lines end in CR LF. Null: no article
+    ArticleLayout layout;
+    bool lineScroll = false;      // the `KeyMode` setting
+    bool autoNext = false;        // the `AutoNextArticle` setting
+    bool showAllHeaders = false;  // the `ShowArticleHeader` option
+    COLORREF headerColor = 0;
+    COLORREF quoteColor = 0;
+    bool layoutValid = false;
+    bool scrollPending = false;
+
+    ArticleView() = default;
+    ArticleView(const ArticleView&) = delete;
+    ArticleView& operator=(const ArticleView&) = delete;
+};
+
+// What the settings say of the view.
+struct ArticleAppearance {
+    HFONT font = nullptr;
+    COLORREF headerColor = 0;
+    COLORREF quoteColor = 0;
+    bool lineScroll = false;
+    bool autoNext = false;
+};
+
+[[nodiscard]] bool RegisterArticleViewClass(HINSTANCE instance);
+
+// Makes the hidden window.
+[[nodiscard]] bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id,
+                                     const RECT& rectangle);
+
+void ShowArticleView(const ArticleView& view, int showCommand);
+void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance);
+
+// Shows another article from its first line: a copy of the text (error 8), or the buffer itself.
+[[nodiscard]] bool SetArticleText(ArticleView& view, const wchar_t* text);
+void TakeArticleText(ArticleView& view, WideText text);
+
+// Shows the whole header, or its From and Subject lines only. False, with error 8, when the text cannot be
+// laid out.
+[[nodiscard]] bool SetShowAllHeaders(ArticleView& view, bool showAll);
+
+// Puts the whole article, hidden lines included, on the clipboard as Unicode text.
+[[nodiscard]] bool CopyArticle(const ArticleView& view, HWND owner);

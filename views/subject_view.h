@@ -1,0 +1,70 @@
+// The second pane: the articles of one group, a row each, drawn by hand from the page of records that the
+// group's list holds. User-interface thread only. It tells its parent by WM_COMMAND what the user wants: the
+// control id in the low word, a SubjectNotice in the high word, the view's window as lParam.
+#pragma once
+
+#include "platform/owners.h"
+#include "platform/platform.h"
+#include "store/article_list.h"
+#include "views/scrolling.h"
+
+enum SubjectNotice : WORD {
+    kSubjectBack = 1,   // Escape
+    kSubjectAtEnd = 2,  // page down on the last page
+    kSubjectOpen = 3,   // Enter, Space or a double tap on a row
+};
+
+struct SubjectView {
+    HWND window = nullptr;  // owned by its parent, as are the controls
+    HWND scrollBar = nullptr;
+    HWND header = nullptr;
+    HWND parent = nullptr;
+    int id = 0;
+    RECT client = {};
+    RECT rowArea = {};
+    HINSTANCE instance = nullptr;
+    int rowHeight = 0;
+    bool layoutValid = false;
+    bool lineScroll = false;  // the `KeyMode` setting
+    ArticleList list;
+    ListScroll scroll;
+    HFONT font = nullptr;  // the settings' font; not owned, may be null
+    bool scrollPending = false;
+    BitmapOwner readMark;
+    BitmapOwner highMark;
+    BitmapOwner lowMark;
+
+    SubjectView() = default;
+    SubjectView(const SubjectView&) = delete;
+    SubjectView& operator=(const SubjectView&) = delete;
+};
+
+[[nodiscard]] bool RegisterSubjectViewClass(HINSTANCE instance);
+
+// Makes the hidden window. `viewRead` and `level` are the view options.
+[[nodiscard]] bool CreateSubjectView(SubjectView& view, HINSTANCE instance, HWND parent, int id,
+                                     const RECT& rectangle, uint32_t viewRead, uint32_t level);
+
+void ShowSubjectView(const SubjectView& view, int showCommand);
+
+// The font and the keys' mode; a new font lays the rows out anew.
+void SetSubjectAppearance(SubjectView& view, HFONT font, bool lineScroll);
+
+// Shows another group from its first row. False with the last error; the view is empty then.
+[[nodiscard]] bool OpenSubjectGroup(SubjectView& view, const wchar_t* folder, const wchar_t* group);
+
+// Writes the open group's header back. The rows stay until the next group is opened.
+bool CloseSubjectGroup(SubjectView& view);
+
+// Takes the view options over and shows the open group's rows for them, from the first.
+[[nodiscard]] bool SetSubjectOptions(SubjectView& view, uint32_t viewRead, uint32_t level);
+
+// The cursor's record, or null when the view shows none.
+const IndexRecord* CurrentSubject(const SubjectView& view);
+
+// Change the read mark of the cursor's record, in the file too. Error 87 when there is none.
+[[nodiscard]] bool ToggleSubjectRead(SubjectView& view);
+[[nodiscard]] bool MarkSubjectRead(SubjectView& view);
+
+// Moves the cursor to the next row of the list. False, and nothing moves, at its end.
+[[nodiscard]] bool AdvanceSubject(SubjectView& view);
