@@ -21,12 +21,16 @@ set(PELNOR_SOURCES
   store/record.cpp
   store/string_set.cpp
   store/upgrade.cpp
+  filters/keyword_dialog.cpp
   filters/keyword_filter.cpp
   filters/match.cpp
   settings/registry.cpp
   settings/settings.cpp
   settings/view_options.cpp
   subscribe/group_file.cpp
+  subscribe/group_list.cpp
+  subscribe/group_list_dialog.cpp
+  subscribe/subscribe_dialog.cpp
   nntp/article_download.cpp
   nntp/article_plan.cpp
   nntp/connection.cpp
@@ -46,6 +50,7 @@ set(PELNOR_SOURCES
   shell/about.cpp
   shell/application.cpp
   shell/catch_up.cpp
+  shell/choose.cpp
   shell/commands.cpp
   shell/delete_read.cpp
   shell/frame_window.cpp

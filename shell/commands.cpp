@@ -4,6 +4,7 @@
 #include "settings/view_options.h"
 #include "shell/about.h"
 #include "shell/catch_up.h"
+#include "shell/choose.h"
 #include "shell/delete_read.h"
 #include "shell/not_yet.h"
 #include "shell/run.h"
@@ -73,10 +74,6 @@ const wchar_t* MissingPart(UINT id) {
     switch (id) {
         case IDC_PROPERTIES:
             return L"プロパティ";
-        case IDC_SUBSCRIBE:
-            return L"購読";
-        case IDC_KEYWORDS:
-            return L"フィルタ";
         case IDC_DRAFTS:
         case IDC_COMPOSE:
         case IDC_CHOOSE_EXE:
@@ -102,6 +99,9 @@ bool OnViewCommand(AppFrame& frame, UINT id, UINT origin) {
             return true;
         case IDC_VIEW_READ:
             OnViewRead(frame);
+            return true;
+        case IDC_KEYWORDS:
+            EditKeywords(frame);
             return true;
         case IDC_SHOW_HEADER:
             OnShowHeader(frame);
@@ -146,6 +146,9 @@ void OnCommand(AppFrame& frame, UINT id, UINT origin) {
             break;
         case IDC_DELETE_READ:
             DeleteReadArticles(frame);
+            break;
+        case IDC_SUBSCRIBE:
+            Subscribe(frame);
             break;
         case IDC_ABOUT:
             OnAbout(frame);

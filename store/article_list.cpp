@@ -29,6 +29,13 @@ T* AllocateOn(HANDLE heap, uint32_t count) {
     return static_cast<T*>(HeapAlloc(heap, 0, size));
 }
 
+// An index that has vanished stays away: an empty one in its place could not be told from a damaged one,
+// while a missing one is made anew from the log.
+bool OpenExistingIndex(GroupStore& store) {
+    if (!store.indexPath) return Fail(kErrorInvalidArgument);
+    return OpenDataFile(store.index, store.indexPath.get(), FileMode::kReadWriteExisting);
+}
+
 // Reads every record once; counts the rows of each run.
 bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
     for (uint32_t number = 0; number < list.store.recordCount; ++number) {
@@ -44,7 +51,7 @@ bool MakeRowMap(ArticleList& list) {
     uint32_t counts[kRunCount + 1] = {};
     const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.recordCount);
     if (!classes) return Fail(kErrorNoMemory);
-    if (!OpenIndex(list.store)) return false;
+    if (!OpenExistingIndex(list.store)) return false;
     const bool classified = Classify(list, classes.get(), counts);
     {
         const ErrorKeeper keeper;
@@ -69,16 +76,32 @@ void Forget(ArticleList& list) {
     list.visibleCount = list.rowsInPage = list.firstRow = list.currentInPage = 0;
 }
 
+bool AllocatePage(ArticleList& list, uint32_t pageSize) {
+    list.heap.Reset(HeapCreate(0, 0, 0));
+    if (!list.heap) return Fail(kErrorNoMemory);
+    list.page = AllocateOn<IndexRecord>(list.heap.Get(), pageSize);
+    list.pageSize = pageSize;
+    return list.page || Fail(kErrorNoMemory);
+}
+
 bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) {
     if (row < list.firstRow || row - list.firstRow >= list.rowsInPage) return Fail(kErrorInvalidArgument);
     IndexRecord& record = list.page[row - list.firstRow];
     IndexRecord changed = record;
     changed.flags = (record.flags | set) & ~clear;
-    if (!WriteRecord(list.store, changed, list.rowMap[row])) return false;
-    if (!IsRead(record) && IsRead(changed)) --list.store.unreadCount;
-    if (IsRead(record) && !IsRead(changed)) ++list.store.unreadCount;
-    record = changed;
-    return true;
+    if (changed.flags == record.flags) return true;
+    if (!OpenExistingIndex(list.store)) return false;
+    bool written = WriteRecord(list.store, changed, list.rowMap[row]);
+    if (written) {
+        if (!IsRead(record) && IsRead(changed)) --list.store.unreadCount;
+        if (IsRead(record) && !IsRead(changed)) ++list.store.unreadCount;
+        record = changed;
+        // The header follows at once, so that a program that ends here leaves counts that are true.
+        written = WriteHeader(list.store);
+    }
+    const ErrorKeeper keeper;
+    CloseDataFile(list.store.index);
+    return written;
 }
 
 template <std::size_t Size>
@@ -105,13 +128,14 @@ bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* gr
 
 bool BuildArticleList(ArticleList& list, uint32_t pageSize) {
     Forget(list);
-    if (!ReadHeader(list.store)) return false;
-    list.heap.Reset(HeapCreate(0, 0, 0));
-    if (!list.heap) return Fail(kErrorNoMemory);
-    list.page = AllocateOn<IndexRecord>(list.heap.Get(), pageSize);
-    if (!list.page) return Fail(kErrorNoMemory);
-    list.pageSize = pageSize;
-    return MakeRowMap(list) && LoadPage(list, 0);
+    const bool built =
+        ReadHeader(list.store) && AllocatePage(list, pageSize) && MakeRowMap(list) && LoadPage(list, 0);
+    if (built) return true;
+    const ErrorKeeper keeper;
+    Forget(list);
+    // The values in memory may not be the header's any more: closing must not write them.
+    list.open = false;
+    return false;
 }
 
 bool LoadPage(ArticleList& list, uint32_t firstRow) {
@@ -120,7 +144,7 @@ bool LoadPage(ArticleList& list, uint32_t firstRow) {
     if (firstRow >= list.visibleCount) return true;
     const uint32_t left = list.visibleCount - firstRow;
     const uint32_t wanted = left < list.pageSize ? left : list.pageSize;
-    if (!OpenIndex(list.store)) return false;
+    if (!OpenExistingIndex(list.store)) return false;
     bool loaded = true;
     while (loaded && list.rowsInPage < wanted) {
         const uint32_t number = list.rowMap[firstRow + list.rowsInPage];
@@ -139,11 +163,17 @@ bool ClearFlags(ArticleList& list, uint32_t row, uint32_t bits) {
     return ChangeFlags(list, row, 0, bits);
 }
 
+bool SaveListHeader(ArticleList& list) {
+    if (!OpenExistingIndex(list.store)) return false;
+    const bool written = WriteHeader(list.store);
+    return CloseDataFile(list.store.index) && written;
+}
+
 bool CloseArticleList(ArticleList& list) {
     if (!list.open) return true;
     list.store.savedPosition = list.firstRow + list.currentInPage;
     list.open = false;
-    return WriteHeader(list.store);
+    return SaveListHeader(list);
 }
 
 WideText ReadSelectedSubject(const ArticleList& list) {

@@ -25,7 +25,8 @@ struct ArticleList {
 // Takes the group's names and reads its header. Closes what was open before, without writing.
 [[nodiscard]] bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* group);
 
-// Reads the header, makes the row map for the view options and loads the page at row 0.
+// Reads the header, makes the row map for the view options and loads the page at row 0. A failure leaves the list
+// empty and closed.
 [[nodiscard]] bool BuildArticleList(ArticleList& list, uint32_t pageSize);
 
 // Loads the page that begins at `firstRow`; past the end it is empty.
@@ -35,6 +36,9 @@ struct ArticleList {
 // counts in the unread count. Error 87 for a row that is not in the page.
 [[nodiscard]] bool SetFlags(ArticleList& list, uint32_t row, uint32_t bits);
 [[nodiscard]] bool ClearFlags(ArticleList& list, uint32_t row, uint32_t bits);
+
+// Writes the header back as it is in the store. Error 2, and no new file, when the index has vanished.
+[[nodiscard]] bool SaveListHeader(ArticleList& list);
 
 // Writes the header, with the position that the view was left at, when a group is open.
 [[nodiscard]] bool CloseArticleList(ArticleList& list);

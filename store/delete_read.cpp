@@ -111,29 +111,33 @@ void RemoveTemporaries(const TemporaryPaths& paths) {
     (void)DeleteDataFile(paths.index.get());
 }
 
-// False when the old file will not go: then nothing has changed.
-bool PutInPlace(const wchar_t* temporary, const wchar_t* path) {
-    if (FileExists(path) && !DeleteDataFile(path)) return false;
-    (void)RenameDataFile(temporary, path);  // where this fails, the next start-up does it
-    return true;
+bool DeleteOld(const WideText& path) {
+    return !FileExists(path.get()) || DeleteDataFile(path.get());
 }
 
-// Whether the new index is complete and describes a log of exactly `logSize` bytes.
+// The old log is gone. Where a step fails, what is there lets the next start-up go on with that step.
+void TakePlaces(const TemporaryPaths& paths, const GroupStore& store) {
+    if (FileExists(paths.log.get()) && !RenameDataFile(paths.log.get(), store.logPath.get())) return;
+    if (DeleteOld(store.indexPath)) (void)RenameDataFile(paths.index.get(), store.indexPath.get());
+}
+
+// Whether the new index is complete and describes a log of exactly `logSize` bytes. Error 13 when it is not;
+// any other error when it cannot be known.
 bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
     DataFile index;
     IndexHeader header;
     if (!OpenDataFile(index, indexPath, FileMode::kRead) || !ReadExactly(index, &header, kHeaderSize))
         return false;
     const uint64_t size = kHeaderSize + static_cast<uint64_t>(header.recordCount) * kRecordSize;
-    if (header.version != kIndexVersion || index.size != size) return false;
+    if (header.version != kIndexVersion || index.size != size) return Fail(kErrorInvalidData);
     uint32_t end = 0;
     for (uint32_t number = 0; number < header.recordCount; ++number) {
         IndexRecord record;
-        if (!ReadExactly(index, &record, kRecordSize) || record.logOffset != end) return false;
-        if (record.logLength > logSize - end) return false;
+        if (!ReadExactly(index, &record, kRecordSize)) return false;
+        if (record.logOffset != end || record.logLength > logSize - end) return Fail(kErrorInvalidData);
         end += record.logLength;
     }
-    return end == logSize;
+    return end == logSize || Fail(kErrorInvalidData);
 }
 
 bool FitsLog(const wchar_t* indexPath, const wchar_t* logPath) {
@@ -157,11 +161,11 @@ bool DeleteRead(GroupStore& store) {
         return Fail(written ? closeError : error);
     }
     // A new index beside the old log would name the wrong articles: the log goes first, or nothing does.
-    if (!PutInPlace(paths.log.get(), store.logPath.get())) {
+    if (!DeleteOld(store.logPath)) {
         RemoveTemporaries(paths);
         return false;
     }
-    (void)PutInPlace(paths.index.get(), store.indexPath.get());
+    TakePlaces(paths, store);
     return true;
 }
 
@@ -174,10 +178,11 @@ void FinishDeletion(const GroupStore& store) {
     if (FileExists(paths.index.get()) && newLog != logInPlace) {
         const wchar_t* log = newLog ? paths.log.get() : store.logPath.get();
         if (FitsLog(paths.index.get(), log)) {
-            if (newLog) (void)RenameDataFile(log, store.logPath.get());
-            (void)PutInPlace(paths.index.get(), store.indexPath.get());
+            TakePlaces(paths, store);
             return;
         }
+        // Files that could not be read now may be all that is left of the articles.
+        if (GetError() != kErrorInvalidData) return;
     }
     RemoveTemporaries(paths);
 }

@@ -239,7 +239,9 @@ bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* t
     return true;
 }
 
-bool FileExists(const wchar_t* path) { return GetFileAttributesW(path) != 0xFFFFFFFF; }
+bool FileExists(const wchar_t* path) {
+    return GetFileAttributesW(path) != 0xFFFFFFFF;
+}
 
 bool DeleteDataFile(const wchar_t* path) {
     return Allowed(FileCall::kDelete) && DeleteFileW(path);

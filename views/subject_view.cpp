@@ -139,6 +139,7 @@ bool EnsureLayout(SubjectView& view) {
     view.scroll.rows.page = RowsPerPage(view);
     const bool built = !view.list.open || BuildArticleList(view.list, view.scroll.rows.page);
     view.scroll.rows.total = built ? view.list.visibleCount : 0;
+    if (!built) view.list.open = false;  // there is no header to write back
     const ErrorKeeper keeper;
     TellListCursor(view);
     SetScrollRange(view.scrollBar, SB_CTL, 0, ListScrollMaximum(view.scroll.rows), FALSE);
@@ -146,11 +147,10 @@ bool EnsureLayout(SubjectView& view) {
     return built;
 }
 
-// The header on disk must be true before the list is read anew from it.
 bool Rebuild(SubjectView& view) {
     view.layoutValid = false;
     InvalidateRows(view);
-    return (!view.list.open || WriteHeader(view.list.store)) && EnsureLayout(view);
+    return EnsureLayout(view);
 }
 
 // Drawing.
@@ -541,8 +541,15 @@ bool SetSubjectOptions(SubjectView& view, uint32_t viewRead, uint32_t level) {
     return Rebuild(view);
 }
 
+bool RefilterSubjects(SubjectView& view) {
+    const bool refiltered = Refilter(view.list.store);
+    const unsigned error = GetError();
+    return Rebuild(view) && (refiltered || Fail(error));
+}
+
 const IndexRecord* CurrentSubject(const SubjectView& view) {
-    return view.scroll.cursor < view.list.rowsInPage ? &view.list.page[view.scroll.cursor] : nullptr;
+    const bool hasRow = view.list.open && view.scroll.cursor < view.list.rowsInPage;
+    return hasRow ? &view.list.page[view.scroll.cursor] : nullptr;
 }
 
 bool ToggleSubjectRead(SubjectView& view) {

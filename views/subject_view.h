@@ -59,6 +59,9 @@ bool CloseSubjectGroup(SubjectView& view);
 // Takes the view options over and shows the open group's rows for them, from the first.
 [[nodiscard]] bool SetSubjectOptions(SubjectView& view, uint32_t viewRead, uint32_t level);
 
+// Gives every record the priority that the group's keywords say now, and shows the rows anew, from the first.
+[[nodiscard]] bool RefilterSubjects(SubjectView& view);
+
 // The cursor's record, or null when the view shows none.
 const IndexRecord* CurrentSubject(const SubjectView& view);
 

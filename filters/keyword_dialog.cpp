@@ -1,0 +1,211 @@
+#include "filters/keyword_dialog.h"
+
+#include <cstring>
+
+#include "resources/resource.h"
+#include "store/file.h"
+#include "store/record.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+#include "text/messages.h"
+
+namespace {
+
+constexpr uint32_t kLineSize = 1024;
+constexpr int kKeywordSize = 1024;  // UTF-16 units that the edit field gives
+
+LRESULT TellList(const KeywordDialogState& state, UINT message, WPARAM wParam, LPARAM lParam) {
+    return SendDlgItemMessageW(state.dialog, IDC_KEYWORD, message, wParam, lParam);
+}
+
+LPARAM TextParameter(const wchar_t* text) {
+    return reinterpret_cast<LPARAM>(text);
+}
+
+// False when the list has no room.
+bool AddKeyword(const KeywordDialogState& state, const wchar_t* keyword, uint32_t priority) {
+    const LRESULT item = TellList(state, CB_ADDSTRING, 0, TextParameter(keyword));
+    if (item < 0) return false;
+    TellList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
+    return true;
+}
+
+void SelectKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
+    const LRESULT item = TellList(state, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), TextParameter(keyword));
+    if (item >= 0) TellList(state, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
+}
+
+// The radio buttons.
+
+void Check(const KeywordDialogState& state, int id, bool checked) {
+    SendDlgItemMessageW(state.dialog, id, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+bool IsChecked(const KeywordDialogState& state, int id) {
+    return SendDlgItemMessageW(state.dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+void ShowPriority(const KeywordDialogState& state, uint32_t priority) {
+    Check(state, IDC_KEYWORD_HIGH, priority == kPriorityHigh);
+    Check(state, IDC_KEYWORD_NORMAL, priority == kPriorityNormal);
+    Check(state, IDC_KEYWORD_LOW, priority == kPriorityLow);
+}
+
+uint32_t ChosenPriority(const KeywordDialogState& state) {
+    if (IsChecked(state, IDC_KEYWORD_HIGH)) return kPriorityHigh;
+    return IsChecked(state, IDC_KEYWORD_LOW) ? kPriorityLow : kPriorityNormal;
+}
+
+// Loading.
+
+void ShowNoMemory() {
+    MessageBoxW(nullptr, LoadResString(IDS_NO_MEMORY), kProgramCaption, MB_OK | MB_ICONERROR);
+}
+
+// One line of the file, "+ keyword" or "- keyword".
+bool AddLine(const KeywordDialogState& state, const char* line) {
+    const std::size_t length = std::strlen(line);
+    if (length == 0) return true;
+    const WideText keyword = ToWide(line + (length < 2 ? length : 2));
+    return keyword && AddKeyword(state, keyword.get(), line[0] == '+' ? kPriorityHigh : kPriorityLow);
+}
+
+void LoadKeywords(const KeywordDialogState& state) {
+    DataFile file;
+    if (!OpenDataFile(file, state.filterPath, FileMode::kRead)) {
+        if (GetError() != kErrorFileNotFound) ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
+        return;
+    }
+    char line[kLineSize];
+    while (ReadLine(file, line, kLineSize, true)) {
+        if (AddLine(state, line)) continue;
+        ShowNoMemory();
+        return;
+    }
+}
+
+INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
+    SetWindowPointer(dialog, kUserData, state);
+    state->dialog = dialog;
+    ShowPriority(*state, kPriorityNormal);
+    if (state->proposedKeyword) (void)AddKeyword(*state, state->proposedKeyword, kPriorityNormal);
+    LoadKeywords(*state);
+    if (state->proposedKeyword) SelectKeyword(*state, state->proposedKeyword);
+    return TRUE;
+}
+
+// Editing.
+
+LRESULT SelectedItem(const KeywordDialogState& state) {
+    return TellList(state, CB_GETCURSEL, 0, 0);
+}
+
+void OnSelectionChange(const KeywordDialogState& state) {
+    const LRESULT item = SelectedItem(state);
+    if (item < 0) return;
+    ShowPriority(state, static_cast<uint32_t>(TellList(state, CB_GETITEMDATA, static_cast<WPARAM>(item), 0)));
+}
+
+// A typed keyword that the list does not have becomes an item of it.
+void SelectTypedKeyword(const KeywordDialogState& state) {
+    wchar_t text[kKeywordSize] = {};
+    GetDlgItemTextW(state.dialog, IDC_KEYWORD, text, kKeywordSize);
+    const LRESULT item = TellList(state, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), TextParameter(text));
+    if (item < 0) TellList(state, CB_ADDSTRING, 0, TextParameter(text));
+    SelectKeyword(state, text);
+}
+
+void ApplyPriority(const KeywordDialogState& state) {
+    const uint32_t priority = ChosenPriority(state);
+    if (SelectedItem(state) < 0) SelectTypedKeyword(state);
+    const LRESULT item = SelectedItem(state);
+    if (item >= 0) TellList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
+}
+
+// Saving.
+
+enum class SaveResult { kSaved, kNoMemory, kWriteFailed };
+
+NarrowText KeywordOf(const KeywordDialogState& state, WPARAM item) {
+    const LRESULT length = TellList(state, CB_GETLBTEXTLEN, item, 0);
+    const WideText text = length < 0 ? nullptr : NewArray<wchar_t>(static_cast<std::size_t>(length) + 1);
+    if (!text) return nullptr;
+    TellList(state, CB_GETLBTEXT, item, TextParameter(text.get()));
+    return ToNarrow(text.get());
+}
+
+SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM item) {
+    const auto priority = static_cast<uint32_t>(TellList(state, CB_GETITEMDATA, item, 0));
+    const NarrowText keyword = KeywordOf(state, item);
+    if (!keyword) return SaveResult::kNoMemory;
+    if (priority == kPriorityNormal) return SaveResult::kSaved;
+    const auto length = static_cast<uint32_t>(std::strlen(keyword.get()));
+    const bool written = WriteBytes(file, priority == kPriorityHigh ? "+ " : "- ", 2) &&
+                         WriteBytes(file, keyword.get(), length) && WriteBytes(file, "\r\n", 2);
+    return written ? SaveResult::kSaved : SaveResult::kWriteFailed;
+}
+
+SaveResult WriteKeywords(const KeywordDialogState& state, DataFile& file) {
+    const LRESULT count = TellList(state, CB_GETCOUNT, 0, 0);
+    for (LRESULT item = 0; item < count; ++item) {
+        const SaveResult result = WriteKeyword(state, file, static_cast<WPARAM>(item));
+        if (result != SaveResult::kSaved) return result;
+    }
+    return CloseDataFile(file) ? SaveResult::kSaved : SaveResult::kWriteFailed;
+}
+
+// False, after telling the user, when the old file stays. A temporary file that was cut short stays too.
+bool SaveKeywords(const KeywordDialogState& state) {
+    const WideText temporary = JoinPath(state.filterPath, L"~");
+    DataFile file;
+    if (!temporary || !OpenDataFile(file, temporary.get(), FileMode::kReplace)) {
+        ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
+        return false;
+    }
+    const SaveResult result = WriteKeywords(state, file);
+    if (result == SaveResult::kNoMemory) ShowNoMemory();
+    if (result == SaveResult::kWriteFailed) ShowLastError(IDS_WRITE_FILTER_FAILED, temporary.get());
+    if (result != SaveResult::kSaved) return false;
+    (void)DeleteDataFile(state.filterPath);
+    (void)RenameDataFile(temporary.get(), state.filterPath);
+    return true;
+}
+
+void OnOk(const KeywordDialogState& state) {
+    ApplyPriority(state);
+    EndDialog(state.dialog, SaveKeywords(state) ? 1 : 2);
+}
+
+INT_PTR OnCommand(HWND dialog, int id, int notice) {
+    auto state = static_cast<const KeywordDialogState*>(GetWindowPointer(dialog, kUserData));
+    if (!state) {
+        MessageBoxW(nullptr, L"Not Initialized!", L"ERROR", MB_OK | MB_ICONERROR);
+        return TRUE;
+    }
+    if (id == IDOK) OnOk(*state);
+    if (id == IDCANCEL) EndDialog(dialog, 2);
+    if (id == IDC_KEYWORD && notice == CBN_SELCHANGE) OnSelectionChange(*state);
+    if (id >= IDC_KEYWORD_HIGH && id <= IDC_KEYWORD_LOW && notice == BN_CLICKED) ApplyPriority(*state);
+    return TRUE;
+}
+
+INT_PTR CALLBACK KeywordProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            return OnInitDialog(dialog, reinterpret_cast<KeywordDialogState*>(lParam));
+        case WM_COMMAND:
+            return OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
+        default:
+            return FALSE;
+    }
+}
+
+}  // namespace
+
+INT_PTR RunKeywordDialog(KeywordDialogState& state, HINSTANCE instance, HWND owner, const wchar_t* filterPath,
+                         const wchar_t* proposedKeyword) {
+    state.filterPath = filterPath;
+    state.proposedKeyword = proposedKeyword;
+    const INT_PTR result = RunDialog(instance, IDD_KEYWORDS, owner, KeywordProcedure, &state);
+    return result == 1 ? 1 : 2;
+}

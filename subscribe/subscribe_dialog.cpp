@@ -1,0 +1,299 @@
+#include "subscribe/subscribe_dialog.h"
+
+#include <wchar.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "nntp/password_prompt.h"
+#include "resources/resource.h"
+#include "store/file.h"
+#include "store/group_store.h"
+#include "subscribe/group_list_dialog.h"
+#include "text/convert.h"
+#include "text/last_error.h"
+#include "text/messages.h"
+
+namespace {
+
+constexpr uint32_t kLongestName = 1024;
+constexpr int kColumnWidth = 180;
+constexpr int kImageWidth = 8;
+enum Image { kNotSubscribed = 0, kSubscribed = 1 };
+
+HWND ListOf(const SubscribeState& state) {
+    return GetDlgItem(state.dialog, IDC_SUBSCRIBE_LIST);
+}
+
+// Names to show, sorted before the list gets them: it would look for each one's place from its top.
+struct ListEntry {
+    wchar_t* name = nullptr;  // owned by the collection
+    int image = kNotSubscribed;
+};
+
+struct ListEntries {
+    ListEntry* entries = nullptr;
+    uint32_t count = 0;
+    uint32_t capacity = 0;
+
+    ListEntries() = default;
+    ListEntries(const ListEntries&) = delete;
+    ListEntries& operator=(const ListEntries&) = delete;
+    ~ListEntries() {
+        for (uint32_t i = 0; i < count; ++i)
+            delete[] entries[i].name;
+        std::free(entries);
+    }
+};
+
+bool GrowEntries(ListEntries& list) {
+    const uint32_t capacity = list.capacity ? list.capacity * 2 : 256;
+    void* grown = std::realloc(list.entries, capacity * sizeof(ListEntry));
+    if (!grown) return false;
+    list.entries = static_cast<ListEntry*>(grown);
+    list.capacity = capacity;
+    return true;
+}
+
+bool AddEntry(ListEntries& list, WideText name, int image) {
+    if (!name || (list.count == list.capacity && !GrowEntries(list))) return false;
+    list.entries[list.count++] = {name.release(), image};
+    return true;
+}
+
+int CompareEntries(const void* left, const void* right) {
+    return lstrcmpiW(static_cast<const ListEntry*>(left)->name, static_cast<const ListEntry*>(right)->name);
+}
+
+void InsertEntry(HWND list, const ListEntry& entry, uint32_t place) {
+    LVITEMW item = {};
+    item.mask = LVIF_TEXT | LVIF_IMAGE;
+    item.iItem = static_cast<int>(place);
+    item.pszText = entry.name;
+    item.iImage = entry.image;
+    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+// The list's own sorting rests while the sorted names go in at its end.
+void ShowEntries(HWND list, ListEntries& entries) {
+    std::qsort(entries.entries, entries.count, sizeof(ListEntry), CompareEntries);
+    const LONG style = GetWindowLongW(list, GWL_STYLE);
+    SendMessageW(list, WM_SETREDRAW, FALSE, 0);
+    SetWindowLongW(list, GWL_STYLE, style & ~LVS_SORTASCENDING);
+    SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
+    SendMessageW(list, LVM_SETITEMCOUNT, entries.count, 0);
+    for (uint32_t i = 0; i < entries.count; ++i)
+        InsertEntry(list, entries.entries[i], i);
+    SetWindowLongW(list, GWL_STYLE, style);
+    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(list, nullptr, TRUE);
+}
+
+void EnableCategoryButton(const SubscribeState& state, bool enabled) {
+    EnableWindow(GetDlgItem(state.dialog, IDC_SUBSCRIBE_CATEGORIES), enabled);
+}
+
+// What memory does not hold is not shown.
+void ListCategories(const SubscribeState& state, DataFile& file) {
+    ListEntries entries;
+    char line[kLongestName + 1];
+    while (ReadLine(file, line, sizeof(line), true) && AddEntry(entries, ToWide(line), kNotSubscribed)) {
+    }
+    ShowEntries(ListOf(state), entries);
+}
+
+void ShowCategories(SubscribeState& state) {
+    state.listsCategories = true;
+    DataFile file;
+    if (!OpenDataFile(file, state.categoryPath, FileMode::kRead)) return;
+    const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    ListCategories(state, file);
+    EnableCategoryButton(state, false);
+    SetCursor(before);
+}
+
+// Every group whose name begins with the category's bytes; no '.' has to follow them.
+void ListGroups(const SubscribeState& state, DataFile& file, const char* category) {
+    const std::size_t length = std::strlen(category);
+    ListEntries entries;
+    char line[kLongestName + 1];
+    while (ReadLine(file, line, sizeof(line), true)) {
+        if (std::strncmp(line, category, length) != 0) continue;
+        WideText name = ToWide(line);
+        // A group whose name cannot be a file name could keep nothing.
+        if (name && !IsFileName(name.get())) continue;
+        const int image = FindString(state.subscriptions, line) ? kSubscribed : kNotSubscribed;
+        if (!AddEntry(entries, std::move(name), image)) break;
+    }
+    ShowEntries(ListOf(state), entries);
+}
+
+void ShowGroups(SubscribeState& state, const wchar_t* category) {
+    state.listsCategories = false;
+    DataFile file;
+    if (!OpenDataFile(file, state.activePath, FileMode::kRead)) return;
+    const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    const NarrowText prefix = ToNarrow(category);
+    if (prefix) ListGroups(state, file, prefix.get());
+    EnableCategoryButton(state, true);
+    SetCursor(before);
+}
+
+void ToggleGroup(SubscribeState& state, LVITEMW& item) {
+    const NarrowText name = ToNarrow(item.pszText);
+    const bool subscribe = item.iImage == kNotSubscribed;
+    if (!name || !state.subscriptions.heap) return;
+    if (subscribe && !AddString(state.subscriptions, name.get())) return;
+    if (!subscribe) RemoveString(state.subscriptions, name.get());
+    item.mask = LVIF_IMAGE;
+    item.iImage = subscribe ? kSubscribed : kNotSubscribed;
+    SendMessageW(ListOf(state), LVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+void OnDoubleClick(SubscribeState& state) {
+    wchar_t text[kLongestName] = {};
+    LVITEMW item = {};
+    const HWND list = ListOf(state);
+    const LRESULT selected =
+        SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), MAKELPARAM(LVNI_SELECTED, 0));
+    if (selected < 0) return;
+    item.mask = LVIF_TEXT | LVIF_IMAGE;
+    item.iItem = static_cast<int>(selected);
+    item.pszText = text;
+    item.cchTextMax = kLongestName;
+    if (!SendMessageW(list, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item))) return;
+    if (state.listsCategories) {
+        ShowGroups(state, item.pszText);
+    } else {
+        ToggleGroup(state, item);
+    }
+}
+
+// Every line as it stands, comments and empty ones too: they are written back as they were.
+bool LoadSubscriptions(SubscribeState& state) {
+    DataFile file;
+    if (!CreateStringSet(state.subscriptions)) {
+        ShowLastError(IDS_SUBSCRIBE_HASH_FAILED, kProgramCaption);
+        return false;
+    }
+    if (!OpenDataFile(file, state.groupPath, FileMode::kRead)) {
+        state.mayReplace = GetError() == kErrorFileNotFound;
+        ShowLastError(IDS_SUBSCRIBE_OPEN_FAILED, kProgramCaption);
+        return false;
+    }
+    char line[kLongestName + 1];
+    while (ReadLine(file, line, sizeof(line), true)) {
+        if (AddString(state.subscriptions, line)) continue;
+        ShowLastError(IDS_SUBSCRIBE_LOAD_FAILED, kProgramCaption);
+        return false;
+    }
+    state.mayReplace = true;
+    return true;
+}
+
+void PrepareList(SubscribeState& state) {
+    wchar_t heading[] = L"Group";
+    LVCOLUMNW column = {};
+    column.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
+    column.fmt = LVCFMT_LEFT;
+    column.cx = kColumnWidth;
+    column.pszText = heading;
+    const HWND list = ListOf(state);
+    SendMessageW(list, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
+    state.imageList = ImageList_LoadImage(state.instance, MAKEINTRESOURCEW(IDB_SUBSCRIBE_MARKS), kImageWidth,
+                                          0, CLR_NONE, IMAGE_BITMAP, 0);
+    SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(state.imageList));
+}
+
+INT_PTR OnInitDialog(HWND dialog, SubscribeState* state) {
+    SetWindowPointer(dialog, kUserData, state);
+    state->dialog = dialog;
+    PrepareList(*state);
+    if (LoadSubscriptions(*state)) ShowCategories(*state);
+    return TRUE;
+}
+
+void OnDownload(SubscribeState& state) {
+    NarrowText typedPassword;
+    const bool asks = state.user && !state.password;
+    if (asks) {
+        const INT_PTR result = RunPasswordPrompt(state.instance, state.dialog, state.user, typedPassword);
+        if (result != IDOK || !typedPassword) return;
+    }
+    GroupListRequest request;
+    request.activePath = state.activePath;
+    request.categoryPath = state.categoryPath;
+    request.server = state.server;
+    request.port = state.port;
+    request.user = state.user;
+    request.password = asks ? typedPassword.get() : state.password;
+    RunGroupListDownload(state.instance, state.dialog, request);
+    ShowCategories(state);
+}
+
+bool WriteNames(DataFile& file, const StringSet& names) {
+    StringSetIterator iterator = IterateStrings(names);
+    while (const StringNode* node = NextString(iterator)) {
+        const auto length = static_cast<uint32_t>(std::strlen(node->text));
+        if (!WriteBytes(file, node->text, length) || !WriteBytes(file, "\r\n", 2)) return false;
+    }
+    return CloseDataFile(file);
+}
+
+// What was not read whole must not be written over.
+void SaveSubscriptions(const SubscribeState& state) {
+    DataFile file;
+    if (!state.mayReplace) return;
+    if (!OpenDataFile(file, state.groupPath, FileMode::kReplace)) {
+        ShowLastError(IDS_SUBSCRIBE_REPLACE_FAILED, kProgramCaption);
+        return;
+    }
+    if (!WriteNames(file, state.subscriptions)) ShowLastError(IDS_SUBSCRIBE_WRITE_FAILED, kProgramCaption);
+}
+
+INT_PTR OnCommand(SubscribeState& state, int id) {
+    switch (id) {
+        case IDOK:
+            SaveSubscriptions(state);
+            EndDialog(state.dialog, 1);
+            break;
+        case IDCANCEL:
+            EndDialog(state.dialog, 2);
+            break;
+        case IDC_SUBSCRIBE_DOWNLOAD:
+            OnDownload(state);
+            break;
+        case IDC_SUBSCRIBE_CATEGORIES:
+            ShowCategories(state);
+            break;
+        default:
+            return FALSE;
+    }
+    return TRUE;
+}
+
+INT_PTR OnNotify(SubscribeState& state, const NMHDR& notice) {
+    const bool doubleClick = notice.code == static_cast<UINT>(NM_DBLCLK);
+    if (notice.idFrom == IDC_SUBSCRIBE_LIST && doubleClick) OnDoubleClick(state);
+    return FALSE;
+}
+
+INT_PTR CALLBACK SubscribeProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) return OnInitDialog(dialog, reinterpret_cast<SubscribeState*>(lParam));
+    auto state = static_cast<SubscribeState*>(GetWindowPointer(dialog, kUserData));
+    if (!state) return FALSE;
+    if (message == WM_COMMAND) return OnCommand(*state, LOWORD(wParam));
+    if (message == WM_NOTIFY) return OnNotify(*state, *reinterpret_cast<const NMHDR*>(lParam));
+    return FALSE;
+}
+
+}  // namespace
+
+INT_PTR RunSubscribeDialog(SubscribeState& state, HINSTANCE instance, HWND parent) {
+    state.instance = instance;
+    const INT_PTR result = RunDialog(instance, IDD_SUBSCRIBE, parent, SubscribeProcedure, &state);
+    if (state.imageList) ImageList_Destroy(state.imageList);
+    state.imageList = nullptr;
+    DestroyStringSet(state.subscriptions);
+    return result == 1 ? 1 : 2;
+}

@@ -1,0 +1,26 @@
+// Lets the user choose the groups to read: categories from "category.dat", their groups from "active.dat",
+// and the chosen ones into "group.dat". User-interface thread only.
+#pragma once
+
+#include "platform/platform.h"
+#include "store/string_set.h"
+
+struct SubscribeState {
+    HWND dialog = nullptr;
+    // Paths and settings are borrowed; user and password may be null.
+    const wchar_t* activePath = nullptr;
+    const wchar_t* categoryPath = nullptr;
+    const wchar_t* groupPath = nullptr;
+    const wchar_t* server = nullptr;
+    uint32_t port = 0;
+    const char* user = nullptr;
+    const char* password = nullptr;
+    HINSTANCE instance = nullptr;
+    HIMAGELIST imageList = nullptr;  // the marks; released when the dialog has closed
+    StringSet subscriptions;         // the chosen names, as they stand in the file
+    bool listsCategories = true;     // else the groups of one category
+    bool mayReplace = false;         // the set holds all of "group.dat"
+};
+
+// Runs the dialog modally: 1 when it was closed with OK, whether or not "group.dat" could be written, else 2.
+INT_PTR RunSubscribeDialog(SubscribeState& state, HINSTANCE instance, HWND parent);
