@@ -12,7 +12,7 @@
 #define IDB_MARK_LOW 137
 #define IDB_MARK_HIGH 139
 
-#define IDB_SUBSCRIBE_MARKS 114  // 2 images of 8 x 8: not subscribed, subscribed
+#define IDB_SUBSCRIBE_MARKS 114  // 2 images of 8 x 12: not subscribed, subscribed
 
 // Menus, and the menu bars (RCDATA) whose drop-downs open their popups.
 #define IDM_ARTICLE 145

@@ -210,7 +210,10 @@ INT_PTR OnInitDialog(HWND dialog, SubscribeState* state) {
     state->dialog = dialog;
     PrepareList(*state);
     if (LoadSubscriptions(*state)) ShowCategories(*state);
-    return TRUE;
+    // Without a list to choose from, fetching one is the next step.
+    const bool empty = SendMessageW(ListOf(*state), LVM_GETITEMCOUNT, 0, 0) == 0;
+    if (empty) SetFocus(GetDlgItem(dialog, IDC_SUBSCRIBE_DOWNLOAD));
+    return !empty;
 }
 
 void OnDownload(SubscribeState& state) {
