@@ -9,6 +9,7 @@ set(PELNOR_SOURCES
   text/line.cpp
   text/messages.cpp
   text/mime.cpp
+  text/name_list.cpp
   text/sjis.cpp
   store/article_list.cpp
   store/data_folder.cpp
@@ -24,8 +25,18 @@ set(PELNOR_SOURCES
   filters/keyword_dialog.cpp
   filters/keyword_filter.cpp
   filters/match.cpp
+  settings/account_page.cpp
+  settings/colour_page.cpp
+  settings/connection_page.cpp
+  settings/font_page.cpp
+  settings/keys_page.cpp
+  settings/main_page.cpp
+  settings/posting_page.cpp
   settings/registry.cpp
   settings/settings.cpp
+  settings/settings_page.cpp
+  settings/settings_sheet.cpp
+  settings/user_page.cpp
   settings/view_options.cpp
   subscribe/group_file.cpp
   subscribe/group_list.cpp
@@ -41,6 +52,9 @@ set(PELNOR_SOURCES
   nntp/reply.cpp
   nntp/run_result.cpp
   nntp/session.cpp
+  drafts/draft_tree.cpp
+  drafts/file_chooser.cpp
+  dialup/dialup.cpp
   views/article_layout.cpp
   views/article_view.cpp
   views/group_view.cpp
@@ -54,7 +68,7 @@ set(PELNOR_SOURCES
   shell/commands.cpp
   shell/delete_read.cpp
   shell/frame_window.cpp
-  shell/not_yet.cpp
+  shell/drafts.cpp
   shell/reload.cpp
   shell/run.cpp
   shell/view_switch.cpp
@@ -63,10 +77,12 @@ set(PELNOR_SOURCES
 set(PELNOR_DESKTOP_SOURCES
   platform/desktop/desktop.cpp
   platform/desktop/menubar.cpp
+  platform/desktop/ras.cpp
 )
 
 set(PELNOR_DEVICE_SOURCES
   platform/device/device.cpp
+  platform/device/ras.cpp
   platform/device/header_calls.cpp
   platform/device/runtime.cpp
 )

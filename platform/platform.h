@@ -33,5 +33,11 @@ HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size);
 // given, -1 when the template is missing or the dialog cannot be made.
 INT_PTR RunDialog(HINSTANCE instance, int id, HWND owner, DLGPROC procedure, void* parameter);
 
+// The same without waiting: null when the template is missing or the dialog cannot be made.
+HWND CreateModelessDialog(HINSTANCE instance, int id, HWND owner, DLGPROC procedure, void* parameter);
+
+// What a dialog procedure answers to a notification, besides TRUE for having handled it.
+void SetDialogResult(HWND dialog, int result);
+
 // The code page of stored text: Shift_JIS (932) where it is installed, else the system's.
 UINT TextCodePage();

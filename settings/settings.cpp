@@ -88,15 +88,19 @@ void ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
     if (settings.MailAddress) DropBlank(settings.Organization);
 }
 
-bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
-    settings.EditorPath = ReadText(key, L"EditorPath");
-    if (!settings.EditorPath) settings.EditorPath = CopyText(L"");
+bool MakeDraftPath(Settings& settings) {
     constexpr std::size_t kAround = 5 + 3;  // "draft", two backslashes and the terminator
     settings.DraftPath = NewArray<wchar_t>(wcslen(settings.DataPath) + kAround);
-    if (!settings.DraftPath || !settings.EditorPath) return Fail(kErrorNoMemory);
+    if (!settings.DraftPath) return Fail(kErrorNoMemory);
     // A saved data folder ends in a backslash, so the path has two in a row; the system reads them as one.
     wsprintfW(settings.DraftPath.get(), L"%s\\%s\\", settings.DataPath, L"draft");
     return true;
+}
+
+bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
+    settings.EditorPath = ReadText(key, L"EditorPath");
+    if (!settings.EditorPath) settings.EditorPath = CopyText(L"");
+    return settings.EditorPath ? MakeDraftPath(settings) : Fail(kErrorNoMemory);
 }
 
 bool WriteLogin(const RegistryKeyOwner& key, const wchar_t* name, const NarrowText& login) {
@@ -184,7 +188,8 @@ bool SaveSettings(Settings& settings) {
            WriteIdentity(key, L"UserName", settings.UserName) &&
            WriteIdentity(key, L"MailAddress", settings.MailAddress) &&
            WriteIdentity(key, L"Organization", settings.Organization) &&
-           WriteText(key, L"EditorPath", settings.EditorPath ? settings.EditorPath.get() : L"");
+           WriteText(key, L"EditorPath", settings.EditorPath ? settings.EditorPath.get() : L"") &&
+           MakeDraftPath(settings);
 }
 
 bool MakeViewFont(const wchar_t* face, int32_t size, FontOwner& font) {

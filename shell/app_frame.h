@@ -3,8 +3,10 @@
 
 #include <memory>
 
+#include "drafts/draft_tree.h"
 #include "nntp/download_job.h"
 #include "platform/platform.h"
+#include "platform/ras.h"
 #include "settings/settings.h"
 #include "views/article_view.h"
 #include "views/group_view.h"
@@ -27,18 +29,18 @@ struct AppFrame {
     std::unique_ptr<ArticleView> articleView;
     std::unique_ptr<SubjectView> subjectView;
     std::unique_ptr<GroupView> groupView;
+    std::unique_ptr<DraftTree> draftTree;
     uint32_t currentGroupRow = 0;  // of the group open in the subject view
     uint32_t viewReadArticles = 0;
     uint32_t showArticleHeader = 0;
     uint32_t priorityLevel = 0;
-    bool dialled = false;        // the line that is up was dialled by this program
-    DownloadJob* job = nullptr;  // the run under way; the worker uses it until it reports the end
-    bool ended = false;          // the main window has been there and is gone
+    bool dialled = false;           // the line that is up was dialled by this program
+    HRASCONN connection = nullptr;  // of the call that is under way or up
+    DownloadJob* job = nullptr;     // the run under way; the worker uses it until it reports the end
+    bool ended = false;             // the main window has been there and is gone
 };
 
-// Messages from other threads, dialogs and processes; kRunFinishedMessage is one of them too.
-constexpr UINT kStartRunMessage = 0x0400;  // the line is up
-constexpr UINT kHangUpMessage = 0x0401;    // enable the frame and hang up
-constexpr UINT kWakeMessage = 0x8002;      // from a second instance
+// From a second instance. The subsystems' headers declare the other messages that reach the frame.
+constexpr UINT kWakeMessage = 0x8002;
 
 constexpr wchar_t kFrameClass[] = L"PelnorMainFrmWnd";

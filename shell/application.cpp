@@ -36,7 +36,9 @@ bool AllocateViews(AppFrame& frame) {
     frame.articleView.reset(new (std::nothrow) ArticleView);
     frame.subjectView.reset(new (std::nothrow) SubjectView);
     frame.groupView.reset(new (std::nothrow) GroupView);
-    return (frame.articleView && frame.subjectView && frame.groupView) || Fail(kErrorNoMemory);
+    frame.draftTree.reset(new (std::nothrow) DraftTree);
+    const bool allocated = frame.articleView && frame.subjectView && frame.groupView && frame.draftTree;
+    return allocated || Fail(kErrorNoMemory);
 }
 
 bool CreateFrame(AppFrame& frame) {

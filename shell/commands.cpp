@@ -1,12 +1,14 @@
 #include "shell/commands.h"
 
 #include "resources/resource.h"
+#include "settings/settings_sheet.h"
 #include "settings/view_options.h"
 #include "shell/about.h"
 #include "shell/catch_up.h"
 #include "shell/choose.h"
 #include "shell/delete_read.h"
-#include "shell/not_yet.h"
+#include "shell/drafts.h"
+#include "shell/reload.h"
 #include "shell/run.h"
 #include "shell/view_switch.h"
 #include "text/messages.h"
@@ -69,23 +71,13 @@ void OnSubjectNotice(AppFrame& frame, UINT notice) {
     if (notice == kSubjectOpen) OpenCurrentArticle(frame);
 }
 
-// Commands whose views and dialogs are still to be written.
-const wchar_t* MissingPart(UINT id) {
-    switch (id) {
-        case IDC_PROPERTIES:
-            return L"プロパティ";
-        case IDC_DRAFTS:
-        case IDC_COMPOSE:
-        case IDC_CHOOSE_EXE:
-            return L"草稿";
-        default:
-            return nullptr;
-    }
-}
-
-void OnMissingCommand(UINT id) {
-    const wchar_t* what = MissingPart(id);
-    if (what) ShowNotYet(what);
+// The busy flag stays: it always has.
+void OnProperties(AppFrame& frame) {
+    Settings edited;
+    frame.busy = true;
+    InitSettings(edited);
+    if (RunSettingsSheet(edited, frame.instance, frame.mainWindow) == 1) UseNewSettings(frame);
+    frame.busy = true;
 }
 
 // The panes' commands: true when `id` was one of them.
@@ -141,6 +133,9 @@ void OnCommand(AppFrame& frame, UINT id, UINT origin) {
         case IDC_EXIT:
             SendMessageW(frame.mainWindow, WM_CLOSE, 0, 0);
             break;
+        case IDC_PROPERTIES:
+            OnProperties(frame);
+            break;
         case IDC_GET_ARTICLES:
             if (ReachesView(frame, origin, ViewKind::kGroup)) GetArticles(frame);
             break;
@@ -157,6 +152,6 @@ void OnCommand(AppFrame& frame, UINT id, UINT origin) {
             CatchUp(frame);
             break;
         default:
-            OnMissingCommand(id);
+            OnDraftCommand(frame, id);
     }
 }

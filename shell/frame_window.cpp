@@ -1,10 +1,11 @@
 #include "shell/frame_window.h"
 
+#include "dialup/dialup.h"
 #include "resources/resource.h"
+#include "settings/settings_sheet.h"
 #include "settings/view_options.h"
 #include "shell/app_frame.h"
 #include "shell/commands.h"
-#include "shell/not_yet.h"
 #include "shell/reload.h"
 #include "shell/run.h"
 #include "shell/view_switch.h"
@@ -59,9 +60,11 @@ RECT PaneRectangle(const AppFrame& frame) {
     return client;
 }
 
+// What is missing is asked for. False when the user will not say.
 bool LoadFrameSettings(AppFrame& frame) {
     bool complete = false;
-    return LoadSettings(frame.settings, complete) && complete;
+    if (LoadSettings(frame.settings, complete) && complete) return true;
+    return RunSettingsSheet(frame.settings, frame.instance, frame.mainWindow) == 1;
 }
 
 // A pane that cannot be made leaves its place empty; the others still work.
@@ -74,6 +77,9 @@ void CreatePanes(AppFrame& frame, const RECT& pane) {
     frame.viewReadArticles = ReadViewReadArticle();
     (void)CreateSubjectView(*frame.subjectView, frame.instance, frame.mainWindow, IDW_SUBJECT_VIEW, pane,
                             frame.viewReadArticles, frame.priorityLevel);
+    if (CreateDraftTree(*frame.draftTree, frame.mainWindow, pane, IDW_DRAFT_TREE, frame.instance)) {
+        ShowDraftTree(*frame.draftTree, SW_HIDE);
+    }
     ShowCheckMarks(frame);
 }
 
@@ -90,7 +96,6 @@ LRESULT OnCreate(AppFrame& frame) {
         return 0;
     }
     if (!LoadFrameSettings(frame)) {
-        ShowNotYet(L"プロパティ");
         SendMessageW(frame.mainWindow, WM_COMMAND, IDC_EXIT, 0);
         return 0;
     }
@@ -129,6 +134,7 @@ LRESULT OnStartRun(AppFrame& frame) {
 
 LRESULT OnHangUp(AppFrame& frame) {
     EnableWindow(frame.mainWindow, TRUE);
+    (void)EndRasCall(frame.connection);
     return 0;
 }
 

@@ -51,3 +51,12 @@ bool ReloadData(AppFrame& frame) {
     }
     return ReloadGroupView(*frame.groupView, frame.settings.DataPath);
 }
+
+void UseNewSettings(AppFrame& frame) {
+    bool complete = false;
+    // The old fonts go with the load; a new one may bear an old one's handle.
+    SetSubjectAppearance(*frame.subjectView, nullptr, false);
+    SetArticleAppearance(*frame.articleView, {});
+    (void)LoadSettings(frame.settings, complete);
+    (void)ReloadData(frame);
+}

@@ -1,8 +1,8 @@
 #include "shell/run.h"
 
+#include "dialup/dialup.h"
 #include "nntp/password_prompt.h"
 #include "resources/resource.h"
-#include "shell/not_yet.h"
 #include "shell/reload.h"
 #include "text/messages.h"
 
@@ -40,12 +40,12 @@ void ReportEnd(AppFrame& frame, const RunResult& result) {
 }  // namespace
 
 void GetArticles(AppFrame& frame) {
-    if (frame.job) return;
-    if (frame.settings.Dialup) {
-        ShowNotYet(L"ダイアルアップ");
-        return;
+    if (frame.job || !IsWindowEnabled(frame.mainWindow)) return;
+    if (!frame.settings.Dialup || IsLineUp()) {
+        StartRun(frame);
+    } else {
+        StartDial(frame.mainWindow, frame.instance, frame.settings.EntryName, &frame.connection);
     }
-    StartRun(frame);
 }
 
 void StartRun(AppFrame& frame) {
@@ -65,6 +65,9 @@ void StartRun(AppFrame& frame) {
 
 void FinishRun(AppFrame& frame, DownloadJob* job) {
     const std::unique_ptr<DownloadJob> finished(job);
+    if (frame.settings.Dialup && frame.dialled) {
+        RunDisconnectDialog(frame.mainWindow, frame.instance, frame.settings.DisconnectWaitTime);
+    }
     frame.dialled = false;
     ReportEnd(frame, *finished->result);
     frame.busy = false;

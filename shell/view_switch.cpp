@@ -23,6 +23,7 @@ void HideOtherPanes(const AppFrame& frame, ViewKind shown) {
     if (shown != ViewKind::kArticle) ShowArticleView(*frame.articleView, SW_HIDE);
     if (shown != ViewKind::kSubject) ShowSubjectView(*frame.subjectView, SW_HIDE);
     if (shown != ViewKind::kGroup) ShowGroupView(*frame.groupView, SW_HIDE);
+    if (shown != ViewKind::kDrafts) ShowDraftTree(*frame.draftTree, SW_HIDE);
 }
 
 // What was read in the open group shows in its row.
@@ -105,6 +106,16 @@ void OpenCurrentArticle(AppFrame& frame) {
 
 void OpenNextArticle(AppFrame& frame) {
     if (AdvanceSubject(*frame.subjectView)) OpenCurrentArticle(frame);
+}
+
+void SwitchToDrafts(AppFrame& frame) {
+    if (frame.currentView == ViewKind::kDrafts) return;
+    ShowMenuBar(frame, frame.groupBar);
+    HideOtherPanes(frame, ViewKind::kDrafts);
+    frame.currentView = ViewKind::kDrafts;
+    if (frame.settings.DraftPath) (void)FillDraftTree(*frame.draftTree, frame.settings.DraftPath.get());
+    ShowDraftTree(*frame.draftTree, SW_SHOW);
+    SetFocus(frame.draftTree->tree);
 }
 
 void FocusCurrentView(const AppFrame& frame) {

@@ -22,6 +22,9 @@ void OpenCurrentArticle(AppFrame& frame);
 // Goes on to the next article of the group; at its end the article stays.
 void OpenNextArticle(AppFrame& frame);
 
+// Shows the drafts of the settings' draft folder.
+void SwitchToDrafts(AppFrame& frame);
+
 void FocusCurrentView(const AppFrame& frame);
 
 // Brings the menus' check marks in step with the view options.

@@ -135,6 +135,15 @@ NarrowText ReadSubjectText(DataFile& log, const IndexRecord& record) {
     return ReadPart(log, offset, record.subjectTextLength < most ? record.subjectTextLength : most);
 }
 
+bool ReadHeaderBlock(DataFile& file, HeaderBlock& head) {
+    std::unique_ptr<LogScanner> scanner(new (std::nothrow) LogScanner);
+    if (!scanner) return Fail(kErrorNoMemory);
+    scanner->log = &file;
+    const bool read = ScanHead(*scanner) || GetError() == kErrorEndOfFile;
+    head = std::move(scanner->head);
+    return read;
+}
+
 ScanResult NextArticle(LogScanner& scanner) {
     scanner.start = scanner.count;
     const bool complete = ScanHead(scanner) && ScanBody(scanner);

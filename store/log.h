@@ -54,6 +54,10 @@ WideText ReadSubjectText(const GroupStore& store, const IndexRecord& record);
 // The same from an open log, in the stored code page. Null with error 8 or the file's error.
 NarrowText ReadSubjectText(DataFile& log, const IndexRecord& record);
 
+// Reads header lines up to the empty line that ends them, or to the end of the file. Error 234 for a line of
+// 1024 bytes or more, 8, or the file's.
+[[nodiscard]] bool ReadHeaderBlock(DataFile& file, HeaderBlock& head);
+
 // Walks the articles of an open log from its start.
 struct LogScanner {
     DataFile* log = nullptr;  // not owned

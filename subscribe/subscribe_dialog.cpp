@@ -2,7 +2,6 @@
 
 #include <wchar.h>
 
-#include <cstdlib>
 #include <cstring>
 
 #include "nntp/password_prompt.h"
@@ -13,6 +12,7 @@
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "text/messages.h"
+#include "text/name_list.h"
 
 namespace {
 
@@ -25,58 +25,18 @@ HWND ListOf(const SubscribeState& state) {
     return GetDlgItem(state.dialog, IDC_SUBSCRIBE_LIST);
 }
 
-// Names to show, sorted before the list gets them: it would look for each one's place from its top.
-struct ListEntry {
-    wchar_t* name = nullptr;  // owned by the collection
-    int image = kNotSubscribed;
-};
-
-struct ListEntries {
-    ListEntry* entries = nullptr;
-    uint32_t count = 0;
-    uint32_t capacity = 0;
-
-    ListEntries() = default;
-    ListEntries(const ListEntries&) = delete;
-    ListEntries& operator=(const ListEntries&) = delete;
-    ~ListEntries() {
-        for (uint32_t i = 0; i < count; ++i)
-            delete[] entries[i].name;
-        std::free(entries);
-    }
-};
-
-bool GrowEntries(ListEntries& list) {
-    const uint32_t capacity = list.capacity ? list.capacity * 2 : 256;
-    void* grown = std::realloc(list.entries, capacity * sizeof(ListEntry));
-    if (!grown) return false;
-    list.entries = static_cast<ListEntry*>(grown);
-    list.capacity = capacity;
-    return true;
-}
-
-bool AddEntry(ListEntries& list, WideText name, int image) {
-    if (!name || (list.count == list.capacity && !GrowEntries(list))) return false;
-    list.entries[list.count++] = {name.release(), image};
-    return true;
-}
-
-int CompareEntries(const void* left, const void* right) {
-    return lstrcmpiW(static_cast<const ListEntry*>(left)->name, static_cast<const ListEntry*>(right)->name);
-}
-
-void InsertEntry(HWND list, const ListEntry& entry, uint32_t place) {
+void InsertEntry(HWND list, const NameEntry& entry, uint32_t place) {
     LVITEMW item = {};
     item.mask = LVIF_TEXT | LVIF_IMAGE;
     item.iItem = static_cast<int>(place);
     item.pszText = entry.name;
-    item.iImage = entry.image;
+    item.iImage = entry.tag;
     SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
 // The list's own sorting rests while the sorted names go in at its end.
-void ShowEntries(HWND list, ListEntries& entries) {
-    std::qsort(entries.entries, entries.count, sizeof(ListEntry), CompareEntries);
+void ShowEntries(HWND list, NameList& entries) {
+    SortNames(entries);
     const LONG style = GetWindowLongW(list, GWL_STYLE);
     SendMessageW(list, WM_SETREDRAW, FALSE, 0);
     SetWindowLongW(list, GWL_STYLE, style & ~LVS_SORTASCENDING);
@@ -95,9 +55,9 @@ void EnableCategoryButton(const SubscribeState& state, bool enabled) {
 
 // What memory does not hold is not shown.
 void ListCategories(const SubscribeState& state, DataFile& file) {
-    ListEntries entries;
+    NameList entries;
     char line[kLongestName + 1];
-    while (ReadLine(file, line, sizeof(line), true) && AddEntry(entries, ToWide(line), kNotSubscribed)) {
+    while (ReadLine(file, line, sizeof(line), true) && AddName(entries, ToWide(line), kNotSubscribed)) {
     }
     ShowEntries(ListOf(state), entries);
 }
@@ -115,7 +75,7 @@ void ShowCategories(SubscribeState& state) {
 // Every group whose name begins with the category's bytes; no '.' has to follow them.
 void ListGroups(const SubscribeState& state, DataFile& file, const char* category) {
     const std::size_t length = std::strlen(category);
-    ListEntries entries;
+    NameList entries;
     char line[kLongestName + 1];
     while (ReadLine(file, line, sizeof(line), true)) {
         if (std::strncmp(line, category, length) != 0) continue;
@@ -123,7 +83,7 @@ void ListGroups(const SubscribeState& state, DataFile& file, const char* categor
         // A group whose name cannot be a file name could keep nothing.
         if (name && !IsFileName(name.get())) continue;
         const int image = FindString(state.subscriptions, line) ? kSubscribed : kNotSubscribed;
-        if (!AddEntry(entries, std::move(name), image)) break;
+        if (!AddName(entries, std::move(name), image)) break;
     }
     ShowEntries(ListOf(state), entries);
 }

@@ -3,6 +3,8 @@
 // first. The worker threads use them too, copying at once.
 #pragma once
 
+#include <cstddef>
+
 #include "platform/platform.h"
 
 constexpr int kTextCapacity = 1024;  // UTF-16 units of each shared buffer, and of a message's title or text

@@ -7,6 +7,11 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongPtrW(window, offset, reinterpret_cast<LONG_PTR>(pointer));
 }
 
+// Offset 0 is DWL_MSGRESULT.
+void SetDialogResult(HWND dialog, int result) {
+    SetWindowLongPtrW(dialog, 0, result);
+}
+
 void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongPtrW(window, offset));
 }

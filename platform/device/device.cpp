@@ -7,6 +7,11 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongW(window, offset, reinterpret_cast<LONG>(pointer));
 }
 
+// Offset 0 is DWL_MSGRESULT.
+void SetDialogResult(HWND dialog, int result) {
+    SetWindowLongW(dialog, 0, result);
+}
+
 void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongW(window, offset));
 }

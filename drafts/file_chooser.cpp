@@ -1,0 +1,213 @@
+#include "drafts/file_chooser.h"
+
+#include <wchar.h>
+
+#include <cstring>
+
+#include "platform/owners.h"
+#include "resources/resource.h"
+#include "store/file.h"
+#include "text/convert.h"
+#include "text/name_list.h"
+
+namespace {
+
+constexpr wchar_t kPlaceholder[] = L"DUMMY";  // shows an unopened folder as one that can be opened
+
+HTREEITEM TreeItem(LRESULT result) {
+    return reinterpret_cast<HTREEITEM>(result);
+}
+
+HTREEITEM Relative(HWND tree, HTREEITEM item, WPARAM relation) {
+    return TreeItem(SendMessageW(tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+}
+
+HTREEITEM Insert(HWND tree, HTREEITEM parent, const wchar_t* text, int image, int selectedImage) {
+    TVINSERTSTRUCTW insert = {};
+    insert.hParent = parent;
+    insert.hInsertAfter = TVI_LAST;
+    insert.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_PARAM;
+    insert.item.pszText = const_cast<wchar_t*>(text);
+    insert.item.iImage = image;
+    insert.item.iSelectedImage = selectedImage;
+    insert.item.lParam = reinterpret_cast<LPARAM>(parent);
+    return TreeItem(SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+}
+
+void InsertPlaceholder(HWND tree, HTREEITEM parent) {
+    Insert(tree, parent, kPlaceholder, kFolderImage, kOpenFolderImage);
+}
+
+void InsertFolder(HWND tree, HTREEITEM parent, const wchar_t* name) {
+    const HTREEITEM item = Insert(tree, parent, name, kFolderImage, kOpenFolderImage);
+    if (item) InsertPlaceholder(tree, item);
+}
+
+// Text and image of an item; false when it has gone.
+bool ReadItem(HWND tree, HTREEITEM item, wchar_t (&text)[kChooserPathSize], int& image) {
+    TVITEMW data = {};
+    data.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_HANDLE;
+    data.hItem = item;
+    data.pszText = text;
+    data.cchTextMax = kChooserPathSize;
+    if (!SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&data))) return false;
+    if (data.pszText != text) wcsncpy(text, data.pszText, kChooserPathSize - 1);
+    image = data.iImage;
+    return true;
+}
+
+// Puts `name` and a backslash before what stands at `place`, which moves. False when there is no room.
+bool Prepend(const wchar_t* path, wchar_t*& place, const wchar_t* name) {
+    const std::size_t length = wcslen(name) + 1;
+    if (length > static_cast<std::size_t>(place - path)) return false;
+    place -= length;
+    std::memcpy(place, name, (length - 1) * sizeof(wchar_t));
+    place[length - 1] = L'\\';
+    return true;
+}
+
+// "\", then the text of every level below the root with a "\". False when that does not fit the buffer.
+bool BuildPath(HWND tree, HTREEITEM item, wchar_t (&path)[kChooserPathSize]) {
+    wchar_t* place = path + kChooserPathSize - 1;
+    *place = L'\0';
+    for (HTREEITEM parent; (parent = Relative(tree, item, TVGN_PARENT)) != nullptr; item = parent) {
+        wchar_t text[kChooserPathSize] = {};
+        int image = 0;
+        if (!ReadItem(tree, item, text, image) || !Prepend(path, place, text)) return false;
+    }
+    if (!Prepend(path, place, L"")) return false;
+    std::memmove(path, place, (wcslen(place) + 1) * sizeof(wchar_t));
+    return true;
+}
+
+bool IsDots(const wchar_t* name) {
+    return wcscmp(name, L".") == 0 || wcscmp(name, L"..") == 0;
+}
+
+// The folders, or the files, that match the pattern in a folder. A folder that cannot be listed has none.
+void FindNames(NameList& names, const wchar_t* path, const wchar_t* pattern, bool folders) {
+    const WideText search = JoinPath(path, pattern);
+    WIN32_FIND_DATAW found;
+    const FindOwner find(search ? FindFirstFileW(search.get(), &found) : INVALID_HANDLE_VALUE);
+    if (!find) return;
+    do {
+        const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (isFolder != folders || IsDots(found.cFileName)) continue;
+        if (!AddName(names, CopyText(found.cFileName), 0)) return;
+    } while (FindNextFileW(find.Get(), &found));
+}
+
+void FillFolder(const FileChooser& chooser, HTREEITEM item) {
+    wchar_t path[kChooserPathSize];
+    if (!BuildPath(chooser.tree, item, path)) return;
+    NameList folders;
+    FindNames(folders, path, L"*.*", true);
+    SortNames(folders);
+    for (uint32_t i = 0; i < folders.count; ++i)
+        InsertFolder(chooser.tree, item, folders.entries[i].name);
+    if (!chooser.pattern) return;
+    NameList files;
+    FindNames(files, path, chooser.pattern, false);
+    SortNames(files);
+    for (uint32_t i = 0; i < files.count; ++i)
+        Insert(chooser.tree, item, files.entries[i].name, kFileImage, kFileImage);
+}
+
+void DeleteChildren(HWND tree, HTREEITEM item) {
+    while (const HTREEITEM child = Relative(tree, item, TVGN_CHILD)) {
+        SendMessageW(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(child));
+    }
+}
+
+// An opened folder is read anew each time.
+void OnExpanding(const FileChooser& chooser, const NMTREEVIEWW& notice) {
+    const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    SendMessageW(chooser.tree, WM_SETREDRAW, FALSE, 0);
+    DeleteChildren(chooser.tree, notice.itemNew.hItem);
+    if (notice.action == TVE_EXPAND) {
+        FillFolder(chooser, notice.itemNew.hItem);
+    } else {
+        InsertPlaceholder(chooser.tree, notice.itemNew.hItem);
+    }
+    SendMessageW(chooser.tree, WM_SETREDRAW, TRUE, 0);
+    SetCursor(before);
+}
+
+// Whether the item may be chosen; its path is in the buffer then.
+bool Choose(FileChooser& chooser, HTREEITEM item) {
+    wchar_t text[kChooserPathSize] = {};
+    int image = 0;
+    if (!item || !ReadItem(chooser.tree, item, text, image)) return false;
+    if (chooser.pattern && image != kFileImage) return false;
+    if (!BuildPath(chooser.tree, item, chooser.path)) return false;
+    const std::size_t length = wcslen(chooser.path);
+    if (chooser.pattern) chooser.path[length - 1] = L'\0';  // a file's path has no backslash at its end
+    return true;
+}
+
+void EnableOk(const FileChooser& chooser, bool enabled) {
+    EnableWindow(GetDlgItem(chooser.dialog, IDC_CHOOSER_OK), enabled);
+}
+
+INT_PTR OnInitDialog(HWND dialog, FileChooser* chooser) {
+    SetWindowPointer(dialog, kUserData, chooser);
+    chooser->dialog = dialog;
+    chooser->tree = GetDlgItem(dialog, IDC_CHOOSER_TREE);
+    SendMessageW(chooser->tree, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(chooser->imageList));
+    SendMessageW(chooser->tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    const HTREEITEM root = Insert(chooser->tree, TVI_ROOT, L"\\", kRootImage, kRootImage);
+    InsertPlaceholder(chooser->tree, root);
+    SetWindowTextW(dialog, chooser->title);
+    EnableOk(*chooser, false);
+    return TRUE;
+}
+
+INT_PTR OnNotify(FileChooser& chooser, const NMHDR& header) {
+    if (header.idFrom != IDC_CHOOSER_TREE) return FALSE;
+    const auto& notice = reinterpret_cast<const NMTREEVIEWW&>(header);
+    if (header.code == TVN_ITEMEXPANDINGW) OnExpanding(chooser, notice);
+    if (header.code == TVN_SELCHANGEDW) EnableOk(chooser, Choose(chooser, notice.itemNew.hItem));
+    return FALSE;
+}
+
+INT_PTR OnCommand(FileChooser& chooser, int id) {
+    if (id == IDCANCEL) EndDialog(chooser.dialog, 2);
+    if (id == IDC_CHOOSER_OK && Choose(chooser, Relative(chooser.tree, nullptr, TVGN_CARET))) {
+        chooser.result = chooser.path;
+        EndDialog(chooser.dialog, 1);
+    }
+    return TRUE;
+}
+
+INT_PTR CALLBACK ChooserProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) return OnInitDialog(dialog, reinterpret_cast<FileChooser*>(lParam));
+    auto chooser = static_cast<FileChooser*>(GetWindowPointer(dialog, kUserData));
+    if (!chooser) return FALSE;
+    if (message == WM_NOTIFY) return OnNotify(*chooser, *reinterpret_cast<const NMHDR*>(lParam));
+    if (message == WM_COMMAND) return OnCommand(*chooser, LOWORD(wParam));
+    return FALSE;
+}
+
+}  // namespace
+
+INT_PTR RunFileChooser(FileChooser& chooser, HINSTANCE instance, HWND owner, const wchar_t* title,
+                       const wchar_t* pattern) {
+    chooser.title = title;
+    chooser.pattern = pattern;
+    chooser.result = nullptr;
+    if (!chooser.imageList) chooser.imageList = LoadFileImages(instance);
+    if (!chooser.imageList) return 2;
+    const INT_PTR result = RunDialog(instance, IDD_CHOOSER, owner, ChooserProcedure, &chooser);
+    return result == 1 ? 1 : 2;
+}
+
+void FreeFileChooser(FileChooser& chooser) {
+    if (chooser.imageList) ImageList_Destroy(chooser.imageList);
+    chooser.imageList = nullptr;
+}
+
+HIMAGELIST LoadFileImages(HINSTANCE instance) {
+    constexpr int kSize = 16;
+    constexpr COLORREF kGround = RGB(255, 0, 255);
+    return ImageList_LoadImage(instance, MAKEINTRESOURCEW(IDB_FILES), kSize, 0, kGround, IMAGE_BITMAP, 0);
+}

@@ -1,0 +1,23 @@
+// Dial-up. The device exports these functions without the letter W; the desktop has them in a library that is
+// loaded when dial-up is used first, so that the program starts where it is missing. All answer 0 or a system
+// error.
+#pragma once
+
+#include "platform/platform.h"
+// ras.h wants the types above.
+#include <ras.h>
+
+// Fills `entries`, whose first record tells the size of one. `size` is in bytes, in and out.
+DWORD ListRasEntries(RASENTRYNAMEW* entries, DWORD* size, DWORD* count);
+DWORD ListRasConnections(RASCONNW* connections, DWORD* size, DWORD* count);
+
+// The stored user and password of the entry that `parameters` names.
+DWORD ReadRasDialParameters(RASDIALPARAMSW* parameters);
+
+// Starts dialling; progress arrives at `notified` as RasEventMessage with the state in wParam and an error in
+// lParam.
+DWORD StartRasDial(RASDIALPARAMSW* parameters, HWND notified, HRASCONN* connection);
+DWORD EndRasCall(HRASCONN connection);
+
+// 0xCCCD, or what the system registered instead.
+UINT RasEventMessage();
