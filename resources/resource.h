@@ -14,7 +14,7 @@
 
 #define IDB_SUBSCRIBE_MARKS 114  // 2 images of 8 x 12: not subscribed, subscribed
 
-#define IDB_FILES 116            // 4 images of 16 x 16: folder, open folder, file, root
+#define IDB_FILES 116  // 4 images of 16 x 16: folder, open folder, file, root
 
 // Menus, and the menu bars (RCDATA) whose drop-downs open their popups.
 #define IDM_ARTICLE 145

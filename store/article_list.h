@@ -25,8 +25,8 @@ struct ArticleList {
 // Takes the group's names and reads its header. Closes what was open before, without writing.
 [[nodiscard]] bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* group);
 
-// Reads the header, makes the row map for the view options and loads the page at row 0. A failure leaves the list
-// empty and closed.
+// Reads the header, makes the row map for the view options and loads the page at row 0. A failure leaves the
+// list empty and closed.
 [[nodiscard]] bool BuildArticleList(ArticleList& list, uint32_t pageSize);
 
 // Loads the page that begins at `firstRow`; past the end it is empty.

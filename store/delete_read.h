@@ -10,5 +10,6 @@
 
 // For start-up, before the index is opened: finishes a rewrite that was cut off while its files took their
 // places, which is so when the new index is whole and only the new log is left. Temporary files of any other
-// rewrite that was cut off are removed; the old files stand. Files that cannot be read now are left as they are.
+// rewrite that was cut off are removed; the old files stand. Files that cannot be read now are left as they
+// are.
 void FinishDeletion(const GroupStore& store);

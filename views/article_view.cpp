@@ -51,7 +51,7 @@ bool MakeLayout(ArticleView& view, HDC dc) {
     options.width = view.textArea.right - view.textArea.left;
     options.rowsPerPage = view.scroll.page;
     options.wholeHeader = view.showAllHeaders;
-    return LayOut(view.layout, view.text ? view.text.get() : L"", options, {FittingUnits, dc});
+    return LayOut(view.layout, view.text ? view.text.get() : L"", options, MeasureOn(dc));
 }
 
 uint32_t RowsPerPage(const ArticleView& view) {
@@ -303,6 +303,10 @@ LRESULT CALLBACK ArticleViewProcedure(HWND window, UINT message, WPARAM wParam, 
 }
 
 }  // namespace
+
+TextMeasure MeasureOn(HDC dc) {
+    return {FittingUnits, dc};
+}
 
 bool RegisterArticleViewClass(HINSTANCE instance) {
     WNDCLASSW description = {};

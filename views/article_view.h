@@ -48,6 +48,9 @@ struct ArticleAppearance {
     bool autoNext = false;
 };
 
+// Measures in the font that is selected in `dc`, which must outlive the measuring.
+TextMeasure MeasureOn(HDC dc);
+
 [[nodiscard]] bool RegisterArticleViewClass(HINSTANCE instance);
 
 // Makes the hidden window.
