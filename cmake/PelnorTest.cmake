@@ -12,8 +12,7 @@ function(pelnor_test name)
   set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR ${CMAKE_SOURCE_DIR}/tools/wine_run)
   target_compile_options(${name} PRIVATE ${PELNOR_TEST_WARNINGS})
   target_link_libraries(${name} PRIVATE
-    $<TARGET_NAME_IF_EXISTS:pelnor_resources> $<TARGET_NAME_IF_EXISTS:pelnor_test_support>
-    pelnor_core GTest::gmock GTest::gtest_main ${ARG_LIBRARIES})
+    pelnor_resources pelnor_test_support pelnor_core GTest::gmock GTest::gtest_main ${ARG_LIBRARIES})
   set(seconds 60)
   if(ARG_TIMEOUT)
     set(seconds ${ARG_TIMEOUT})

@@ -9,7 +9,4 @@ set(CMAKE_C_COMPILER arm-none-eabi-gcc)
 set(CMAKE_CXX_COMPILER arm-none-eabi-g++)
 set(CMAKE_ASM_COMPILER arm-none-eabi-gcc)
 
-set(CMAKE_CXX_FLAGS_INIT
-  "-march=armv4 -marm -mfloat-abi=soft -fshort-wchar -fno-threadsafe-statics -fno-use-cxa-atexit")
-set(CMAKE_ASM_FLAGS_INIT "-march=armv4 -marm -mfloat-abi=soft")
 set(PELNOR_WINDOWS_HEADERS /usr/share/mingw-w64/include)
