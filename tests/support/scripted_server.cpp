@@ -1,0 +1,258 @@
+#include "tests/support/scripted_server.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+// Between two pieces of a split reply: long enough for a waiting client to wake up and read the first.
+constexpr int kPieceMilliseconds = 3;
+// Before a reset: Wine reports one only to a client that waits in recv at that moment, to others the end.
+constexpr int kResetMilliseconds = 20;
+// How soon a wait notices that it is pointless.
+constexpr int kSliceMilliseconds = 5;
+
+std::string Shown(std::string_view bytes) {
+    std::string shown;
+    for (const char byte : bytes) {
+        char escaped[8];
+        const unsigned code = static_cast<unsigned char>(byte);
+        if (byte == '\r' || byte == '\n') {
+            shown += byte == '\r' ? "\\r" : "\\n";
+        } else if (std::isprint(static_cast<int>(code))) {
+            shown += byte;
+        } else {
+            std::snprintf(escaped, sizeof escaped, "\\x%02X", code);
+            shown += escaped;
+        }
+    }
+    return "\"" + shown + "\"";
+}
+
+bool ReadFault(const std::string& line, Step& step, std::vector<size_t>& pieces) {
+    std::istringstream words(line.substr(2));
+    std::string word;
+    words >> word;
+    if (word == "split") {
+        for (size_t size; words >> size;)
+            pieces.push_back(size);
+        return false;
+    }
+    if (word == "hang") step.act = Act::kHangUp;
+    if (word == "reset") step.act = Act::kReset;
+    if (word == "next") step.act = Act::kNextConnection;
+    if (word == "wait" && words >> step.milliseconds) step.act = Act::kWait;
+    if (step.act == Act::kSay) step = Hear("an unknown fault of the script: " + line);
+    return true;
+}
+
+}  // namespace
+
+Step Say(std::string bytes, std::vector<size_t> pieces) {
+    return {Act::kSay, std::move(bytes), std::move(pieces), 0};
+}
+
+Step Hear(std::string bytes) {
+    return {Act::kHear, std::move(bytes), {}, 0};
+}
+
+std::vector<Step> Script(std::string_view text) {
+    std::vector<Step> script;
+    std::vector<size_t> pieces;
+    std::istringstream lines{std::string(text)};
+    for (std::string line; std::getline(lines, line);) {
+        const std::string kind = line.substr(0, 2);
+        const bool blankFollows = line.size() == 2 || (line.size() > 2 && line[2] == ' ');
+        std::string bytes = line.size() > 3 ? line.substr(3) : std::string();
+        if (kind == "S:" || kind == "C:") bytes += "\r\n";
+        if (blankFollows && (kind == "S:" || kind == "S-")) {
+            const bool goesOn = !script.empty() && script.back().act == Act::kSay && pieces.empty();
+            if (!goesOn) script.push_back(Say("", std::exchange(pieces, {})));
+            script.back().bytes += bytes;
+        } else if (blankFollows && (kind == "C:" || kind == "C-")) {
+            script.push_back(Hear(std::move(bytes)));
+        } else if (kind == "! ") {
+            Step step;
+            if (ReadFault(line, step, pieces)) script.push_back(std::move(step));
+        } else {
+            script.push_back(Hear("a line of the script that has no form: " + line));
+        }
+    }
+    return script;
+}
+
+size_t SpokenBytes(const std::vector<Step>& script) {
+    size_t total = 0;
+    for (const Step& step : script)
+        total += step.act == Act::kSay ? step.bytes.size() : 0;
+    return total;
+}
+
+ScriptedServer::~ScriptedServer() {
+    stopping_ = true;
+    if (thread_.joinable()) thread_.join();
+}
+
+unsigned short ScriptedServer::Start() {
+    listener_ = ListenLocal(0);
+    if (!listener_.IsOpen()) {
+        Complain("the server could not listen");
+        return 0;
+    }
+    const unsigned short port = LocalPort(listener_);
+    thread_ = std::thread([this] { Run(); });
+    return port;
+}
+
+std::vector<std::string> ScriptedServer::Finish() {
+    finishing_ = true;
+    if (thread_.joinable()) thread_.join();
+    return complaints_;
+}
+
+void ScriptedServer::Run() {
+    bool going = Accept() && SayBytes("");
+    while (going && next_ < script_.size()) {
+        going = Play(script_[next_]);
+        if (going) ++next_;
+    }
+    if (going) {
+        AwaitEnd();
+    } else if (faultDone_) {
+        Drain();
+    } else {
+        for (; next_ < script_.size(); ++next_) {
+            if (script_[next_].act == Act::kHear) Complain("unused: " + Shown(script_[next_].bytes));
+        }
+        // A client that went astray must not wait for an answer that will never come.
+        ResetConnection(client_);
+    }
+    client_.Close();
+    listener_.Close();
+}
+
+bool ScriptedServer::Play(const Step& step) {
+    switch (step.act) {
+        case Act::kSay:
+            return SayPieces(step);
+        case Act::kHear:
+            return HearBytes(step.bytes);
+        case Act::kHangUp:
+            EndSending(client_);
+            return true;
+        case Act::kReset:
+            BreakConnection();
+            return true;
+        case Act::kWait:
+            std::this_thread::sleep_for(std::chrono::milliseconds(step.milliseconds));
+            return true;
+        case Act::kNextConnection:
+            return AwaitEnd() && Accept();
+    }
+    return false;
+}
+
+bool ScriptedServer::Accept() {
+    if (!AwaitReadable(listener_, finishing_)) {
+        Complain("the client did not connect");
+        return false;
+    }
+    client_ = AcceptClient(listener_);
+    return client_.IsOpen();
+}
+
+bool ScriptedServer::SayPieces(const Step& step) {
+    std::string_view rest = step.bytes;
+    for (const size_t size : step.pieces) {
+        const std::string_view piece = rest.substr(0, size);
+        rest.remove_prefix(piece.size());
+        if (!SayBytes(piece)) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(kPieceMilliseconds));
+    }
+    return SayBytes(rest);
+}
+
+bool ScriptedServer::SayBytes(std::string_view bytes) {
+    const size_t faultAt = std::min(hangUpAfter_, resetAfter_);
+    if (faultAt > said_ + bytes.size()) return SayUpToFault(bytes);
+    if (!SayUpToFault(bytes.substr(0, faultAt - said_))) return false;
+    faultDone_ = true;
+    if (resetAfter_ <= hangUpAfter_) {
+        BreakConnection();
+    } else {
+        EndSending(client_);
+    }
+    return false;
+}
+
+bool ScriptedServer::SayUpToFault(std::string_view bytes) {
+    size_t before = 0;
+    if (cutAt_ > said_ && cutAt_ <= said_ + bytes.size()) {
+        // An urgent byte does not show in the stream, but no recv goes past the place where it stood.
+        before = cutAt_ - said_;
+        if (!SendAll(client_, bytes.substr(0, before)) || send(client_.Get(), "!", 1, MSG_OOB) != 1) {
+            Complain("the client closed during a reply");
+            return false;
+        }
+    }
+    said_ += bytes.size();
+    if (SendAll(client_, bytes.substr(before))) return true;
+    Complain("the client closed before " + Shown(bytes));
+    return false;
+}
+
+void ScriptedServer::BreakConnection() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(kResetMilliseconds));
+    ResetConnection(client_);
+}
+
+bool ScriptedServer::HearBytes(const std::string& expected) {
+    std::string heard;
+    bool open = true;
+    while (open && heard.size() < expected.size() && expected.compare(0, heard.size(), heard) == 0) {
+        if (!AwaitReadable(client_, stopping_)) break;
+        open = Receive(client_, expected.size() - heard.size(), heard);
+    }
+    received_ += heard;
+    if (heard == expected) return true;
+    Complain("expected " + Shown(expected) + ", got " + Shown(heard) + (open ? "" : " and the end"));
+    ++next_;
+    return false;
+}
+
+// The client owes nothing more but to close.
+bool ScriptedServer::AwaitEnd() {
+    const size_t before = received_.size();
+    bool open = client_.IsOpen();
+    while (open && AwaitReadable(client_, stopping_))
+        open = Receive(client_, 4096, received_);
+    if (received_.size() != before) Complain("after the end: " + Shown(received_.substr(before)));
+    if (open) Complain("the client did not close the connection");
+    client_.Close();
+    return !open && received_.size() == before;
+}
+
+void ScriptedServer::Drain() {
+    while (client_.IsOpen() && AwaitReadable(client_, stopping_)) {
+        if (!Receive(client_, 4096, received_)) client_.Close();
+    }
+    if (client_.IsOpen()) Complain("the client did not close the connection that the server ended");
+}
+
+bool ScriptedServer::AwaitReadable(const Socket& socket, const std::atomic<bool>& noLonger) {
+    if (!socket.IsOpen()) return false;
+    const auto end = std::chrono::steady_clock::now() + limit_;
+    for (;;) {
+        // Asked before the look: what came while the flag was still clear is not missed.
+        const bool lastLook = noLonger || stopping_ || std::chrono::steady_clock::now() >= end;
+        if (WaitReadable(socket, lastLook ? 0 : kSliceMilliseconds)) return true;
+        if (lastLook) return false;
+    }
+}
+
+void ScriptedServer::Complain(std::string text) {
+    complaints_.push_back(std::move(text));
+}
