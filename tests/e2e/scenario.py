@@ -1,0 +1,79 @@
+"""What the end-to-end tests share. Each test_*.py is run as: python3 test_x.py BUILD PROGRAM DRIVE, where BUILD is
+the build folder and the other two are pelnor.exe and drive.exe."""
+
+import signal
+import sys
+import unittest
+
+import inn
+import program
+import relay
+
+DONE = ("Disconnect", "ダウンロードが終了しました。")
+
+
+class Scenario(unittest.TestCase):
+    """One news server and one bench for all tests of a class; a data folder and programs for each test."""
+    groups = ()  # newsgroups that the server has
+    logins = None  # pairs of user and password, when it asks for them
+
+    @classmethod
+    def setUpClass(cls):
+        build, executable, drive = cls.arguments
+        cls.bench = program.Bench(build, executable, drive)
+        cls.addClassCleanup(cls.bench.close)
+        cls.server = inn.NewsServer(cls.bench.build / "inn", cls.groups, cls.logins)
+        cls.addClassCleanup(cls.server.stop)
+
+    def setUp(self):
+        self.failure = "failed_" + self._testMethodName
+        (self.bench.screens / f"{self.failure}.png").unlink(missing_ok=True)
+        self.relay = self.enterContext(relay.Relay(self.server.port))
+
+    def tearDown(self):
+        result = self._outcome.result
+        if any(test is self for test, _ in result.failures + result.errors):
+            self.bench.picture(self.failure)
+
+    def folder(self, groups, limit=1000, **settings):
+        """A data folder subscribed to `groups`, with settings that lead to the server through self.relay."""
+        folder = program.DataFolder(self.bench, groups, self.relay.port, limit, **settings)
+        self.addCleanup(folder.remove)
+        return folder
+
+    def start(self):
+        started = program.Program(self.bench)
+        self.addCleanup(started.end)
+        return started
+
+    def expect_run(self, groups, limit=1000):
+        """Takes the oracle's groups through a run."""
+        with self.server.reader() as client:
+            for group in groups:
+                group.run(client, limit)
+
+    def assert_rows(self, running, groups):
+        expected = [group.row() for group in groups]
+        self.assertEqual(running.wait_rows(expected), expected)
+
+    def assert_files(self, folder, group, why=""):
+        self.assert_bytes(folder.read(group.name + ".log"), group.log, f"{group.name}.log {why}")
+        self.assert_bytes(folder.read(group.name + ".idx"), group.index(), f"{group.name}.idx {why}", 100, 92)
+
+    def assert_bytes(self, found, expected, name, header=0, record=0):
+        if found == expected:
+            return
+        at = next((i for i, pair in enumerate(zip(found, expected)) if pair[0] != pair[1]),
+                  min(len(found), len(expected)))
+        place = f"byte {at} of {len(found)} (expected {len(expected)})"
+        if record and at >= header:
+            place += f": record {(at - header) // record}, offset {(at - header) % record}"
+        around = slice(max(at - 40, 0), at + 60)
+        self.fail(f"{name} differs at {place}\n found    {found[around]!r}\n expected {expected[around]!r}")
+
+
+def main():
+    Scenario.arguments = sys.argv[1:4]
+    del sys.argv[1:4]
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended by a signal"))
+    unittest.main(verbosity=2)

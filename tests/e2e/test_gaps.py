@@ -1,0 +1,46 @@
+"""Numbers that the server has no article for, and a group that it does not have."""
+
+import corpus
+import scenario
+from oracle import Group
+
+GAPS, PLAIN, ABSENT = "fj.gaps", "fj.plain", "fj.absent"
+
+
+class Gaps(scenario.Scenario):
+    groups = (GAPS, PLAIN)
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.server.feed(corpus.articles(GAPS, 12) + corpus.articles(PLAIN, 3))
+        for number in (1, 5, 6, 12):
+            cls.server.remove(GAPS, number)
+
+    def test_missing_articles_are_skipped_and_do_not_count(self):
+        group, folder = Group(GAPS), self.folder([GAPS], limit=5)
+        running = self.start()
+        for numbers in ([2, 3, 4, 7, 8], [9, 10, 11], []):
+            before = len(group.records)
+            self.expect_run([group], 5)
+            self.assertEqual([record.number for record in group.records[before:]], numbers)
+            running.key(running.group_list(), ord("I"))
+            self.assertEqual(running.finish_run(), scenario.DONE)
+            self.assert_rows(running, [group])
+            self.assert_files(folder, group)
+
+    def test_a_group_that_the_server_does_not_have_stops_no_other(self):
+        absent, plain = Group(ABSENT), Group(PLAIN)
+        self.expect_run([absent, plain])
+        folder = self.folder([ABSENT, PLAIN, "fj.absent.too"])
+        running = self.start()
+        self.assertEqual(running.get_articles(), scenario.DONE)
+        self.assert_rows(running, [absent, plain, Group("fj.absent.too")])
+        self.assert_files(folder, plain)
+        # Nothing is known of it yet, and nothing was made up.
+        self.assertEqual(folder.read(ABSENT + ".idx"), absent.index())
+        self.assertEqual(self.relay.sent[-1], "QUIT")
+
+
+if __name__ == "__main__":
+    scenario.main()
