@@ -1,0 +1,295 @@
+// The run on its worker thread: the job, the progress dialog and the password prompt, on real windows.
+#include "nntp/download_job.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "nntp/password_prompt.h"
+#include "resources/resource.h"
+#include "tests/nntp/session_run.h"
+#include "text/convert.h"
+
+namespace {
+
+using namespace std::string_literals;
+using testing::IsEmpty;
+
+constexpr UINT kTimerPeriod = 10;
+constexpr DWORD kPatience = 10000;  // milliseconds
+
+// A window that takes the run-finished message as the frame does.
+class MainWindow {
+  public:
+    MainWindow() {
+        WNDCLASSW windowClass = {};
+        windowClass.lpfnWndProc = Procedure;
+        windowClass.hInstance = GetModuleHandleW(nullptr);
+        windowClass.lpszClassName = L"PelnorJobTest";
+        RegisterClassW(&windowClass);
+        window_ = CreateWindowExW(0, L"PelnorJobTest", L"", WS_POPUP | WS_VISIBLE, 0, 0, 240, 240, nullptr,
+                                  nullptr, windowClass.hInstance, nullptr);
+        EXPECT_NE(window_, nullptr);
+        finished = nullptr;
+        count = 0;
+    }
+    ~MainWindow() { DestroyWindow(window_); }
+
+    HWND Window() const { return window_; }
+
+    // Dispatches messages until the worker's last act.
+    void AwaitFinish() const {
+        const DWORD start = GetTickCount();
+        MSG message;
+        while (!finished && GetTickCount() - start < kPatience) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+                DispatchMessageW(&message);
+        }
+        EXPECT_EQ(count, 1) << "run-finished messages";
+    }
+
+    static inline DownloadJob* finished = nullptr;
+    static inline int count = 0;
+
+  private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message != kRunFinishedMessage) return DefWindowProcW(window, message, wParam, lParam);
+        finished = reinterpret_cast<DownloadJob*>(lParam);
+        ++count;
+        return 0;
+    }
+
+    HWND window_;
+};
+
+// What the worker makes the progress dialog show, an entry a line, written down before it gets there.
+std::string shown;
+HWND progressDialog = nullptr;
+bool escapeAtStart = false;  // the user closes the dialog as the first group begins
+
+std::string DescribeProgress(const CWPSTRUCT& sent) {
+    const int id = GetDlgCtrlID(sent.hwnd);
+    if (id == IDC_PROGRESS_GROUP && sent.message == WM_SETTEXT) {
+        return "group " + Sjis(reinterpret_cast<const wchar_t*>(sent.lParam)) + "\n";
+    }
+    if (id != IDC_PROGRESS_BAR) return "";
+    if (sent.message == PBM_SETRANGE) {
+        return "range " + std::to_string(LOWORD(sent.lParam)) + ".." + std::to_string(HIWORD(sent.lParam)) +
+               "\n";
+    }
+    if (sent.message == PBM_SETPOS) return "position " + std::to_string(sent.wParam) + "\n";
+    return sent.message == PBM_DELTAPOS ? "step " + std::to_string(sent.wParam) + "\n" : "";
+}
+
+LRESULT CALLBACK WatchProgress(int code, WPARAM wParam, LPARAM lParam) {
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+    const std::string what = DescribeProgress(sent);
+    if (!what.empty()) {
+        shown += what;
+        progressDialog = GetParent(sent.hwnd);
+    }
+    if (escapeAtStart && sent.message == PBM_SETRANGE) {
+        escapeAtStart = false;
+        SendMessageW(progressDialog, WM_COMMAND, IDCANCEL, 0);
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+struct RunFiles {
+    TempFolder folder;
+    HiddenList list{{L"fj.test"}};
+    Settings settings;
+
+    explicit RunFiles(unsigned short port) {
+        InitSettings(settings);
+        CopyCut(settings.Server, kServerSize, L"127.0.0.1");
+        CopyCut(settings.DataPath, kDataPathSize, folder.Path().c_str());
+        settings.Port = port;
+        settings.Limit = 3;
+        folder.Write(L"fj.test.idx", HeaderBytes({4, 0, 0, L""}));
+    }
+};
+
+constexpr char kLogin[] =
+    "S: 200 ready\n"
+    "C: authinfo user taro\n"
+    "S: 381 more\n"
+    "C: authinfo pass secret\n"
+    "S: 281 ok\n"
+    "C: GROUP fj.test\n";
+
+std::string ArticleScript(int number) {
+    const std::string n = std::to_string(number);
+    return "C: HEAD " + n + "\nS: 221\nS: Subject: s\nS: .\nC: BODY " + n + "\nS: 222\nS: text\nS: .\n";
+}
+
+struct JobCase {
+    const char* sentence;
+    std::string script;  // after the login
+    const wchar_t* text;
+    uint32_t severity;
+    const char* shown;
+    bool escape = false;
+    bool noDialog = false;
+};
+
+const std::string kTwo = "S: 211 9 5 6 fj.test\n" + ArticleScript(5) + ArticleScript(6);
+const std::string kMany = "S: 211 9 3 10 fj.test\n" + ArticleScript(5) + ArticleScript(6) + ArticleScript(7);
+constexpr wchar_t kFetched[] = L"2件の記事を取得しました。";
+constexpr wchar_t kLimited[] = L"制限数の3件の記事を取得しました。サーバには未取得の記事が残っています。";
+
+const JobCase kJobs[] = {
+    {"the bar ends one short of the range", kTwo, kFetched, 0,
+     "group fj.test\nrange 0..1\nposition 0\nstep 1\nstep 1\n"},
+    {"the bar ends at the limit", kMany, kLimited, 0,
+     "group fj.test\nrange 0..3\nposition 0\nstep 1\nstep 1\nstep 1\n"},
+    {"an error ends the dialog too", "! hang up\n", L"受信に失敗しました(38).", 2, ""},
+    {"the run outlives a dialog that Esc closes", kTwo, kFetched, 0, "group fj.test\nrange 0..1\n", true},
+    {"the run does without a dialog that cannot be made", kTwo, kFetched, 0, "", false, true},
+};
+
+TEST(DownloadJob, RunsOnItsThreadWhileTheDialogStands) {
+    const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, WatchProgress, nullptr, GetCurrentThreadId());
+    for (const JobCase& row : kJobs) {
+        SCOPED_TRACE(row.sentence);
+        const MainWindow frame;
+        shown.clear();
+        progressDialog = nullptr;
+        escapeAtStart = row.escape;
+        ScriptedServer server(Script(kLogin + row.script + "C: QUIT\n"));
+        RunFiles files(server.Start());
+        files.settings.UserID = CopyText("taro");
+        std::unique_ptr<DownloadJob> job =
+            MakeDownloadJob(files.settings, files.list.Window(), frame.Window(), CopyText("secret"));
+        ASSERT_TRUE(job);
+        files.settings = Settings();  // what the user changes now is not this run's
+        ASSERT_TRUE(StartDownloadWorker(*job));
+        const wchar_t* module = row.noDialog ? L"ws2_32.dll" : nullptr;
+        RunProgressDialog(job->progress, GetModuleHandleW(module), frame.Window());
+        EXPECT_TRUE(IsWindowEnabled(frame.Window())) << "the dialog is gone";
+        EXPECT_FALSE(IsWindow(progressDialog));
+        frame.AwaitFinish();
+        EXPECT_EQ(frame.finished, job.get());
+        EXPECT_EQ(job->progress.dialog, nullptr);
+        EXPECT_EQ(job->result->text, std::wstring(row.text));
+        EXPECT_EQ(job->result->severity, row.severity);
+        EXPECT_EQ(shown, row.shown);
+        EXPECT_THAT(server.Finish(), IsEmpty());
+        if (!frame.finished) (void)job.release();  // a worker that hangs may still use it
+    }
+    UnhookWindowsHookEx(hook);
+}
+
+struct MakeCase {
+    const char* sentence;
+    const char* user;
+    const char* stored;
+    const char* typed;
+    const char* password;
+};
+
+const MakeCase kMakes[] = {
+    {"no login", nullptr, nullptr, nullptr, nullptr},
+    {"the stored password goes before a typed one", "taro", "stored", "typed", "stored"},
+    {"the typed password where none is stored", "taro", nullptr, "typed", "typed"},
+    {"a stored empty password is one", "taro", "", "typed", ""},
+};
+
+std::string TextOf(const NarrowText& text) {
+    return text ? text.get() : "(none)";
+}
+
+TEST(DownloadJob, CopiesWhatItNeeds) {
+    for (const MakeCase& row : kMakes) {
+        SCOPED_TRACE(row.sentence);
+        RunFiles files(119);
+        if (row.user) files.settings.UserID = CopyText(row.user);
+        if (row.stored) files.settings.Password = CopyText(row.stored);
+        NarrowText typed = row.typed ? CopyText(row.typed) : nullptr;
+        const HWND list = files.list.Window();
+        const HWND main = GetDesktopWindow();
+        const std::unique_ptr<DownloadJob> job =
+            MakeDownloadJob(files.settings, list, main, std::move(typed));
+        ASSERT_TRUE(job);
+        files.settings = Settings();
+        EXPECT_EQ(job->server, L"127.0.0.1"s);
+        EXPECT_EQ(job->folder, files.folder.Path());
+        EXPECT_EQ(job->port, 119);
+        EXPECT_EQ(job->limit, 3u);
+        EXPECT_EQ(job->cursor->list, list);
+        EXPECT_EQ(job->mainWindow, main);
+        EXPECT_EQ(job->result->text, L""s);
+        EXPECT_EQ(job->result->severity, kInformation);
+        EXPECT_EQ(TextOf(job->user), row.user ? row.user : "(none)");
+        EXPECT_EQ(TextOf(job->password), row.password ? row.password : "(none)");
+    }
+}
+
+// Done once, in the first dialog of this thread, when it stands on the screen.
+std::function<void(HWND)> actInDialog;
+
+BOOL CALLBACK FindDialog(HWND window, LPARAM found) {
+    wchar_t name[16] = {};
+    GetClassNameW(window, name, 16);
+    if (name != L"#32770"s || !IsWindowVisible(window)) return TRUE;
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+void CALLBACK ActWhenShown(HWND, UINT, UINT_PTR timer, DWORD) {
+    HWND dialog = nullptr;
+    EnumThreadWindows(GetCurrentThreadId(), FindDialog, reinterpret_cast<LPARAM>(&dialog));
+    if (!dialog) return;
+    KillTimer(nullptr, timer);
+    actInDialog(dialog);
+}
+
+struct PromptCase {
+    const char* sentence;
+    const char* user;
+    const wchar_t* shownUser;
+    std::wstring typed;
+    WPARAM button;
+    std::string password;  // "(none)" when nothing is handed on
+};
+
+const PromptCase kPrompts[] = {
+    {"OK hands on what was typed", "taro", L"taro", L"pass word", IDOK, "pass word"},
+    {"Cancel hands on nothing", "taro", L"taro", L"secret", IDCANCEL, "(none)"},
+    {"Japanese comes and goes as Shift_JIS", "\x8e\x52\x93\x63", L"山田", L"テスト", IDOK,
+     "\x83\x65\x83\x58\x83\x67"},
+    {"a password is cut to the field's size", "taro", L"taro", std::wstring(400, L'p'), IDOK,
+     std::string(259, 'p')},
+};
+
+TEST(PasswordPrompt, AsksForThePassword) {
+    const HINSTANCE instance = GetModuleHandleW(nullptr);
+    for (const PromptCase& row : kPrompts) {
+        SCOPED_TRACE(row.sentence);
+        const MainWindow frame;
+        std::wstring shownUser;
+        bool focused = false;
+        bool masked = false;
+        actInDialog = [&](HWND dialog) {
+            const HWND edit = GetDlgItem(dialog, IDC_PASSWORD_EDIT);
+            wchar_t text[64] = {};
+            GetDlgItemTextW(dialog, IDC_PASSWORD_USER, text, 64);
+            shownUser = text;
+            focused = GetFocus() == edit;
+            masked = (GetWindowLongW(edit, GWL_STYLE) & ES_PASSWORD) != 0;
+            SetWindowTextW(edit, row.typed.c_str());
+            PostMessageW(dialog, WM_COMMAND, row.button, 0);
+        };
+        SetTimer(nullptr, 0, kTimerPeriod, ActWhenShown);
+        NarrowText password;
+        EXPECT_EQ(RunPasswordPrompt(instance, frame.Window(), row.user, password),
+                  static_cast<INT_PTR>(row.button));
+        EXPECT_EQ(shownUser, row.shownUser);
+        EXPECT_TRUE(focused) << "the password has the focus";
+        EXPECT_TRUE(masked);
+        EXPECT_EQ(TextOf(password), row.password);
+    }
+}
+
+}  // namespace

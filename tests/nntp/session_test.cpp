@@ -1,0 +1,442 @@
+// What a run says, stores and leaves as its outcome, reply by reply.
+#include <gmock/gmock.h>
+
+#include "tests/nntp/session_run.h"
+
+#include "store/file.h"
+
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+const std::string kReady = "S: 200 ready\n";
+const std::string kGroup = "C: GROUP fj.test\n";
+constexpr wchar_t kName[] = L"fj.test";
+
+std::string Enter(int first, int last) {
+    const std::string range = std::to_string(first) + " " + std::to_string(last);
+    return kReady + kGroup + "S: 211 9 " + range + " fj.test\n";
+}
+std::string Head(int n, const std::string& lines = "S: Subject: s\n") {
+    return "C: HEAD " + std::to_string(n) + "\nS: 221 head\n" + lines + "S: .\n";
+}
+std::string Body(int n, const std::string& lines = "S: text\n") {
+    return "C: BODY " + std::to_string(n) + "\nS: 222 body\n" + lines + "S: .\n";
+}
+std::string Article(int n) {
+    return Head(n) + Body(n);
+}
+std::string NoHead(int n) {
+    return "C: HEAD " + std::to_string(n) + "\nS: 423 none\n";
+}
+std::string NoBody(int n) {
+    return Head(n) + "C: BODY " + std::to_string(n) + "\nS: 423 none\n";
+}
+std::string Stored(const std::string& head, int n, const std::string& body) {
+    return head + "X-Local-Seq: " + std::to_string(n) + "\r\n\r\n" + body + "================\r\n";
+}
+std::string StoredArticle(int n) {
+    return Stored("Subject: s\r\n", n, "text\r\n");
+}
+
+struct LoginCase {
+    const char* sentence;
+    const char* user;
+    const char* password;
+    std::string script;
+    const wchar_t* title = L"";  // empty: the run succeeds
+    const wchar_t* text = L"";
+    DWORD error = 0;  // 0: of no interest
+};
+
+const std::string kUser = kReady + "C: authinfo user taro\n";
+const std::string kPassword = kUser + "S: 381 more\nC: authinfo pass Secret 1\n";
+const std::string kOverLong(4081, 'u');
+const std::string kJustFits(4080, 'u');
+constexpr wchar_t kHost[] = L"127.0.0.1";
+constexpr wchar_t kNoAnswer[] = L"サーバからの応答がありません";
+constexpr wchar_t kWrongUser[] = L"ユーザ名が不正です";
+constexpr wchar_t kWrongPassword[] = L"パスワードが不正です";
+constexpr wchar_t kReceive38[] = L"受信に失敗しました(38).";
+constexpr wchar_t kSend234[] = L"送信に失敗しました(234).";
+
+const LoginCase kLogins[] = {
+    {"posting may be forbidden", nullptr, nullptr, "S: 201 no posting\n"},
+    {"the right login", "taro", "Secret 1", kPassword + "S: 281 ok\n"},
+    {"a user without a password does not log in", "taro", nullptr, kReady},
+    {"a password without a user does not log in", nullptr, "Secret 1", kReady},
+    {"an empty password is one", "taro", "", kUser + "S: 381 more\nC: authinfo pass \nS: 281 ok\n"},
+    {"the greeting refuses", nullptr, nullptr, "S: 502 go away\n", L"接続を拒否されました",
+     L"502 go away\r\n"},
+    {"no greeting", nullptr, nullptr, "! hang up\n", kHost, kNoAnswer, 38},
+    {"the connection breaks before the greeting", nullptr, nullptr, "! reset\n", kHost, kNoAnswer, 13},
+    {"a user accepted without a password counts as wrong", "taro", "p", kUser + "S: 281 hello\n", kWrongUser,
+     L"281 hello\r\n"},
+    {"a wrong user", "taro", "p", kUser + "S: 481 who?\n", kWrongUser, L"481 who?\r\n"},
+    {"a wrong password", "taro", "Secret 1", kPassword + "S: 482 no\n", kWrongPassword, L"482 no\r\n"},
+    {"more is asked after the password", "taro", "Secret 1", kPassword + "S: 381 again\n", kWrongPassword,
+     L"381 again\r\n"},
+    {"the server ends after the user", "taro", "p", kUser + "! hang up\n", L"PELNOR", kReceive38, 38},
+    {"the server ends after the password", "taro", "Secret 1", kPassword + "! hang up\n", L"Socket Error",
+     kReceive38, 38},
+    {"the longest user", kJustFits.c_str(), "p", kReady + "C: authinfo user " + kJustFits + "\nS: 481 no\n",
+     kWrongUser, L"481 no\r\n"},
+    {"a user too long to send", kOverLong.c_str(), "p", kReady, L"PELNOR", kSend234, 234},
+    {"a password too long to send", "taro", kOverLong.c_str(), kUser + "S: 381 more\n", L"Socket Error",
+     kSend234, 234},
+};
+
+TEST(Session, GreetsAndLogsIn) {
+    SessionRun run;
+    for (const LoginCase& row : kLogins) {
+        SCOPED_TRACE(row.sentence);
+        run.user = row.user;
+        run.password = row.password;
+        run.Run(row.script);
+        EXPECT_EQ(run.result.title, std::wstring(row.title));
+        EXPECT_EQ(run.result.text, std::wstring(row.text));
+        EXPECT_EQ(run.result.severity, *row.title ? kError : kInformation);
+        if (row.error) {
+            EXPECT_EQ(run.error, row.error);
+        }
+    }
+}
+
+TEST(Session, TellsThatNoServerIsThere) {
+    SessionRun run;
+    Socket listener = ListenLocal(0);
+    const unsigned short port = LocalPort(listener);
+    listener.Close();
+    const std::wstring unknown = std::wstring(64, L'x') + L".invalid";
+    for (const std::wstring& host : {std::wstring(kHost), unknown}) {
+        run.RunAt(host.c_str(), port);
+        EXPECT_EQ(run.result.title, host);
+        EXPECT_EQ(run.result.text, L"サーバに接続できませんでした"s);
+        EXPECT_EQ(run.result.severity, kError);
+        EXPECT_NE(run.error, 0u);
+    }
+}
+
+struct GroupCase {
+    const char* sentence;
+    uint32_t lastFetched;
+    uint32_t limit;
+    std::string script;
+    const wchar_t* text;
+    // Of the header afterwards.
+    uint32_t newLastFetched;
+    uint32_t serverLast;
+    uint32_t records;
+    std::string log = "";  // empty: of no interest
+};
+
+const std::string kStart = Enter(5, 6);
+const std::string kLong(1023, 'x');
+const std::string kLongestLine(1022, 'x');
+constexpr wchar_t kFetched0[] = L"0件の記事を取得しました。";
+constexpr wchar_t kFetched1[] = L"1件の記事を取得しました。";
+constexpr wchar_t kFetched2[] = L"2件の記事を取得しました。";
+constexpr wchar_t kNothingNew[] = L"新規記事はありませんでした";
+constexpr wchar_t kLimit0[] = L"制限数の0件の記事を取得しました。サーバには未取得の記事が残っています。";
+constexpr wchar_t kLimit1[] = L"制限数の1件の記事を取得しました。サーバには未取得の記事が残っています。";
+constexpr wchar_t kLimit2[] = L"制限数の2件の記事を取得しました。サーバには未取得の記事が残っています。";
+
+const GroupCase kGroups[] = {
+    {"a new group starts at the server's first article", 0, 9, kStart + Article(5) + Article(6), kFetched2, 6,
+     6, 2, StoredArticle(5) + StoredArticle(6)},
+    {"only what is new is fetched", 5, 9, kStart + Article(6), kFetched1, 6, 6, 1, StoredArticle(6)},
+    {"expired articles are passed over", 2, 9, kStart + Article(5) + Article(6), kFetched2, 6, 6, 2},
+    {"nothing is new", 6, 9, kStart, kNothingNew, 6, 6, 0},
+    {"a server that was set up anew counts lower", 900, 9, kStart, kNothingNew, 6, 6, 0},
+    {"after catch-up only the position is recorded", 0xFFFFFFFF, 9, kStart, kNothingNew, 6, 6, 0},
+    {"an empty group", 0, 9, Enter(0, 0), kNothingNew, 0, 0, 0},
+    {"the limit leaves the rest for the next run", 0, 2, Enter(3, 7) + Article(3) + Article(4), kLimit2, 4, 7,
+     2},
+    {"a limit that the range just reaches", 0, 2, kStart + Article(5) + Article(6), kFetched2, 6, 6, 2},
+    {"a limit of 0 fetches nothing", 4, 0, kStart, kLimit0, 4, 6, 0},
+    {"missing heads are passed over", 0, 9, Enter(5, 7) + NoHead(5) + Article(6) + NoHead(7), kFetched1, 7, 7,
+     1, StoredArticle(6)},
+    {"missing articles do not count for the limit", 0, 1, Enter(5, 8) + NoHead(5) + NoBody(6) + Article(7),
+     kLimit1, 7, 8, 1},
+    {"an article without a body gets no record", 0, 9, kStart + NoBody(5) + Article(6), kFetched1, 6, 6, 1},
+    {"no article is there any more", 0, 9, kStart + NoHead(5) + NoHead(6), kFetched0, 6, 6, 0},
+    {"the longest body line", 5, 9, kStart + Head(6) + Body(6, "S: " + kLongestLine + "\n"), kFetched1, 6, 6,
+     1, Stored("Subject: s\r\n", 6, kLongestLine + "\r\n")},
+    {"the next reply is in step after a body broken by a 0 byte", 0, 9,
+     kStart + Head(5) + Body(5, "S: a\nS: b\0.\nS: .c\nS: d\0\nS: ..\nS: e\n"s) + Article(6), kFetched2, 6, 6,
+     2, Stored("Subject: s\r\n", 5, "a\r\n") + StoredArticle(6)},
+    {"a 0 byte before what looks like the end", 5, 9, kStart + Head(6) + Body(6, "S: a\nS: \0.\nS: b\n"s),
+     kFetched1, 6, 6, 1, Stored("Subject: s\r\n", 6, "a\r\n")},
+};
+
+TEST(Download, RecordsHowFarItGot) {
+    for (const GroupCase& row : kGroups) {
+        SCOPED_TRACE(row.sentence);
+        SessionRun run;
+        run.groups = {kName};
+        run.limit = row.limit;
+        run.PutIndex(kName, row.lastFetched, 3);
+        run.Run(row.script);
+        EXPECT_EQ(run.result.title, L""s);
+        EXPECT_EQ(run.result.text, std::wstring(row.text));
+        EXPECT_EQ(run.result.severity, kInformation);
+        EXPECT_EQ(run.progress.stepCount, row.records);
+        const std::string header = HeaderBytes({row.newLastFetched, row.serverLast, row.records, row.text});
+        EXPECT_EQ(run.Index(kName).substr(0, 100), header);
+        if (!row.log.empty()) {
+            EXPECT_EQ(run.Log(kName), row.log);
+        }
+    }
+}
+
+struct FailureCase {
+    const char* sentence;
+    std::string script;
+    const wchar_t* title;
+    const wchar_t* text;
+    uint32_t severity;
+};
+
+constexpr wchar_t kIncomplete234[] = L"受信が正常に終了しませんでした(234).";
+
+const FailureCase kFailures[] = {
+    {"an unknown group", kReady + kGroup + "S: 411 no such group\n", kName,
+     L"グループへ移動できませんでした : 411 no such group", 1},
+    {"a group reply that cannot be read", kReady + kGroup + "S: 211 2 five 6 fj.test\n", kName,
+     L"予期せぬ文字列が返りました : 211 2 five 6 fj.test\r\n", 1},
+    {"the connection breaks at GROUP", kReady + kGroup + "! reset\n", L"Socket ERROR",
+     L"受信に失敗しました(13).", 2},
+    {"the connection breaks inside a head", kStart + "C: HEAD 5\nS: 221\n! reset\n", kName,
+     L"受信が正常に終了しませんでした(13).", 2},
+    {"the server ends in the second article", kStart + Article(5) + "C: HEAD 6\n! hang up\n", kName,
+     kReceive38, 2},
+    {"the server ends inside a body broken by a 0 byte",
+     kStart + Head(5) + "C: BODY 5\nS: 222\nS: a\0b\n! hang up\n"s, kName,
+     L"受信が正常に終了しませんでした(38).", 2},
+    {"a status line too long", kStart + "C: HEAD 5\nS: " + kLong + "\n", kName, L"受信に失敗しました(234).",
+     2},
+    {"a header line too long, though it would be dropped", kStart + Head(5, "S: " + kLong + "\n"), kName,
+     kIncomplete234, 2},
+    {"a body line too long", kStart + Head(5) + Body(5, "S: " + kLong + "\n"), kName, kIncomplete234, 2},
+    {"a 0 byte in a status line", kStart + "C: HEAD 5\nS: 22\0\n"s, kName, L"受信に失敗しました(0).", 2},
+    {"a 0 byte in a head", kStart + Head(5, "S: Subject: a\0b\n"s), kName,
+     L"受信が正常に終了しませんでした(0).", 2},
+};
+
+// The next run must fetch the same articles again.
+TEST(Download, LeavesTheHeaderAsItWasWhenItFails) {
+    for (const FailureCase& row : kFailures) {
+        SCOPED_TRACE(row.sentence);
+        SessionRun run;
+        run.groups = {kName};
+        run.PutIndex(kName, 4, 3);
+        run.Run(row.script);
+        EXPECT_EQ(run.result.title, std::wstring(row.title));
+        EXPECT_EQ(run.result.text, std::wstring(row.text));
+        EXPECT_EQ(run.result.severity, row.severity);
+        EXPECT_EQ(run.Index(kName).substr(0, 100), HeaderBytes({4, 3, 0, L""}));
+    }
+}
+
+struct ContentCase {
+    const char* sentence;
+    std::string head;  // as the server sends it
+    std::string body;
+    std::string storedHead;
+    std::string storedBody;
+};
+
+const ContentCase kContents[] = {
+    {"only six kinds of header lines are kept, in their order",
+     "Path: p\r\nReferences: <r>\r\nMessage-ID: <m>\r\nLines: 1\r\nDate: d\r\nNewsgroups: n\r\nFrom: f\r\n"
+     "Subject: s\r\nXref: x\r\n",
+     "", "References: <r>\r\nMessage-ID: <m>\r\nDate: d\r\nNewsgroups: n\r\nFrom: f\r\nSubject: s\r\n", ""},
+    {"names count only as they are spelled", "subject: s\r\nSUBJECT: s\r\nMessage-Id: <m>\r\nX-From: f\r\n",
+     "", "", ""},
+    {"a folded line is joined", "References: <a>\r\n <b>\r\n\t \t<c>\r\nFrom: f\r\n", "",
+     "References: <a><b><c>\r\nFrom: f\r\n", ""},
+    {"the continuation of a dropped line is dropped", "From: f\r\nPath: p\r\n\tq\r\nSubject: s\r\n", "",
+     "From: f\r\nSubject: s\r\n", ""},
+    {"a continuation before any line is dropped", " lost\r\nFrom: f\r\n", "", "From: f\r\n", ""},
+    {"encoded words are decoded, on continuations too",
+     "Subject: =?iso-2022-jp?B?GyRCJUYlOSVIGyhC?= a\r\n =?ISO-2022-JP?B?GyRCRnxLXBsoQg==?=\r\n", "",
+     "Subject: \x83\x65\x83\x58\x83\x67 a\x93\xfa\x96\x7b\r\n", ""},
+    {"a raw ISO-2022-JP header is converted", "Subject: \x1b$B%F%9%H\x1b(B\r\n", "",
+     "Subject: \x83\x65\x83\x58\x83\x67\r\n", ""},
+    {"a broken encoded word keeps the line's end", "Subject: a =?iso-2022-jp?B?GyRCJUYl\r\nFrom: f\r\n", "",
+     "Subject: a \x83\x65%\r\nFrom: f\r\n", ""},
+    {"a body is converted, not decoded", "", "\x1b$BF|K\\\x1b(B =?iso-2022-jp?B?GyRCJUYlOSVIGyhC?=\r\n", "",
+     "\x93\xfa\x96\x7b =?iso-2022-jp?B?GyRCJUYlOSVIGyhC?=\r\n"},
+    {"an escape that is not closed ends with its line", "", "\x1b$BF|K\\\r\nF|K\\\r\n", "",
+     "\x93\xfa\x96\x7b\r\nF|K\\\r\n"},
+    {"dots are unstuffed", "", "..\r\n..x\r\n.x\r\n...\r\n. \r\na.\r\n", "",
+     ".\r\n.x\r\nx\r\n..\r\n \r\na.\r\n"},
+    {"empty lines stay", "", "\r\n\r\na\r\n\r\n", "", "\r\n\r\na\r\n\r\n"},
+    {"a lone LF and a CR inside a line stay", "", "a\n.\nb\r\nc\rd\n", "", "a\n.\nb\r\nc\rd\n"},
+};
+
+TEST(Download, StoresWhatTheServerSends) {
+    for (const ContentCase& row : kContents) {
+        SCOPED_TRACE(row.sentence);
+        SessionRun run;
+        run.groups = {kName};
+        run.PutIndex(kName, 0);
+        std::vector<Step> steps = Script(Enter(5, 5) + "C: HEAD 5\n");
+        steps.push_back(Say("221\r\n" + row.head + ".\r\n"));
+        steps.push_back(Hear("BODY 5\r\n"));
+        steps.push_back(Say("222\r\n" + row.body + ".\r\n"));
+        steps.push_back(Hear("QUIT\r\n"));
+        ScriptedServer server(std::move(steps));
+        run.Run(server);
+        EXPECT_EQ(run.result.text, std::wstring(kFetched1));
+        EXPECT_EQ(run.Log(kName), Stored(row.storedHead, 5, row.storedBody));
+    }
+}
+
+struct WalkCase {
+    const char* sentence;
+    std::vector<std::wstring> groups;
+    std::string script;
+    const wchar_t* title;
+    const wchar_t* text;
+    uint32_t severity;
+};
+
+const std::string kOneRefused = kReady + "C: GROUP fj.one\nS: 411 none\n";
+const std::string kTwoIsOld = "C: GROUP fj.two\nS: 211 1 4 4 fj.two\n";
+
+const WalkCase kWalks[] = {
+    {"the rows' order counts",
+     {L"fj.two", L"fj.one"},
+     kReady + kTwoIsOld + "C: GROUP fj.one\nS: 411 none\n",
+     L"fj.one",
+     L"グループへ移動できませんでした : 411 none",
+     1},
+    {"a refused group does not keep the next from its turn",
+     {L"fj.one", L"fj.two"},
+     kOneRefused + kTwoIsOld,
+     L"",
+     L"新規記事はありませんでした",
+     0},
+    {"an error stops before the next group",
+     {L"fj.two", L"fj.one"},
+     kReady + "C: GROUP fj.two\n! hang up\n",
+     L"Socket ERROR",
+     kReceive38,
+     2},
+    {"a row without a name ends the walk",
+     {L"fj.one", L"", L"fj.two"},
+     kOneRefused,
+     L"fj.one",
+     L"グループへ移動できませんでした : 411 none",
+     1},
+    {"a group without an index is not asked for",
+     {L"fj.none", L"fj.two"},
+     kReady,
+     L"fj.none",
+     L"インデックスの初期化に失敗しました(2)",
+     2},
+    {"an index of another version",
+     {L"fj.old"},
+     kReady,
+     L"fj.old",
+     L"インデックスの初期化に失敗しました(13)",
+     2},
+    {"a name that can be no file",
+     {L"fj/two"},
+     kReady,
+     L"fj/two",
+     L"インデックスの初期化に失敗しました(87)",
+     2},
+};
+
+TEST(Session, WalksTheGroups) {
+    for (const WalkCase& row : kWalks) {
+        SCOPED_TRACE(row.sentence);
+        SessionRun run;
+        run.groups = row.groups;
+        for (const wchar_t* group : {L"fj.one", L"fj.two"})
+            run.PutIndex(group, 4);
+        run.folder.Write(L"fj.old.idx", std::string(100, '\4'));
+        run.Run(row.script);
+        EXPECT_EQ(run.result.title, std::wstring(row.title));
+        EXPECT_EQ(run.result.text, std::wstring(row.text));
+        EXPECT_EQ(run.result.severity, row.severity);
+    }
+}
+
+TEST(Session, TellsThatAGroupsNameMakesTheFileNameTooLong) {
+    SessionRun run;
+    run.groups = {std::wstring(1000, L'x')};
+    run.Run(kReady);
+    EXPECT_EQ(run.result.title, run.groups[0]);
+    EXPECT_THAT(run.result.text, testing::StartsWith(L"インデックスの初期化に失敗しました("));
+    EXPECT_EQ(run.result.severity, kError);
+}
+
+// The n-th call of one kind fails, with a full disk's error.
+FileCall faultyCall;
+int callsUntilFault = 0;
+
+DWORD FailNth(FileCall call) {
+    return call == faultyCall && --callsUntilFault == 0 ? ERROR_DISK_FULL : 0;
+}
+
+// Whether the fault was met; then its text. A run after a fault fetches the articles all the same.
+bool RunWithFault(FileCall call, int n, const std::string& body, std::wstring& text) {
+    SessionRun run;
+    run.groups = {kName};
+    run.PutIndex(kName, 0);
+    const std::string script = kStart + Head(5) + Body(5, body) + Article(6);
+    faultyCall = call;
+    callsUntilFault = n;
+    ScriptedServer server(Script(script + "C: QUIT\n"));
+    SetFileFault(FailNth);
+    run.RunAt(L"127.0.0.1", server.Start());
+    SetFileFault(nullptr);
+    (void)server.Finish();  // the script goes on past the fault
+    EXPECT_THAT(server.Received(), EndsWith("QUIT\r\n"));
+    if (callsUntilFault > 0) return false;
+    text = run.result.text;
+    EXPECT_EQ(run.result.title, std::wstring(kName));
+    EXPECT_EQ(run.result.severity, kError);
+    EXPECT_EQ(run.error, static_cast<DWORD>(ERROR_DISK_FULL));
+    EXPECT_EQ(run.Index(kName).substr(0, 100), HeaderBytes({}));
+    run.Run(script);
+    EXPECT_EQ(run.result.text, std::wstring(kFetched2));
+    EXPECT_THAT(run.Log(kName), EndsWith(StoredArticle(6)));
+    EXPECT_EQ(run.Index(kName).size(), 100u + 2 * 92);
+    return true;
+}
+
+std::vector<std::wstring> TextsOfFaults(FileCall call, const std::string& body = "S: text\n") {
+    std::vector<std::wstring> texts;
+    std::wstring text;
+    for (int n = 1; n < 50 && RunWithFault(call, n, body, text); ++n)
+        texts.push_back(text);
+    return texts;
+}
+
+TEST(Download, SurvivesEveryFaultOfTheFiles) {
+    const std::wstring init = L"インデックスの初期化に失敗しました(112)";
+    const std::wstring log = L"ログファイルへの出力に失敗しました(112).";
+    const std::wstring index = L"インデックスの書き込みに失敗しました(112).";
+    // The keyword filter is opened, and fails, as the first article begins; the last call writes the header.
+    EXPECT_THAT(TextsOfFaults(FileCall::kOpen),
+                ElementsAre(init, L"ファイルが開けませんでした(112)",
+                            L"インデックスファイルのオープンに失敗しました(112).", index, index));
+    EXPECT_THAT(TextsOfFaults(FileCall::kRead), ElementsAre(init));
+    // An article is its lines, its separator and its record; the last call writes the header.
+    EXPECT_THAT(TextsOfFaults(FileCall::kWrite), ElementsAre(log, index, index, log, index, index, index));
+    // A body that the buffer cannot hold meets the fault while it arrives.
+    std::string body;
+    for (int i = 0; i < 20; ++i)
+        body += "S: " + kLongestLine + "\n";
+    EXPECT_THAT(TextsOfFaults(FileCall::kWrite, body),
+                ElementsAre(log, log, index, index, log, index, index, index));
+}
+
+}  // namespace
