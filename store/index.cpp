@@ -178,6 +178,11 @@ bool RefilterRecords(GroupStore& store) {
     return true;
 }
 
+bool MakeMissingIndex(GroupStore& store) {
+    Reset(store);
+    return WriteHeader(store) && RebuildFromLog(store);
+}
+
 // Runs `change` over the open index, then writes the header with the counts reached, and closes, whatever
 // happened. The first failure's error is the one that stays.
 bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
@@ -296,11 +301,13 @@ bool ProbeVersion(GroupStore& store, uint32_t& version) {
 
 IndexState BringUpToDate(GroupStore& store) {
     uint32_t version = 0;
-    if (!ProbeVersion(store, version)) {
-        if (GetError() != kErrorFileNotFound) return IndexState::kFailed;
-        Reset(store);
-        return WriteHeader(store) && RebuildFromLog(store) ? IndexState::kReady : IndexState::kFailed;
+    bool probed = ProbeVersion(store, version);
+    const bool missing = !probed && GetError() == kErrorFileNotFound;
+    if (missing && !FinishUpgrade(store)) {
+        return MakeMissingIndex(store) ? IndexState::kReady : IndexState::kFailed;
     }
+    if (missing) probed = ProbeVersion(store, version);
+    if (!probed) return IndexState::kFailed;
     if (version == 0 || version > kIndexVersion) {
         SetError(kErrorInvalidData);
         return IndexState::kUnknownVersion;

@@ -60,5 +60,9 @@ enum class IndexState {
 // Start-up's check of one group: an older index becomes version 5, a missing one is made from the log.
 IndexState BringUpToDate(GroupStore& store);
 
+// For an index that is missing: takes over the new one of a conversion that was cut off after the old one had
+// gone. False when there is none.
+[[nodiscard]] bool FinishUpgrade(const GroupStore& store);
+
 // Converts an index of version 1 to 4 to version 5. After a failure the old index stands.
 [[nodiscard]] bool UpgradeIndex(GroupStore& store, uint32_t version);

@@ -115,6 +115,21 @@ bool ConvertOneStep(GroupStore& store, uint32_t from) {
     return Fail(error);
 }
 
+// Whether a file is an index of its version from the first byte to the last.
+bool IsWholeIndex(const wchar_t* path) {
+    DataFile file;
+    IndexHeader header;
+    if (!OpenDataFile(file, path, FileMode::kRead) ||
+        !ReadExactly(file, &header.version, sizeof(header.version))) {
+        return false;
+    }
+    if (header.version < kVersionWithUnread || header.version > kIndexVersion) return false;
+    const Layout& layout = kLayouts[header.version];
+    SeekTo(file, 0);
+    if (!ReadExactly(file, &header, layout.headerSize)) return false;
+    return file.size == layout.headerSize + static_cast<uint64_t>(header.recordCount) * layout.recordSize;
+}
+
 // The digits that a line begins with.
 uint32_t NumberOf(const char* line) {
     uint32_t value = 0;
@@ -157,6 +172,12 @@ bool ConvertTextIndex(GroupStore& store) {
 }
 
 }  // namespace
+
+bool FinishUpgrade(const GroupStore& store) {
+    const WideText temporary = TemporaryPath(store);
+    if (!temporary || !IsWholeIndex(temporary.get())) return false;
+    return RenameDataFile(temporary.get(), store.indexPath.get());
+}
 
 bool UpgradeIndex(GroupStore& store, uint32_t version) {
     if (version == 1) return ConvertTextIndex(store);

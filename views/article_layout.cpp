@@ -30,17 +30,16 @@ uint32_t UnitsOfLine(const wchar_t* text, uint32_t most) {
     return units;
 }
 
-// Measures as much at once as the lines before let expect, and more only when all of that fits.
+// Measures as much at once as the lines before let expect, and more only when all of that fits. A line that
+// merely ended says nothing about how much the next one holds.
 uint32_t FittingUnits(const wchar_t* start, int width, const TextMeasure& measure, WrapHint& hint) {
     uint32_t asked = hint.units;
     while (true) {
         const uint32_t count = UnitsOfLine(start, asked);
         const uint32_t fit = count == 0 ? 0 : measure.fit(measure.context, start, count, width);
-        if (fit < count || count < asked) {
-            hint.units = fit + fit / 4 + 16;
-            return fit;
-        }
-        asked *= 2;
+        if (fit < count || fit > hint.units) hint.units = fit + fit / 4 + 4;
+        if (fit < count || count < asked) return fit;
+        asked += asked / 2 + 4;
     }
 }
 

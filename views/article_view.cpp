@@ -2,22 +2,14 @@
 
 #include <wchar.h>
 
-#include "platform/owners.h"
 #include "resources/resource.h"
 #include "text/convert.h"
 #include "text/last_error.h"
-#include "views/row_canvas.h"
 
 namespace {
 
 constexpr wchar_t kClassName[] = L"PELNORArticleViewWnd";
-constexpr int kBorder = 1;
-constexpr int kScrollBarWidth = 16;
 constexpr int kLeastLineHeight = 10;
-
-void Notify(const ArticleView& view, ArticleNotice notice) {
-    SendMessageW(view.parent, WM_COMMAND, MAKEWPARAM(view.id, notice), reinterpret_cast<LPARAM>(view.window));
-}
 
 // Layout.
 
@@ -26,15 +18,6 @@ void InvalidateLayout(ArticleView& view) {
     view.layoutValid = false;
     view.scroll.top = 0;
     InvalidateRect(view.window, nullptr, FALSE);
-}
-
-void PlaceChildren(ArticleView& view) {
-    GetClientRect(view.window, &view.client);
-    const RECT& client = view.client;
-    view.textArea = {client.left + kBorder, client.top + kBorder, client.right - kBorder - kScrollBarWidth,
-                     client.bottom - kBorder};
-    MoveWindow(view.scrollBar, view.textArea.right, view.textArea.top, kScrollBarWidth,
-               view.textArea.bottom - view.textArea.top, TRUE);
 }
 
 uint32_t FittingUnits(void* context, const wchar_t* text, uint32_t count, int width) {
@@ -48,26 +31,17 @@ uint32_t FittingUnits(void* context, const wchar_t* text, uint32_t count, int wi
 
 bool MakeLayout(ArticleView& view, HDC dc) {
     LayoutOptions options;
-    options.width = view.textArea.right - view.textArea.left;
+    options.width = view.rowArea.right - view.rowArea.left;
     options.rowsPerPage = view.scroll.page;
     options.wholeHeader = view.showAllHeaders;
     return LayOut(view.layout, view.text ? view.text.get() : L"", options, MeasureOn(dc));
-}
-
-uint32_t RowsPerPage(const ArticleView& view) {
-    const int rows = (view.textArea.bottom - view.textArea.top) / view.lineHeight;
-    return rows > 0 ? static_cast<uint32_t>(rows) : 1;
-}
-
-void ShowScrollPosition(const ArticleView& view) {
-    SetScrollPos(view.scrollBar, SB_CTL, static_cast<int>(view.scroll.top), TRUE);
 }
 
 // Error 8 leaves an empty layout, and nothing is drawn.
 bool EnsureLayout(ArticleView& view) {
     if (view.layoutValid) return true;
     view.layoutValid = true;
-    view.lineHeight = FontHeight(view.window, view.font, kLeastLineHeight);
+    MeasureRowHeight(view, kLeastLineHeight);
     view.scroll = {RowsPerPage(view), 0, 0};
     const HDC dc = GetDC(view.window);
     const HGDIOBJ oldFont = view.font ? SelectObject(dc, view.font) : nullptr;
@@ -76,19 +50,11 @@ bool EnsureLayout(ArticleView& view) {
     if (oldFont) SelectObject(dc, oldFont);
     ReleaseDC(view.window, dc);
     view.scroll.total = view.layout.lineCount;
-    SetScrollRange(view.scrollBar, SB_CTL, 0, TextScrollMaximum(view.scroll), FALSE);
-    ShowScrollPosition(view);
+    SetScrollBar(view, TextScrollMaximum(view.scroll), view.scroll.top);
     return laidOut;
 }
 
 // Drawing.
-
-RECT LineRectangle(const ArticleView& view, uint32_t row) {
-    RECT line = view.textArea;
-    line.top += static_cast<LONG>(row) * view.lineHeight;
-    line.bottom = line.top + view.lineHeight;
-    return line;
-}
 
 void DrawLineText(HDC dc, const DisplayLine& line, RECT area) {
     DrawTextW(dc, line.text, static_cast<int>(line.length), &area,
@@ -108,7 +74,7 @@ void DrawHeaderLine(const ArticleView& view, HDC dc, const DisplayLine& line, RE
 
 void DrawLine(const ArticleView& view, HDC dc, uint32_t index) {
     const DisplayLine& line = view.layout.lines[index];
-    const RECT area = {0, 0, view.textArea.right - view.textArea.left, view.lineHeight};
+    const RECT area = {0, 0, view.rowArea.right - view.rowArea.left, view.rowHeight};
     if (index < view.layout.headerLines) {
         DrawHeaderLine(view, dc, line, area);
         return;
@@ -119,11 +85,11 @@ void DrawLine(const ArticleView& view, HDC dc, uint32_t index) {
 }
 
 void PaintLines(const ArticleView& view, HDC dc, const RECT& update) {
-    const int width = view.textArea.right - view.textArea.left;
-    RowCanvas canvas(dc, width, view.lineHeight, view.font);
+    const int width = view.rowArea.right - view.rowArea.left;
+    RowCanvas canvas(dc, width, view.rowHeight, view.font);
     if (!canvas.IsReady()) return;
     for (uint32_t row = 0; row < view.scroll.page; ++row) {
-        const RECT area = LineRectangle(view, row);
+        const RECT area = RowRectangle(view, row);
         if (area.bottom <= update.top || area.top >= update.bottom) continue;
         canvas.Clear();
         const uint32_t index = view.scroll.top + row;
@@ -132,20 +98,12 @@ void PaintLines(const ArticleView& view, HDC dc, const RECT& update) {
     }
 }
 
-// The strip below the last line that fits.
-void PaintRest(const ArticleView& view, HDC dc) {
-    RECT rest = view.textArea;
-    rest.top += static_cast<LONG>(view.scroll.page) * view.lineHeight;
-    if (rest.top < rest.bottom) FillRect(dc, &rest, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-}
-
 LRESULT OnPaint(ArticleView& view) {
     PAINTSTRUCT paint;
     const HDC dc = BeginPaint(view.window, &paint);
     (void)EnsureLayout(view);
     PaintLines(view, dc, paint.rcPaint);
-    PaintRest(view, dc);
-    DrawViewFrame(dc, view.client);
+    PaintAround(view, dc, view.scroll.page);
     view.scrollPending = false;
     EndPaint(view.window, &paint);
     return 0;
@@ -154,25 +112,20 @@ LRESULT OnPaint(ArticleView& view) {
 // Moving.
 
 void ShowPage(const ArticleView& view) {
-    ShowScrollPosition(view);
-    InvalidateRect(view.window, &view.textArea, FALSE);
+    ShowScrollPosition(view, view.scroll.top);
+    InvalidateRows(view);
 }
 
 void Follow(const ArticleView& view, ScrollResult result) {
     if (result == ScrollResult::kMoved) ShowPage(view);
-    if (result == ScrollResult::kAtEnd) Notify(view, kArticleNext);
+    if (result == ScrollResult::kAtEnd) NotifyParent(view, kArticleNext);
 }
 
 // Moves what is on the screen and draws only the line that is new.
 void ScrollLines(ArticleView& view, int direction) {
-    const RECT lines = {view.textArea.left, view.textArea.top, view.textArea.right,
-                        LineRectangle(view, view.scroll.page - 1).bottom};
-    const RECT fresh = LineRectangle(view, direction > 0 ? view.scroll.page - 1 : 0);
-    ShowScrollPosition(view);
-    ScrollWindowEx(view.window, 0, -direction * view.lineHeight, &lines, &lines, nullptr, nullptr,
-                   SW_INVALIDATE);
-    InvalidateRect(view.window, &fresh, FALSE);
-    view.scrollPending = true;
+    ShowScrollPosition(view, view.scroll.top);
+    ScrollRowPixels(view, view.scroll.page, direction);
+    InvalidateRow(view, direction > 0 ? view.scroll.page - 1 : 0);
 }
 
 void OneLine(ArticleView& view, int direction) {
@@ -180,7 +133,7 @@ void OneLine(ArticleView& view, int direction) {
     const ScrollResult result =
         direction > 0 ? TextLineDown(view.scroll, view.autoNext) : TextLineUp(view.scroll);
     if (result == ScrollResult::kMoved) ScrollLines(view, direction);
-    if (result == ScrollResult::kAtEnd) Notify(view, kArticleNext);
+    if (result == ScrollResult::kAtEnd) NotifyParent(view, kArticleNext);
 }
 
 void OnePage(ArticleView& view, int direction) {
@@ -214,10 +167,10 @@ LRESULT OnKey(ArticleView& view, WPARAM key) {
             break;
         case VK_TAB:
         case VK_RETURN:
-            Notify(view, kArticleNext);
+            NotifyParent(view, kArticleNext);
             break;
         case VK_ESCAPE:
-            Notify(view, kArticleBack);
+            NotifyParent(view, kArticleBack);
             break;
     }
     return 0;
@@ -239,7 +192,7 @@ LRESULT OnScroll(ArticleView& view, WORD code, WORD position) {
             break;
         case SB_THUMBPOSITION:
         case SB_THUMBTRACK:
-            Follow(view, TextThumbTo(view.scroll, ThumbPosition(view.scrollBar, position)));
+            Follow(view, TextThumbTo(view.scroll, ThumbPosition(view, position)));
             break;
     }
     return 0;
@@ -248,30 +201,21 @@ LRESULT OnScroll(ArticleView& view, WORD code, WORD position) {
 // The window itself.
 
 LRESULT OnCreate(ArticleView& view) {
-    view.scrollBar = CreateWindowExW(0, L"SCROLLBAR", L"VSARTS", WS_CHILD | SBS_VERT, 0, 0, 0, 0, view.window,
-                                     ChildId(IDW_ARTICLE_SCROLL), view.instance, nullptr);
-    if (!view.scrollBar) return -1;
-    PlaceChildren(view);
+    if (!CreateScrollBar(view, L"VSARTS", IDW_ARTICLE_SCROLL)) return -1;
+    PlaceRowArea(view, 0);
     return 0;
 }
 
 // The lines break elsewhere in a window of another width; the reader stays about where they were.
 LRESULT OnSize(ArticleView& view) {
-    const RECT before = view.textArea;
+    const RECT before = view.rowArea;
     const uint32_t top = view.scroll.top;
-    PlaceChildren(view);
-    if (view.client.bottom == 0 || EqualRect(&before, &view.textArea)) return 0;
+    PlaceRowArea(view, 0);
+    if (view.client.bottom == 0 || EqualRect(&before, &view.rowArea)) return 0;
     InvalidateLayout(view);
-    if (EnsureLayout(view) && TextThumbTo(view.scroll, top) == ScrollResult::kMoved) ShowScrollPosition(view);
+    if (EnsureLayout(view) && TextThumbTo(view.scroll, top) == ScrollResult::kMoved)
+        ShowScrollPosition(view, view.scroll.top);
     return 0;
-}
-
-ArticleView* ViewOf(HWND window, UINT message, LPARAM lParam) {
-    if (message != WM_CREATE) return static_cast<ArticleView*>(GetWindowPointer(window, 0));
-    auto view = static_cast<ArticleView*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
-    SetWindowPointer(window, 0, view);
-    view->window = window;
-    return view;
 }
 
 LRESULT Dispatch(ArticleView& view, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -297,7 +241,7 @@ LRESULT Dispatch(ArticleView& view, UINT message, WPARAM wParam, LPARAM lParam) 
 }
 
 LRESULT CALLBACK ArticleViewProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    ArticleView* view = ViewOf(window, message, lParam);
+    ArticleView* view = ViewOf<ArticleView>(window, message, lParam);
     if (!view) return DefWindowProcW(window, message, wParam, lParam);
     return Dispatch(*view, message, wParam, lParam);
 }
@@ -309,28 +253,18 @@ TextMeasure MeasureOn(HDC dc) {
 }
 
 bool RegisterArticleViewClass(HINSTANCE instance) {
-    WNDCLASSW description = {};
-    description.lpfnWndProc = ArticleViewProcedure;
-    description.cbWndExtra = kPointerExtra;
-    description.hInstance = instance;
-    description.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-    description.lpszClassName = kClassName;
-    return RegisterClassW(&description) != 0;
+    return RegisterRowViewClass(kClassName, ArticleViewProcedure, instance);
 }
 
 bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id, const RECT& rectangle) {
     view.instance = instance;
     view.parent = parent;
     view.id = id;
-    return CreateWindowExW(0, kClassName, L"", WS_CHILD, rectangle.left, rectangle.top,
-                           rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
-                           ChildId(id), instance, &view) != nullptr;
+    return CreateRowView(view, kClassName, rectangle, &view);
 }
 
 void ShowArticleView(const ArticleView& view, int showCommand) {
-    ShowWindow(view.window, showCommand);
-    ShowWindow(view.scrollBar, showCommand);
-    UpdateWindow(view.window);
+    ShowRowView(view, showCommand);
 }
 
 void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance) {

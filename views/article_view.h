@@ -6,6 +6,7 @@
 #include "platform/platform.h"
 #include "text/owned.h"
 #include "views/article_layout.h"
+#include "views/row_view.h"
 #include "views/scrolling.h"
 
 enum ArticleNotice : WORD {
@@ -13,26 +14,15 @@ enum ArticleNotice : WORD {
     kArticleNext = 2,  // Tab, Enter, or going on past the end
 };
 
-struct ArticleView {
-    int id = 0;
-    HWND window = nullptr;  // owned by its parent, as is the scroll bar
-    HWND scrollBar = nullptr;
-    HWND parent = nullptr;
-    RECT client = {};
-    RECT textArea = {};
-    HINSTANCE instance = nullptr;
+struct ArticleView : RowView {
     ScrollState scroll;  // top line, rows per page, total lines
-    int lineHeight = 0;
-    HFONT font = nullptr;  // the settings' font; not owned, may be null
-    WideText text;         // header, empty line, body; lines end in CR LF. Null: no article
+    WideText text;       // header, empty line, body; lines end in CR LF. Null: no article
     ArticleLayout layout;
     bool lineScroll = false;      // the `KeyMode` setting
     bool autoNext = false;        // the `AutoNextArticle` setting
     bool showAllHeaders = false;  // the `ShowArticleHeader` option
     COLORREF headerColor = 0;
     COLORREF quoteColor = 0;
-    bool layoutValid = false;
-    bool scrollPending = false;
 
     ArticleView() = default;
     ArticleView(const ArticleView&) = delete;

@@ -9,7 +9,6 @@
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "text/messages.h"
-#include "views/row_canvas.h"
 
 namespace {
 
@@ -17,7 +16,6 @@ constexpr wchar_t kClassName[] = L"PELNORSubjectViewWnd";
 constexpr wchar_t kKeyPath[] = L"Software\\marrowby\\Pelnor\\SubjectView";
 
 constexpr int kBorder = 1;
-constexpr int kScrollBarWidth = 16;
 constexpr int kHeaderHeight = 20;
 constexpr int kMarkSize = 10;
 constexpr int kLeastRowHeight = 10;
@@ -39,10 +37,6 @@ constexpr Column kColumns[kColumnCount] = {
     {IDS_COLUMN_FROM, L"fromWidth", 160},
     {IDS_COLUMN_SUBJECT, L"subjectWidth", 400},
 };
-
-void Notify(const SubjectView& view, SubjectNotice notice) {
-    SendMessageW(view.parent, WM_COMMAND, MAKEWPARAM(view.id, notice), reinterpret_cast<LPARAM>(view.window));
-}
 
 // Columns of the header control.
 
@@ -101,27 +95,9 @@ int FittingWidth(const SubjectView& view, int column) {
 // Layout.
 
 void PlaceChildren(SubjectView& view) {
-    GetClientRect(view.window, &view.client);
-    const RECT& client = view.client;
-    view.rowArea = {client.left + kBorder, client.top + kBorder + kHeaderHeight,
-                    client.right - kBorder - kScrollBarWidth, client.bottom - kBorder};
-    MoveWindow(view.header, client.left + kBorder, client.top + kBorder, client.right - 2 * kBorder,
-               kHeaderHeight, TRUE);
-    MoveWindow(view.scrollBar, view.rowArea.right, view.rowArea.top, kScrollBarWidth,
-               view.rowArea.bottom - view.rowArea.top, TRUE);
-}
-
-void ShowScrollPosition(const SubjectView& view) {
-    SetScrollPos(view.scrollBar, SB_CTL, static_cast<int>(view.scroll.rows.top), TRUE);
-}
-
-void InvalidateRows(const SubjectView& view) {
-    InvalidateRect(view.window, &view.rowArea, FALSE);
-}
-
-uint32_t RowsPerPage(const SubjectView& view) {
-    const int rows = (view.rowArea.bottom - view.rowArea.top) / view.rowHeight;
-    return rows > 0 ? static_cast<uint32_t>(rows) : 1;
+    PlaceRowArea(view, kHeaderHeight);
+    MoveWindow(view.header, view.client.left + kBorder, view.client.top + kBorder,
+               view.client.right - 2 * kBorder, kHeaderHeight, TRUE);
 }
 
 // What the list selects is the cursor's record.
@@ -133,7 +109,7 @@ void TellListCursor(SubjectView& view) {
 bool EnsureLayout(SubjectView& view) {
     if (view.layoutValid) return true;
     view.layoutValid = true;
-    view.rowHeight = FontHeight(view.window, view.font, kLeastRowHeight);
+    MeasureRowHeight(view, kLeastRowHeight);
     SendMessageW(view.header, WM_SETFONT, reinterpret_cast<WPARAM>(view.font), TRUE);
     view.scroll = ListScroll();
     view.scroll.rows.page = RowsPerPage(view);
@@ -142,8 +118,7 @@ bool EnsureLayout(SubjectView& view) {
     if (!built) view.list.open = false;  // there is no header to write back
     const ErrorKeeper keeper;
     TellListCursor(view);
-    SetScrollRange(view.scrollBar, SB_CTL, 0, ListScrollMaximum(view.scroll.rows), FALSE);
-    ShowScrollPosition(view);
+    SetScrollBar(view, ListScrollMaximum(view.scroll.rows), view.scroll.rows.top);
     return built;
 }
 
@@ -154,18 +129,6 @@ bool Rebuild(SubjectView& view) {
 }
 
 // Drawing.
-
-RECT RowRectangle(const SubjectView& view, uint32_t rowInPage) {
-    RECT row = view.rowArea;
-    row.top += static_cast<LONG>(rowInPage) * view.rowHeight;
-    row.bottom = row.top + view.rowHeight;
-    return row;
-}
-
-void InvalidateRow(const SubjectView& view, uint32_t rowInPage) {
-    const RECT row = RowRectangle(view, rowInPage);
-    InvalidateRect(view.window, &row, FALSE);
-}
 
 void DrawMark(const SubjectView& view, HDC dc, const BitmapOwner& bitmap, int x) {
     const DcOwner source(CreateCompatibleDC(dc));
@@ -241,20 +204,12 @@ void PaintRows(const SubjectView& view, HDC dc, const RECT& update) {
     }
 }
 
-// The strip below the last row that fits.
-void PaintRest(const SubjectView& view, HDC dc) {
-    RECT rest = view.rowArea;
-    rest.top += static_cast<LONG>(view.scroll.rows.page) * view.rowHeight;
-    if (rest.top < rest.bottom) FillRect(dc, &rest, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-}
-
 LRESULT OnPaint(SubjectView& view) {
     PAINTSTRUCT paint;
     const HDC dc = BeginPaint(view.window, &paint);
     (void)EnsureLayout(view);
     PaintRows(view, dc, paint.rcPaint);
-    PaintRest(view, dc);
-    DrawViewFrame(dc, view.client);
+    PaintAround(view, dc, view.scroll.rows.page);
     view.scrollPending = false;
     EndPaint(view.window, &paint);
     return 0;
@@ -266,7 +221,7 @@ LRESULT OnPaint(SubjectView& view) {
 void ShowPage(SubjectView& view) {
     (void)LoadPage(view.list, view.scroll.rows.top);
     TellListCursor(view);
-    ShowScrollPosition(view);
+    ShowScrollPosition(view, view.scroll.rows.top);
     InvalidateRows(view);
 }
 
@@ -280,7 +235,7 @@ void ShowCursor(SubjectView& view, uint32_t oldCursor) {
 void Follow(SubjectView& view, ScrollResult result, uint32_t oldCursor) {
     if (result == ScrollResult::kMoved) ShowPage(view);
     if (result == ScrollResult::kNothing) ShowCursor(view, oldCursor);
-    if (result == ScrollResult::kAtEnd) Notify(view, kSubjectAtEnd);
+    if (result == ScrollResult::kAtEnd) NotifyParent(view, kSubjectAtEnd);
 }
 
 // Moves what is on the screen and draws only the rows that are new or bear the cursor.
@@ -288,16 +243,12 @@ void ScrollRows(SubjectView& view, int direction) {
     const uint32_t cursor = view.scroll.cursor;
     (void)LoadPage(view.list, view.scroll.rows.top);
     TellListCursor(view);
-    ShowScrollPosition(view);
-    const RECT rows = {view.rowArea.left, view.rowArea.top, view.rowArea.right,
-                       RowRectangle(view, view.scroll.rows.page - 1).bottom};
-    ScrollWindowEx(view.window, 0, -direction * view.rowHeight, &rows, &rows, nullptr, nullptr,
-                   SW_INVALIDATE);
+    ShowScrollPosition(view, view.scroll.rows.top);
+    ScrollRowPixels(view, view.scroll.rows.page, direction);
     InvalidateRow(view, cursor);
     if (direction > 0 && cursor > 0) InvalidateRow(view, cursor - 1);
     if (direction < 0) InvalidateRow(view, cursor + 1);
     InvalidateRow(view, direction > 0 ? view.scroll.rows.page - 1 : 0);
-    view.scrollPending = true;
 }
 
 void OneLine(SubjectView& view, int direction) {
@@ -322,7 +273,7 @@ void MoveCursor(SubjectView& view, int direction) {
 }
 
 void OpenCurrent(const SubjectView& view) {
-    if (view.list.visibleCount > 0) Notify(view, kSubjectOpen);
+    if (view.list.visibleCount > 0) NotifyParent(view, kSubjectOpen);
 }
 
 LRESULT OnKey(SubjectView& view, WPARAM key) {
@@ -347,7 +298,7 @@ LRESULT OnKey(SubjectView& view, WPARAM key) {
             OpenCurrent(view);
             break;
         case VK_ESCAPE:
-            Notify(view, kSubjectBack);
+            NotifyParent(view, kSubjectBack);
             break;
     }
     return 0;
@@ -370,7 +321,7 @@ LRESULT OnScroll(SubjectView& view, WORD code, WORD position) {
             break;
         case SB_THUMBPOSITION:
         case SB_THUMBTRACK:
-            Follow(view, ThumbTo(view.scroll, ThumbPosition(view.scrollBar, position)), cursor);
+            Follow(view, ThumbTo(view.scroll, ThumbPosition(view, position)), cursor);
             break;
     }
     return 0;
@@ -414,11 +365,9 @@ LRESULT OnCreate(SubjectView& view) {
     view.readMark = LoadMark(view, IDB_MARK_READ);
     view.highMark = LoadMark(view, IDB_MARK_HIGH);
     view.lowMark = LoadMark(view, IDB_MARK_LOW);
-    view.scrollBar = CreateWindowExW(0, L"SCROLLBAR", L"VSSUBJ", WS_CHILD | SBS_VERT, 0, 0, 0, 0, view.window,
-                                     ChildId(IDW_SUBJECT_SCROLL), view.instance, nullptr);
     view.header = CreateWindowExW(0, WC_HEADERW, L"", WS_CHILD | WS_VISIBLE | HDS_BUTTONS, 0, 0, 0, 0,
                                   view.window, ChildId(IDW_SUBJECT_HEADER), view.instance, nullptr);
-    if (!view.scrollBar || !view.header) return -1;
+    if (!view.header || !CreateScrollBar(view, L"VSSUBJ", IDW_SUBJECT_SCROLL)) return -1;
     InsertColumns(view.header);
     PlaceChildren(view);
     return 0;
@@ -433,14 +382,6 @@ LRESULT OnSize(SubjectView& view) {
     if (MoveTo(view.scroll, row)) ShowPage(view);
     InvalidateRect(view.window, nullptr, FALSE);
     return 0;
-}
-
-SubjectView* ViewOf(HWND window, UINT message, LPARAM lParam) {
-    if (message != WM_CREATE) return static_cast<SubjectView*>(GetWindowPointer(window, 0));
-    auto view = static_cast<SubjectView*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
-    SetWindowPointer(window, 0, view);
-    view->window = window;
-    return view;
 }
 
 LRESULT Dispatch(SubjectView& view, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -471,7 +412,7 @@ LRESULT Dispatch(SubjectView& view, UINT message, WPARAM wParam, LPARAM lParam) 
 }
 
 LRESULT CALLBACK SubjectViewProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    SubjectView* view = ViewOf(window, message, lParam);
+    SubjectView* view = ViewOf<SubjectView>(window, message, lParam);
     if (!view) return DefWindowProcW(window, message, wParam, lParam);
     return Dispatch(*view, message, wParam, lParam);
 }
@@ -486,14 +427,7 @@ bool ChangeReadMark(SubjectView& view, bool read) {
 }  // namespace
 
 bool RegisterSubjectViewClass(HINSTANCE instance) {
-    WNDCLASSW description = {};
-    description.style = CS_DBLCLKS;
-    description.lpfnWndProc = SubjectViewProcedure;
-    description.cbWndExtra = kPointerExtra;
-    description.hInstance = instance;
-    description.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-    description.lpszClassName = kClassName;
-    return RegisterClassW(&description) != 0;
+    return RegisterRowViewClass(kClassName, SubjectViewProcedure, instance);
 }
 
 bool CreateSubjectView(SubjectView& view, HINSTANCE instance, HWND parent, int id, const RECT& rectangle,
@@ -503,15 +437,11 @@ bool CreateSubjectView(SubjectView& view, HINSTANCE instance, HWND parent, int i
     view.id = id;
     view.list.showRead = viewRead != 0;
     view.list.priorityLevel = level;
-    return CreateWindowExW(0, kClassName, L"", WS_CHILD, rectangle.left, rectangle.top,
-                           rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
-                           ChildId(id), instance, &view) != nullptr;
+    return CreateRowView(view, kClassName, rectangle, &view);
 }
 
 void ShowSubjectView(const SubjectView& view, int showCommand) {
-    ShowWindow(view.window, showCommand);
-    ShowWindow(view.scrollBar, showCommand);
-    UpdateWindow(view.window);
+    ShowRowView(view, showCommand);
 }
 
 void SetSubjectAppearance(SubjectView& view, HFONT font, bool lineScroll) {
@@ -523,11 +453,9 @@ void SetSubjectAppearance(SubjectView& view, HFONT font, bool lineScroll) {
 
 bool OpenSubjectGroup(SubjectView& view, const wchar_t* folder, const wchar_t* group) {
     CloseSubjectGroup(view);
-    const bool opened = OpenArticleList(view.list, folder, group);
     view.layoutValid = false;
-    const ErrorKeeper keeper;
     InvalidateRows(view);
-    return opened && EnsureLayout(view);
+    return OpenArticleList(view.list, folder, group) && EnsureLayout(view);
 }
 
 bool CloseSubjectGroup(SubjectView& view) {

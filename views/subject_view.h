@@ -6,6 +6,7 @@
 #include "platform/owners.h"
 #include "platform/platform.h"
 #include "store/article_list.h"
+#include "views/row_view.h"
 #include "views/scrolling.h"
 
 enum SubjectNotice : WORD {
@@ -14,22 +15,11 @@ enum SubjectNotice : WORD {
     kSubjectOpen = 3,   // Enter, Space or a double tap on a row
 };
 
-struct SubjectView {
-    HWND window = nullptr;  // owned by its parent, as are the controls
-    HWND scrollBar = nullptr;
-    HWND header = nullptr;
-    HWND parent = nullptr;
-    int id = 0;
-    RECT client = {};
-    RECT rowArea = {};
-    HINSTANCE instance = nullptr;
-    int rowHeight = 0;
-    bool layoutValid = false;
+struct SubjectView : RowView {
+    HWND header = nullptr;    // owned by the window
     bool lineScroll = false;  // the `KeyMode` setting
     ArticleList list;
     ListScroll scroll;
-    HFONT font = nullptr;  // the settings' font; not owned, may be null
-    bool scrollPending = false;
     BitmapOwner readMark;
     BitmapOwner highMark;
     BitmapOwner lowMark;
