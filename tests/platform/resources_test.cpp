@@ -63,10 +63,13 @@ TEST(Resources, DialogsFitTheDevice) {
     InitCommonControls();
     const std::vector<LPWSTR> dialogs = ResourcesOf(RT_DIALOG);
     EXPECT_GE(dialogs.size(), 4u);
+    // The pages of the properties sheet are child windows.
+    HWND parent =
+        CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
     for (LPWSTR name : dialogs) {
         SCOPED_TRACE("dialog " + std::to_string(reinterpret_cast<ULONG_PTR>(name)));
         EXPECT_FALSE(IsExtended(name)) << "the device has no extended templates";
-        HWND dialog = CreateDialogParamW(nullptr, name, nullptr, NoProcedure, 0);
+        HWND dialog = CreateDialogParamW(nullptr, name, parent, NoProcedure, 0);
         ASSERT_TRUE(dialog) << "a control's class is missing, error " << GetLastError();
         RECT area{};
         GetWindowRect(dialog, &area);
@@ -75,6 +78,7 @@ TEST(Resources, DialogsFitTheDevice) {
         ExpectControlsApart(dialog);
         DestroyWindow(dialog);
     }
+    DestroyWindow(parent);
 }
 
 TEST(Resources, EverythingIsJapanese) {

@@ -1,0 +1,381 @@
+// The log and the index that names its articles, compared byte for byte with what belongs into them.
+#include "store/index.h"
+#include "store/log.h"
+#include "tests/store/group_files.h"
+#include "text/convert.h"
+
+namespace {
+
+const std::string kSeparator = "================\r\n";
+
+struct Sample {
+    uint32_t number;
+    std::vector<std::string> head;
+    std::vector<std::string> body;
+    std::string stored;
+};
+
+const Sample kSamples[] = {
+    {7,
+     {"From: \"Taro\" <t@a.jp>\r\n", "Subject: Re: fj\r\n", "Date: Thu, 5 Mar 1998 10:00:00 +0900\r\n"},
+     {"Hello\r\n", ".\r\n", "=================\r\n"},
+     "From: \"Taro\" <t@a.jp>\r\nSubject: Re: fj\r\nDate: Thu, 5 Mar 1998 10:00:00 +0900\r\n"
+     "X-Local-Seq: 7\r\n\r\nHello\r\n.\r\n=================\r\n================\r\n"},
+    {4294967294u,
+     {"Subject: \x93\xFA\x96{\r\n", "\t sale\r\n", "From: h@a.jp (\x89\xD4zz)\r\n"},
+     {"\r\n"},
+     "Subject: \x93\xFA\x96{sale\r\nFrom: h@a.jp (\x89\xD4zz)\r\nX-Local-Seq: 4294967294\r\n\r\n\r\n"
+     "================\r\n"},
+    {0, {"Newsgroups: fj.test\r\n"}, {}, "Newsgroups: fj.test\r\nX-Local-Seq: 0\r\n\r\n================\r\n"},
+};
+
+class LogIndexTest : public GroupTest {
+  protected:
+    bool Append(ArticleWriter& writer, const Sample& sample) {
+        if (!BeginArticle(writer, sample.number)) return false;
+        for (const std::string& line : sample.head)
+            if (!AddHeaderLine(writer.head, line)) return false;
+        if (!FinishHead(writer)) return false;
+        for (const std::string& line : sample.body)
+            if (!WriteBodyLine(writer, line)) return false;
+        return FinishBody(writer) && FinishArticle(writer);
+    }
+
+    bool AppendAll() {
+        ArticleWriter writer;
+        writer.store = &store;
+        bool done = OpenIndex(store) && OpenLog(store);
+        for (const Sample& sample : kSamples)
+            done = done && Append(writer, sample);
+        return done;
+    }
+
+    void CloseBoth() {
+        CloseDataFile(store.index);
+        CloseDataFile(store.log);
+    }
+
+    // The samples' records under "+ fj" and "- sale".
+    std::vector<RecordBytes> Records() const {
+        const auto first = static_cast<uint32_t>(kSamples[0].stored.size());
+        const auto second = static_cast<uint32_t>(kSamples[1].stored.size());
+        const auto third = static_cast<uint32_t>(kSamples[2].stored.size());
+        return {
+            {4, 7, 0, first, "Re: fj", "0305", "Taro", 23 + 9, 6},
+            {2, 4294967294u, first, second, "\x93\xFA\x96{sale", "0000", "\x89\xD4zz", first + 9, 8},
+            {4, 0, first + second, third, "(none)", "0000", "(Unknown)", first + second, 0},
+        };
+    }
+
+    void StoreSamples() {
+        WriteFilter("+ fj\r\n- sale\r\n");
+        ASSERT_TRUE(AppendAll());
+        CloseBoth();
+        ASSERT_TRUE(WriteHeader(store));
+    }
+};
+
+const std::string kThreeArticles = kSamples[0].stored + kSamples[1].stored + kSamples[2].stored;
+
+TEST_F(LogIndexTest, ArticlesAreAppendedByteForByte) {
+    WriteFilter("+ fj\r\n- sale\r\n");
+    store.lastFetched = 7;
+    store.serverLast = 9;
+    store.reserved = 0x01020304;
+    ASSERT_TRUE(SetStatusText(store, L"3"));
+    ASSERT_TRUE(AppendAll());
+    {
+        FileFaults faults;
+        CloseBoth();
+        EXPECT_EQ(faultPlan.writes, 0) << "a finished article is on disk, whatever happens to the next";
+    }
+    EXPECT_EQ(Log(), kThreeArticles);
+    ASSERT_TRUE(WriteHeader(store));
+    EXPECT_EQ(Index(), IndexBytes({5, 7, 9, 0x01020304, 3, 0, "3", 3, 2, 1}, Records()));
+}
+
+// Whatever call fails, the index on disk names nothing that is not in the log, and the log keeps what it had.
+TEST_F(LogIndexTest, AnInterruptedAppendNeverNamesWhatIsNotThere) {
+    const std::string before = kSamples[2].stored;
+    bool happened = true;
+    for (int fault = 1; happened && fault < kMostFaults; ++fault) {
+        WriteLog(before);
+        WriteIndex(Bytes(HeaderBytes()));
+        Reset(store);
+        {
+            const FileFaults faults(fault);
+            const bool done = AppendAll();
+            happened = faults.Happened();
+            EXPECT_EQ(done, !happened) << "fault " << fault;
+            if (!done) EXPECT_EQ(GetLastError(), DWORD{ERROR_IO_DEVICE}) << "fault " << fault;
+        }
+        CloseBoth();
+        const std::string index = Index();
+        const std::string log = Log();
+        EXPECT_EQ(log.substr(0, before.size()), before) << "fault " << fault;
+        for (std::size_t at = 100; at + 92 <= index.size(); at += 92) {
+            uint32_t extent[2];
+            index.copy(reinterpret_cast<char*>(extent), 8, at + 8);
+            ASSERT_LE(extent[0] + extent[1], log.size()) << "fault " << fault;
+            EXPECT_EQ(log.substr(extent[0] + extent[1] - 18, 18), kSeparator) << "fault " << fault;
+        }
+    }
+    EXPECT_FALSE(happened) << "never ran through";
+    EXPECT_EQ(Log(), before + kThreeArticles);
+}
+
+TEST_F(LogIndexTest, RebuildingGivesTheSameRecords) {
+    StoreSamples();
+    const std::string original = Index();
+    WriteIndex(Padded("damaged", 150));
+    store.recordCount = 77;
+    ASSERT_TRUE(RebuildFromLog(store));
+    EXPECT_EQ(Index(), original);
+    WriteFilter("+ Re: fj.comp\r\n");
+    WriteLog(kSamples[0].stored);
+    ASSERT_TRUE(RebuildFromLog(store));
+    EXPECT_EQ(store.highCount, 0u) << "the keyword does not hold the subject and its line end";
+}
+
+TEST_F(LogIndexTest, ScanningTakesLogsAsTheyAre) {
+    const std::string whole = kSamples[0].stored;
+    const std::string x1021(1021, 'x');
+    const struct {
+        const char* why;
+        std::string tail;  // behind a whole article
+        DWORD error;
+        uint32_t records;
+    } rows[] = {
+        {"nothing behind it", "", 0, 1},
+        {"torn in a header line", "From: a", 0, 1},
+        {"torn behind the head", "From: a\r\n\r\n", 0, 1},
+        {"torn in the body", "From: a\r\n\r\nbody\r\n", 0, 1},
+        {"torn in the separator", "From: a\r\n\r\nbody\r\n================", 0, 1},
+        {"a separator with text behind it is body", "\r\n================ \r\n================\r\n", 0, 2},
+        {"a body line like the separator splits the article",
+         "From: a\r\n\r\n================\r\nrest\r\n\r\n================\r\n", 0, 3},
+        {"a body line of 1023 bytes", "\r\n" + x1021 + "\r\n================\r\n", 0, 2},
+        {"a body line of 1024 bytes", "\r\nx" + x1021 + "\r\n================\r\n", 234, 1},
+        {"a header line of 1024 bytes", "x" + x1021 + "\r\n\r\n================\r\n", 234, 1},
+    };
+    for (const auto& row : rows) {
+        WriteLog(whole + row.tail);
+        SetLastError(0);
+        EXPECT_EQ(RebuildFromLog(store), row.error == 0) << row.why;
+        if (row.error) EXPECT_EQ(GetLastError(), row.error) << row.why;
+        EXPECT_EQ(store.recordCount, row.records) << row.why;
+        EXPECT_EQ(Index().substr(0, 100), Bytes(HeaderBytes{5, 0, 0, 0, row.records, 0, "", row.records}))
+            << row.why;
+    }
+}
+
+TEST_F(LogIndexTest, HeadersAreReadBack) {
+    const HeaderBytes header{5, 0xFFFFFFFF, 2, 3, 4, 5, "ok", 6, 7, 8};
+    WriteIndex(Bytes(header));
+    ASSERT_TRUE(ReadHeader(store));
+    EXPECT_EQ(store.lastFetched, kNoneFetched);
+    EXPECT_EQ(store.recordCount, 4u);
+    EXPECT_STREQ(StatusText(store), L"ok");
+    DeleteFileW(store.indexPath.get());
+    ASSERT_TRUE(WriteHeader(store));
+    EXPECT_EQ(Index(), Bytes(header));
+
+    const struct {
+        const char* why;
+        std::string bytes;
+    } rows[] = {
+        {"too short", Bytes(header).substr(0, 99)},
+        {"empty", ""},
+        {"another version", Word(4) + Bytes(header).substr(4)},
+    };
+    for (const auto& row : rows) {
+        WriteIndex(row.bytes);
+        EXPECT_FALSE(ReadHeader(store)) << row.why;
+        EXPECT_EQ(GetLastError(), 13u) << row.why;
+        EXPECT_EQ(store.recordCount, 0u) << row.why;
+    }
+    DeleteFileW(store.indexPath.get());
+    EXPECT_FALSE(ReadHeader(store));
+    EXPECT_EQ(GetLastError(), 2u);
+    GroupStore unnamed;
+    EXPECT_FALSE(ReadHeader(unnamed));
+    EXPECT_EQ(GetLastError(), 87u);
+}
+
+TEST_F(LogIndexTest, StatusTextsAreCutBetweenCharacters) {
+    const std::wstring kanji(31, L'\u65E5');
+    std::string narrow;
+    for (int i = 0; i < 31; ++i)
+        narrow += "\x93\xFA";
+    if (TextCodePage() != 932) GTEST_SKIP() << "code page 932 is not installed";
+    const struct {
+        const char* why;
+        std::wstring text;
+        std::string stored;
+    } rows[] = {
+        {"63 bytes", std::wstring(63, L'x'), std::string(63, 'x')},
+        {"64 bytes", std::wstring(64, L'x'), std::string(63, 'x')},
+        {"a character up to the cut", L"x" + kanji, "x" + narrow},
+        {"a character across the cut", kanji + L"\u65E5", narrow},
+    };
+    for (const auto& row : rows) {
+        ASSERT_TRUE(SetStatusText(store, row.text.c_str()) && WriteHeader(store));
+        EXPECT_EQ(Index().substr(24, 64), Padded(row.stored, 64)) << row.why;
+    }
+}
+
+TEST_F(LogIndexTest, RecordsAreReadWithinBounds) {
+    const std::vector<RecordBytes> records(3);
+    struct Row {
+        const char* why;
+        uint32_t headerCount;
+        uint32_t first;
+        uint32_t wanted;
+        DWORD error;
+        uint32_t got;
+    };
+    const Row rows[] = {
+        {"all", 3, 0, 3, 0, 3},
+        {"more than there are", 3, 1, 10, 0, 2},
+        {"fewer", 3, 1, 1, 0, 1},
+        {"the first behind the last", 3, 3, 1, 87, 0},
+        {"far behind", 3, 0xFFFFFFFF, 1, 87, 0},
+        {"none", 0, 0, 1, 87, 0},
+        {"the header counts more than the file has", 5, 2, 3, 0, 1},
+        {"beyond the file", 5, 4, 1, 0, 0},
+    };
+    for (const Row& row : rows) {
+        WriteIndex(IndexBytes({5, 0, 0, 0, 3}, records));
+        ASSERT_TRUE(ReadHeader(store));
+        store.recordCount = row.headerCount;
+        IndexRecord read[10];
+        uint32_t count = row.wanted;
+        EXPECT_EQ(ReadRecords(store, read, row.first, count), row.error == 0) << row.why;
+        if (row.error) EXPECT_EQ(GetLastError(), row.error) << row.why;
+        EXPECT_EQ(count, row.got) << row.why;
+        EXPECT_FALSE(IsOpen(store.index)) << row.why;
+        EXPECT_EQ(ReadRecord(store, read[0], row.first), row.got > 0) << row.why;
+        if (row.got == 0) EXPECT_EQ(GetLastError(), row.error ? row.error : 13) << row.why;
+    }
+}
+
+TEST_F(LogIndexTest, ArticlesAreReadWithinTheLog) {
+    WriteLog("abc\r\ndef\r\n");
+    const struct {
+        const char* why;
+        uint32_t offset;
+        uint32_t length;
+        const wchar_t* text;
+    } rows[] = {
+        {"all", 0, 10, L"abc\r\ndef\r\n"},  {"a part", 5, 3, L"def"},
+        {"nothing at the end", 10, 0, L""}, {"a byte too many", 5, 6, nullptr},
+        {"behind the end", 11, 0, nullptr}, {"an extent that wraps round", 5, 0xFFFFFFFC, nullptr},
+    };
+    for (const auto& row : rows) {
+        const WideText text = ReadArticle(store, row.offset, row.length);
+        EXPECT_STREQ(text.get(), row.text) << row.why;
+        if (!row.text) EXPECT_EQ(GetLastError(), 13u) << row.why;
+    }
+    IndexRecord record;
+    record.subjectTextOffset = 5;
+    record.subjectTextLength = 100;
+    EXPECT_STREQ(ReadSubjectText(store, record).get(), L"def\r\n") << "old offsets may reach beyond the log";
+    record.subjectTextOffset = 100;
+    EXPECT_STREQ(ReadSubjectText(store, record).get(), L"");
+    DeleteFileW(store.logPath.get());
+    EXPECT_EQ(ReadArticle(store, 0, 1), nullptr);
+    EXPECT_EQ(GetLastError(), 2u);
+}
+
+TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
+    const struct {
+        const char* why;
+        const char* filter;
+        uint32_t flags[3];
+        uint32_t high;
+        uint32_t low;
+        int writes;
+    } rows[] = {
+        {"the other way round", "+ sale\r\n- fj\r\n", {3, 4, 4}, 2, 1, 2},
+        {"the same again: only the header", "+ sale\r\n- fj\r\n", {3, 4, 4}, 2, 1, 1},
+        {"a keyword longer than the subject", "- Re: fj.comp\r\n", {3, 0, 2}, 0, 2, 2},
+        {"no keyword: nothing matches", "", {1, 0, 0}, 0, 0, 2},
+        {"an empty keyword matches all", "+ \r\n", {5, 4, 4}, 3, 0, 2},
+        {"back", "+ fj\r\n- sale\r\n", {5, 2, 4}, 2, 1, 2},
+    };
+    StoreSamples();
+    IndexRecord record;
+    ASSERT_TRUE(ReadRecord(store, record, 0));
+    record.flags |= kReadFlag;
+    ASSERT_TRUE(WriteRecord(store, record, 0));
+    std::vector<RecordBytes> records = Records();
+    for (const auto& row : rows) {
+        WriteFilter(row.filter);
+        FileFaults faults;
+        EXPECT_TRUE(Refilter(store)) << row.why;
+        for (int i = 0; i < 3; ++i)
+            records[static_cast<std::size_t>(i)].flags = row.flags[i];
+        EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 3, row.high, row.low}, records)) << row.why;
+        EXPECT_EQ(faultPlan.writes, row.writes) << row.why;
+    }
+}
+
+TEST_F(LogIndexTest, CatchUpMarksEveryRecord) {
+    StoreSamples();
+    ASSERT_TRUE(MarkAllRead(store));
+    std::vector<RecordBytes> records = Records();
+    for (RecordBytes& record : records)
+        record.flags |= 1;
+    EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 0, 2, 1}, records));
+    WriteIndex(Bytes(HeaderBytes{5, 1, 2, 3, 0, 0, "", 9}));
+    ASSERT_TRUE(MarkAllRead(store));
+    EXPECT_EQ(Index(), Bytes(HeaderBytes{5, 1, 2, 3})) << "no records: only the header";
+}
+
+TEST_F(LogIndexTest, ADamagedIndexKeepsTheCountsThatWereReached) {
+    const std::vector<RecordBytes> records = {{4}, {2}, {}};
+    const std::string bytes = IndexBytes({5, 0, 0, 0, 4, 0, "", 4, 9, 9}, records);
+    WriteIndex(bytes);
+    WriteLog("");
+    EXPECT_FALSE(MarkAllRead(store));
+    EXPECT_EQ(GetLastError(), 13u);
+    EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 4, 0, "", 1, 9, 9}, {{5}, {3}, {1}}));
+    EXPECT_FALSE(Refilter(store));
+    EXPECT_EQ(GetLastError(), 13u);
+    EXPECT_EQ(Index().substr(92, 8), Word(1) + Word(1));
+}
+
+// After any failure the same command, given again, brings everything right.
+TEST_F(LogIndexTest, AnInterruptedChangeCanBeDoneAgain) {
+    const struct {
+        const char* why;
+        bool (*change)(GroupStore&);
+    } rows[] = {{"re-filter", Refilter}, {"catch-up", MarkAllRead}};
+    StoreSamples();
+    WriteFilter("+ sale\r\n- fj\r\n");
+    const std::string before = Index();
+    for (const auto& row : rows) {
+        WriteIndex(before);
+        ASSERT_TRUE(row.change(store));
+        const std::string after = Index();
+        bool happened = true;
+        for (int fault = 1; happened && fault < kMostFaults; ++fault) {
+            WriteIndex(before);
+            {
+                const FileFaults faults(fault);
+                const bool done = row.change(store);
+                happened = faults.Happened();
+                // A filter that cannot be read to its end counts as far as it was read.
+                if (!happened || faultPlan.failed == FileCall::kWrite) {
+                    EXPECT_EQ(done, !happened) << row.why << ", fault " << fault;
+                }
+            }
+            EXPECT_EQ(Index().size(), before.size()) << row.why << ", fault " << fault;
+            EXPECT_TRUE(row.change(store)) << row.why << ", fault " << fault;
+            EXPECT_EQ(Index(), after) << row.why << ", fault " << fault;
+        }
+        EXPECT_FALSE(happened) << row.why << " never ran through";
+    }
+}
+
+}  // namespace
