@@ -202,8 +202,9 @@ int WidthOf(const Button& button, HDC dc) {
 void PlaceBar(const MenuBar& bar) {
     RECT client{};
     GetClientRect(bar.parent, &client);
+    // Drawn anew: what stood there may not have been painted yet, or may have been painted over by the panes.
     SetWindowPos(bar.window, nullptr, 0, client.bottom - bar.height, client.right, bar.height,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 void Redraw(const MenuBar& bar) {
@@ -472,9 +473,29 @@ bool OnKeyMenu(const Dock& dock) {
     return false;
 }
 
+bool IsBar(const Dock& dock, HWND window) {
+    const MenuBar* bar = dock.first;
+    while (bar && bar->window != window)
+        bar = bar->neighbour;
+    return bar != nullptr;
+}
+
+// The panes fill what the bars leave. On the device the shell keeps the parent's size; here the user drags
+// it.
+void PlacePanes(const Dock& dock) {
+    if (!dock.first) return;
+    RECT client{};
+    GetClientRect(dock.parent, &client);
+    for (HWND pane = GetWindow(dock.parent, GW_CHILD); pane; pane = GetWindow(pane, GW_HWNDNEXT)) {
+        if (!IsBar(dock, pane))
+            MoveWindow(pane, 0, 0, client.right, client.bottom - dock.first->height, TRUE);
+    }
+}
+
 void OnParentSize(const Dock& dock) {
     for (const MenuBar* bar = dock.first; bar; bar = bar->neighbour)
         PlaceBar(*bar);
+    PlacePanes(dock);
 }
 
 // A popup whose owner is destroyed takes its window along, and its loop may then wait for ever; it has to end
