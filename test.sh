@@ -19,5 +19,5 @@ finish() {
 trap finish EXIT
 trap 'exit 130' INT TERM HUP
 
-start_display
+start_display 1024x768
 ctest --preset desktop -j 2 "$@"

@@ -43,11 +43,11 @@ wait_for() {
     done
 }
 
-# Starts an X server without a screen on a free display and sets DISPLAY and display_pid.
+# start_display [SIZE]: starts an X server without a screen on a free display and sets DISPLAY and display_pid.
 start_display() {
     local number
     number=$(mktemp)
-    Xvfb -displayfd 3 -screen 0 640x480x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "${1-640x480}x24" -nolisten tcp 3>"$number" >/dev/null 2>&1 &
     display_pid=$!
     wait_for 20 grep -q . "$number" || {
         echo "Xvfb did not start" >&2
