@@ -1,5 +1,7 @@
 #include "filters/keyword_dialog.h"
 
+#include <wchar.h>
+
 #include <cstring>
 
 #include "resources/resource.h"
@@ -30,8 +32,26 @@ bool AddKeyword(const KeywordDialogState& state, const wchar_t* keyword, uint32_
     return true;
 }
 
+WideText KeywordAt(const KeywordDialogState& state, LRESULT item) {
+    const LRESULT length = TellList(state, CB_GETLBTEXTLEN, static_cast<WPARAM>(item), 0);
+    WideText text = length < 0 ? nullptr : NewArray<wchar_t>(static_cast<std::size_t>(length) + 1);
+    if (text) TellList(state, CB_GETLBTEXT, static_cast<WPARAM>(item), TextParameter(text.get()));
+    return text;
+}
+
+// The first item with exactly this text, or -1. The list's own search takes capitals for small letters, which
+// are different keywords, and finds no empty one.
+LRESULT FindKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
+    const LRESULT count = TellList(state, CB_GETCOUNT, 0, 0);
+    for (LRESULT item = 0; item < count; ++item) {
+        const WideText text = KeywordAt(state, item);
+        if (text && wcscmp(text.get(), keyword) == 0) return item;
+    }
+    return -1;
+}
+
 void SelectKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
-    const LRESULT item = TellList(state, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), TextParameter(keyword));
+    const LRESULT item = FindKeyword(state, keyword);
     if (item >= 0) TellList(state, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
 }
 
@@ -110,8 +130,7 @@ void OnSelectionChange(const KeywordDialogState& state) {
 void SelectTypedKeyword(const KeywordDialogState& state) {
     wchar_t text[kKeywordSize] = {};
     GetDlgItemTextW(state.dialog, IDC_KEYWORD, text, kKeywordSize);
-    const LRESULT item = TellList(state, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), TextParameter(text));
-    if (item < 0) TellList(state, CB_ADDSTRING, 0, TextParameter(text));
+    if (FindKeyword(state, text) < 0) TellList(state, CB_ADDSTRING, 0, TextParameter(text));
     SelectKeyword(state, text);
 }
 
@@ -126,17 +145,10 @@ void ApplyPriority(const KeywordDialogState& state) {
 
 enum class SaveResult { kSaved, kNoMemory, kWriteFailed };
 
-NarrowText KeywordOf(const KeywordDialogState& state, WPARAM item) {
-    const LRESULT length = TellList(state, CB_GETLBTEXTLEN, item, 0);
-    const WideText text = length < 0 ? nullptr : NewArray<wchar_t>(static_cast<std::size_t>(length) + 1);
-    if (!text) return nullptr;
-    TellList(state, CB_GETLBTEXT, item, TextParameter(text.get()));
-    return ToNarrow(text.get());
-}
-
 SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM item) {
     const auto priority = static_cast<uint32_t>(TellList(state, CB_GETITEMDATA, item, 0));
-    const NarrowText keyword = KeywordOf(state, item);
+    const WideText text = KeywordAt(state, static_cast<LRESULT>(item));
+    const NarrowText keyword = text ? ToNarrow(text.get()) : nullptr;
     if (!keyword) return SaveResult::kNoMemory;
     if (priority == kPriorityNormal) return SaveResult::kSaved;
     const auto length = static_cast<uint32_t>(std::strlen(keyword.get()));

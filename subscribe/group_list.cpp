@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr DWORD kCounterInterval =
-    15;  // milliseconds between two changes of the counter while replies rush in
+// Milliseconds between two changes of the counter while replies rush in.
+constexpr DWORD kCounterInterval = 15;
 
 // Failures: the first text stays. All answer false.
 
@@ -121,24 +121,38 @@ bool StoreCategory(GroupListJob& job, ListFiles& files) {
            FailWithString(job, IDS_LIST_WRITE_FAILED);
 }
 
-// No reply waits in the buffer: the next one may be long in coming.
-bool IsBufferDrained(const NntpConnection& connection) {
+// Waits no longer than it is told to.
+bool Arrives(SOCKET socket, DWORD milliseconds) {
+    fd_set readable;
+    readable.fd_count = 1;
+    readable.fd_array[0] = socket;
+    timeval limit = {0, static_cast<long>(milliseconds) * 1000};
+    return select(0, &readable, nullptr, nullptr, &limit) != 0;
+}
+
+bool HasReply(const NntpConnection& connection) {
     const auto left = static_cast<std::size_t>(connection.endPosition - connection.readPosition);
-    return left == 0 || !std::memchr(connection.readPosition, '\n', left);
+    return left > 0 && std::memchr(connection.readPosition, '\n', left);
 }
 
 void ShowCount(GroupListJob& job) {
     wchar_t text[32];
     wsprintfW(text, L"%d group(s).", job.groupCount);
     SetDlgItemTextW(job.notifyWindow, IDC_GROUP_LIST_COUNT, text);
+    job.shownCount = job.groupCount;
     job.shownAt = GetTickCount();
 }
 
-// Each change of the counter waits for the dialog's thread, so a change that nobody could see is left out.
+// Each change of the counter waits for the dialog's thread, so a change that nobody could see is left out:
+// the next reply is here, or comes before the counter is due again.
 void CountGroup(GroupListJob& job) {
     ++job.groupCount;
-    const bool due = GetTickCount() - job.shownAt >= kCounterInterval;
-    if (due || IsBufferDrained(job.connection)) ShowCount(job);
+    const DWORD passed = GetTickCount() - job.shownAt;
+    if (passed < kCounterInterval) {
+        if (HasReply(job.connection)) return;
+        if (Arrives(job.connection.readerSocket, kCounterInterval - passed)) return;
+    }
+    ShowCount(job);
 }
 
 // The reply line is a name, a blank and the article numbers.
@@ -161,9 +175,17 @@ bool StoreGroups(GroupListJob& job, ListFiles& files) {
     return FailWithString(job, IDS_LIST_INCOMPLETE);
 }
 
+// However it ended, what the counter left out so far shows now.
+bool StoreGroupsAndCount(GroupListJob& job, ListFiles& files) {
+    const bool stored = StoreGroups(job, files);
+    const ErrorKeeper keeper;
+    if (job.shownCount != job.groupCount) ShowCount(job);
+    return stored;
+}
+
 bool TransferList(GroupListJob& job, ListFiles& files) {
     if (!CreateStringSet(files.categories)) return FailWithString(job, IDS_LIST_HASH_FAILED);
-    const bool transferred = AskForList(job) && StoreGroups(job, files);
+    const bool transferred = AskForList(job) && StoreGroupsAndCount(job, files);
     DestroyStringSet(files.categories);
     return transferred;
 }

@@ -26,6 +26,7 @@ struct GroupListJob {
     NntpConnection connection;
     ReplyLine line;
     uint32_t groupCount = 0;  // groups stored so far
+    uint32_t shownCount = 0;  // what the counter on the screen says
     DWORD shownAt = 0;        // tick of the counter's last change on the screen
 };
 

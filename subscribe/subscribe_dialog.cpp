@@ -142,13 +142,12 @@ bool LoadSubscriptions(SubscribeState& state) {
         return false;
     }
     char line[kLongestName + 1];
-    while (ReadLine(file, line, sizeof(line), true)) {
-        if (AddString(state.subscriptions, line)) continue;
-        ShowLastError(IDS_SUBSCRIBE_LOAD_FAILED, kProgramCaption);
-        return false;
-    }
-    state.mayReplace = true;
-    return true;
+    bool added = true;
+    while (added && ReadLine(file, line, sizeof(line), true))
+        added = AddString(state.subscriptions, line) != nullptr;
+    state.mayReplace = added && GetError() == kErrorEndOfFile;
+    if (!state.mayReplace) ShowLastError(IDS_SUBSCRIBE_LOAD_FAILED, kProgramCaption);
+    return state.mayReplace;
 }
 
 void PrepareList(SubscribeState& state) {
