@@ -27,7 +27,7 @@ core=$(taskset -cp $$ | sed 's/.*: *//; s/[,-].*//')
 taskset -cp "$core" $$ >&2
 
 start_display
-tools/wine_session start "$build/wine"
+tools/wine_session start "$build/wine" unmanaged
 export LC_ALL=ja_JP.UTF-8 WINEPREFIX=$build/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
 
 # A program prints its rows as fields with tabs between them, or what has failed.

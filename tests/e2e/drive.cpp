@@ -9,6 +9,7 @@
 //                               caption
 //   items WINDOW                its children: handle, id, class, enabled, visible, text
 //   rows LIST                   a report list's rows, one field a column, left to right
+//   place LIST ROW              the middle of a row's text, in the list: x, y
 //   post WINDOW MSG W L         PostMessage
 //   send WINDOW MSG W L         SendMessage; answers the result
 //   text WINDOW TEXT            WM_SETTEXT
@@ -185,6 +186,21 @@ bool Rows(HWND list) {
     return true;
 }
 
+bool Place(HWND list, int row) {
+    RECT place = {LVIR_LABEL, 0, 0, 0};
+    DWORD_PTR found = 0;
+    const ForeignMemory memory(list);
+    if (!memory.address ||
+        !WriteProcessMemory(memory.process, memory.address, &place, sizeof place, nullptr) ||
+        !Ask(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(memory.address),
+             &found) ||
+        !found || !ReadProcessMemory(memory.process, memory.address, &place, sizeof place, nullptr)) {
+        return false;
+    }
+    Answer({std::to_string((place.left + place.right) / 2), std::to_string((place.top + place.bottom) / 2)});
+    return true;
+}
+
 bool Setting(const Fields& order) {
     HKEY key = nullptr;
     if (RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr))
@@ -222,6 +238,7 @@ bool Obey(Fields order) {
         return true;
     }
     if (name == "rows") return Rows(Window(order[1]));
+    if (name == "place") return Place(Window(order[1]), static_cast<int>(Number(order[2])));
     if (name == "send") return Send(order);
     if (name == "post") {
         return PostMessageW(Window(order[1]), static_cast<UINT>(Number(order[2])),

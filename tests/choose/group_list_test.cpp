@@ -1,0 +1,339 @@
+// The server's list of groups, fetched by the real dialog and its worker.
+#include "subscribe/group_list.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+
+#include "resources/resource.h"
+#include "store/file.h"
+#include "subscribe/group_list_dialog.h"
+#include "tests/choose/dialog_user.h"
+#include "tests/choose/live_jobs.h"
+#include "tests/support/scripted_server.h"
+#include "tests/support/temp_folder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace std::string_literals;
+
+// What stood in both files before the download.
+const std::string kOld = "old";
+
+// The counter's texts, in order. It must not end up short.
+std::vector<std::string> shown;
+
+LRESULT CALLBACK WatchCounter(int code, WPARAM wParam, LPARAM lParam) {
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+    if (sent.message == WM_SETTEXT && GetDlgCtrlID(sent.hwnd) == IDC_GROUP_LIST_COUNT)
+        shown.push_back(Utf8(reinterpret_cast<const wchar_t*>(sent.lParam)));
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+class GroupListTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        hook_ = SetWindowsHookExW(WH_CALLWNDPROC, WatchCounter, nullptr, GetCurrentThreadId());
+        Renew();
+    }
+    void TearDown() override {
+        SetFileFault(nullptr);
+        UnhookWindowsHookEx(hook_);
+    }
+
+    void Renew() {
+        folder_.Write(L"active.dat", kOld);
+        folder_.Write(L"category.dat", kOld);
+        shown.clear();
+    }
+
+    GroupListRequest Request(unsigned short port, const char* user = nullptr,
+                             const char* password = nullptr) {
+        return {active_.c_str(), category_.c_str(), L"127.0.0.1", port, user, password};
+    }
+
+    // Lets the dialog run by itself; answers its boxes.
+    std::vector<std::string> Run(const GroupListRequest& request, std::vector<UserStep> steps = {}) {
+        DialogUser user(std::move(steps));
+        EXPECT_EQ(RunGroupListDownload(GetModuleHandleW(nullptr), nullptr, request), 0);
+        return user.boxes;
+    }
+
+    void ExpectFiles(const std::string& active, const std::string& category) {
+        EXPECT_EQ(folder_.Read(L"active.dat"), active);
+        EXPECT_EQ(folder_.Read(L"category.dat"), category);
+    }
+
+    static void AwaitNoJobs() {
+        const DWORD start = GetTickCount();
+        while (liveJobs != 0 && GetTickCount() - start < 10000)
+            Sleep(1);
+        EXPECT_EQ(liveJobs, 0);
+    }
+
+    TempFolder folder_;
+    const std::wstring active_ = folder_.FilePath(L"active.dat");
+    const std::wstring category_ = folder_.FilePath(L"category.dat");
+
+  private:
+    HHOOK hook_ = nullptr;
+};
+
+const std::string kHello = "S: 200 hi\n";
+const std::string kAsked = kHello + "C: LIST active\n";
+const std::string kList = kAsked + "S: 215 list\n";
+const std::string kUser = kHello + "C: authinfo user taro\nC:\n";
+const std::string kPass = kUser + "S: 381 more\nC: authinfo pass hi mitsu\nC:\n";
+const std::string kListed = "C: LIST active\nS: 215 list\nS: fj.test 9 1 y\nS: .\n";
+constexpr char kTest[] = "fj.test\r\n";
+
+struct ListCase {
+    const char* sentence;
+    std::string script;
+    std::string text;  // of the one box; empty for none
+    std::string active, category;
+    const char* user = nullptr;
+    const char* password = nullptr;
+};
+
+const std::string x1022(1022, 'x');
+const std::string u4090(4090, 'u');
+const char* const kCut = "正常に受信できませんでした(38)";
+
+const ListCase kLists[] = {
+    // Greeting.
+    {"no greeting", "! hang up\n", "Recv fail: Can't connect to server", kOld, kOld},
+    {"a refusal is shown with its line end", "S: 502 \x93\xFA\x96\x7B\n", "Connection refused : 502 日本\r\n",
+     kOld, kOld},
+    // Login.
+    {"an empty line follows each login command", kPass + "S: 281 ok\n" + kListed, "", kTest, "fj\r\n", "taro",
+     "hi mitsu"},
+    {"a wrong password ends with the server's line", kPass + "S: 482 no\n", "482 no\r\n", kOld, kOld, "taro",
+     "hi mitsu"},
+    {"a user who needs no password is refused all the same", kUser + "S: 281 ok\n", "281 ok\r\n", kOld, kOld,
+     "taro", "hi mitsu"},
+    {"a server without logins", kUser + "S: 500 what\n", "500 what\r\n", kOld, kOld, "taro", "hi mitsu"},
+    {"the server goes after the user", kUser + "! hang up\n", "Can't redv data", kOld, kOld, "taro",
+     "hi mitsu"},
+    {"and after the password", kPass + "! hang up\n", "Can't redv data", kOld, kOld, "taro", "hi mitsu"},
+    {"a user that no command can hold", kHello, "Can't send data", kOld, kOld, u4090.c_str(), "p"},
+    {"an empty user and password are given ones",
+     kHello + "C: authinfo user \nC:\nS: 381 more\nC: authinfo pass \nC:\nS: 281 ok\n" + kListed, "", kTest,
+     "fj\r\n", "", ""},
+    {"a user without a password logs in nowhere", kHello + kListed, "", kTest, "fj\r\n", "taro", nullptr},
+    {"nor does a password without a user", kHello + kListed, "", kTest, "fj\r\n", nullptr, "hi mitsu"},
+    // The command.
+    {"a server that knows only the short command", kAsked + "S: 500 what\nC: LIST\nS: 215 ok\nS: a.b\nS: .\n",
+     "", "a.b\r\n", "a\r\n"},
+    {"a server that knows neither", kAsked + "S: 500 what\nC: LIST\nS: 502 \x93\xFA\n",
+     "サーバが予期せぬ応答をしました。:502 日\r\n", "", ""},
+    {"'3' is no list", kAsked + "S: 381 more\nC: LIST\nS: 381 more\n",
+     "サーバが予期せぬ応答をしました。:381 more\r\n", "", ""},
+    {"the server goes instead of answering", kAsked + "! hang up\n", "受信に失敗", "", ""},
+    {"and at the second command", kAsked + "S: 500 what\nC: LIST\n! hang up\n", "受信に失敗", "", ""},
+    {"a status line that is too long", kAsked + "S: 215 " + x1022 + "\n", "受信に失敗", "", ""},
+    // The list.
+    {"an empty list", kList + "S: .\n", "", "", ""},
+    {"names without a blank and without a dot", kList + "S: alt.a.b\nS: junk\nS: to 1 1 y\nS: .\n", "",
+     "alt.a.b\r\njunk\r\nto\r\n", "alt\r\njunk\r\nto\r\n"},
+    {"a dot behind the blank is not the name's", kList + "S: junk 1.5 1 y\nS: .\n", "", "junk\r\n",
+     "junk\r\n"},
+    {"categories stand once, in the order of their first group",
+     kList + "S: z.1 1\nS: a.1 1\nS: z.2 1\nS: a 1\nS: z.1 1\nS: .\n", "",
+     "z.1\r\na.1\r\nz.2\r\na\r\nz.1\r\n", "z\r\na\r\n"},
+    {"an empty line and one of a blank are groups without a name", kList + "S:\nS:  1 2 y\nS: .\n", "",
+     "\r\n\r\n", "\r\n"},
+    {"any line with a dot in front ends the list", kList + "S: a.b\nS: .hidden\n", "", "a.b\r\n", "a\r\n"},
+    {"bytes above 0x7F stay", kList + "S: fj.\x93\xFA\x96\x7B 1 1 y\nS: \xB1.\xFF\n" + "S: .\n", "",
+     "fj.\x93\xFA\x96\x7B\r\n\xB1.\xFF\r\n", "fj\r\n\xB1\r\n"},
+    {"1022 bytes and the line end fit", kList + "S: " + x1022 + "\nS: .\n", "", x1022 + "\r\n",
+     x1022 + "\r\n"},
+    {"one more does not", kList + "S: a.b\nS: x" + x1022 + "\nS: c\nS: .\n",
+     "正常に受信できませんでした(234)", "a.b\r\n", "a\r\n"},
+    {"a 0 byte is no end of the list", kList + "S: a.b\nS: c" + '\0' + ".d\nS: .\n",
+     "正常に受信できませんでした(13)", "a.b\r\n", "a\r\n"},
+    {"the connection breaks", kList + "S: a.b\nS: c.d\nS: e\n! reset\n", "正常に受信できませんでした(13)",
+     "a.b\r\nc.d\r\ne\r\n", "a\r\nc\r\ne\r\n"},
+};
+
+TEST_F(GroupListTest, EveryConversation) {
+    for (const ListCase& row : kLists) {
+        SCOPED_TRACE(row.sentence);
+        Renew();
+        ScriptedServer server(Script(row.script));
+        const auto boxes = Run(Request(server.Start(), row.user, row.password));
+        const std::string expected = "!|PELNOR|" + row.text;
+        EXPECT_EQ(boxes, row.text.empty() ? std::vector<std::string>() : std::vector<std::string>{expected});
+        ExpectFiles(row.active, row.category);
+        AwaitNoJobs();
+        EXPECT_THAT(server.Finish(), IsEmpty());
+    }
+    Renew();
+    ScriptedServer gone(Script(kHello));
+    const unsigned short port = gone.Start();
+    (void)gone.Finish();
+    EXPECT_THAT(Run(Request(port)), ElementsAre("!|PELNOR|Can't connect to server"));
+    ExpectFiles(kOld, kOld);
+}
+
+// Straight, without the dialog: the text, empty for none.
+std::string Fetch(const GroupListRequest& request) {
+    GroupListJob* job = MakeGroupListJob(request, nullptr);
+    FetchGroupList(*job);
+    const std::string text = job->errorText ? Utf8(job->errorText.get()) : "";
+    ReleaseGroupListJob(job);
+    return text;
+}
+
+TEST_F(GroupListTest, AListCutAnywhereLeavesItsWholeLines) {
+    const std::string hello = "200 hi\r\n", status = "215 list\r\n";
+    const std::vector<std::string> names = {"fj.test", "alt.b", "fj.\x93\xFA", "junk"};
+    const std::vector<std::string> files = {"", "fj.test\r\n", "fj.test\r\nalt.b\r\n",
+                                            "fj.test\r\nalt.b\r\nfj.\x93\xFA\r\n",
+                                            "fj.test\r\nalt.b\r\nfj.\x93\xFA\r\njunk\r\n"};
+    const std::vector<std::string> categories = {"", "fj\r\n", "fj\r\nalt\r\n", "fj\r\nalt\r\n",
+                                                 "fj\r\nalt\r\njunk\r\n"};
+    std::vector<size_t> ends;  // of the names' lines within all that is spoken
+    std::string list;
+    for (const std::string& name : names) {
+        list += name + " 1 1 y\r\n";
+        ends.push_back(hello.size() + status.size() + list.size());
+    }
+    const auto script = {Say(hello), Hear("LIST active\r\n"), Say(status + list + ".\r\n")};
+    const size_t spoken = SpokenBytes(script);
+    for (size_t at = 0; at <= spoken; ++at) {
+        SCOPED_TRACE(at);
+        Renew();
+        ScriptedServer server(script);
+        server.HangUpAfter(at);
+        const std::string text = Fetch(Request(server.Start()));
+        EXPECT_THAT(server.Finish(), IsEmpty());
+        if (at < hello.size()) {
+            EXPECT_EQ(text, "Recv fail: Can't connect to server");
+            ExpectFiles(kOld, kOld);
+            continue;
+        }
+        const bool begun = at >= hello.size() + status.size();
+        EXPECT_EQ(text, at == spoken ? "" : begun ? kCut : "受信に失敗");
+        const auto whole = static_cast<size_t>(
+            std::count_if(ends.begin(), ends.end(), [=](size_t end) { return end <= at; }));
+        ExpectFiles(files[whole], categories[whole]);
+        if (at == 0 || at == spoken) continue;
+        ScriptedServer pieces(script);
+        pieces.CutAt(at);
+        EXPECT_EQ(Fetch(Request(pieces.Start())), "");
+        EXPECT_THAT(pieces.Finish(), IsEmpty());
+        ExpectFiles(files.back(), categories.back());
+    }
+    EXPECT_EQ(liveJobs, 0);
+}
+
+// A list of so many groups, with a category each or one for all.
+std::string LongList(int count, bool ownCategories) {
+    std::string list;
+    for (int i = 0; i < count; ++i)
+        list +=
+            "S: " + (ownCategories ? std::to_string(i) + ".category" : "fj.group" + std::to_string(i)) + "\n";
+    return list + "S: .\n";
+}
+
+// The write that fails, counted from 1.
+std::atomic<int> failingWrite{0};
+DWORD FailWrite(FileCall call) {
+    return call == FileCall::kWrite && --failingWrite == 0 ? ERROR_DISK_FULL : 0;
+}
+
+TEST_F(GroupListTest, ADiskThatFillsUpIsTold) {
+    const struct {
+        const char* sentence;
+        std::string list;
+        int write;
+        const char *text, *active, *category;
+    } rows[] = {
+        {"at the end of a short list", "S: fj.test\nS: .\n", 1, "ファイル書き込みに失敗(112)", "", "fj\r\n"},
+        {"only the categories", "S: fj.test\nS: .\n", 2, "ファイル書き込みに失敗(112)", kTest, ""},
+        {"amid a long list", LongList(3000, false), 1, "ファイル書き込みに失敗(112)", "", "fj\r\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        ScriptedServer server(Script(kList + row.list));
+        failingWrite = row.write;
+        SetFileFault(FailWrite);
+        EXPECT_THAT(Run(Request(server.Start())), ElementsAre("!|PELNOR|"s + row.text));
+        SetFileFault(nullptr);
+        ExpectFiles(row.active, row.category);
+        (void)server.Finish();  // it may not have got rid of the whole list
+    }
+    ScriptedServer server(Script(kList + LongList(40000, true)));
+    EXPECT_THAT(Run(Request(server.Start())), ElementsAre("!|PELNOR|ハッシュテーブル書き込みに失敗(8)"));
+    (void)server.Finish();
+}
+
+// The worker tells of such a file twice; how many boxes that makes depends on who is faster.
+TEST_F(GroupListTest, AFileThatSomeoneHoldsIsTold) {
+    const struct {
+        const std::wstring& path;
+        const char *text, *active;
+    } rows[] = {{active_, "!|PELNOR|Can't open active file(32)", kOld.c_str()},
+                {category_, "!|PELNOR|Can't open category file(32)", ""}};
+    for (const auto& row : rows) {
+        Renew();
+        DataFile held;
+        ASSERT_TRUE(OpenDataFile(held, row.path.c_str(), FileMode::kReadAlone));
+        ScriptedServer server(Script(kHello));
+        const auto boxes = Run(Request(server.Start()));
+        EXPECT_THAT(boxes, testing::AnyOf(ElementsAre(row.text), ElementsAre(row.text, row.text)));
+        CloseDataFile(held);
+        EXPECT_THAT(server.Finish(), IsEmpty()) << "the connection is closed, nothing is asked";
+        ExpectFiles(row.active, kOld);
+        AwaitNoJobs();
+    }
+}
+
+TEST_F(GroupListTest, TheCounterMovesAndEndsRight) {
+    ScriptedServer slow(Script(kList + "S: a.b\n! wait 5\nS: c.d\n! wait 40\nS: e.f\n! wait 5\nS: .\n"));
+    EXPECT_THAT(Run(Request(slow.Start())), IsEmpty());
+    EXPECT_THAT(shown, ElementsAre("1 group(s).", "2 group(s).", "3 group(s)."));
+    for (const char* end : {"", "S: x\n! reset\n"}) {
+        shown.clear();
+        const std::string list = LongList(5000, false);
+        ScriptedServer fast(Script(kList + (*end ? list.substr(0, list.size() - 5) + end : list)));
+        (void)Run(Request(fast.Start()));
+        ASSERT_FALSE(shown.empty());
+        EXPECT_EQ(shown.back(), *end ? "5001 group(s)." : "5000 group(s).");
+        EXPECT_LT(shown.size(), 1000u) << "the worker waits for the screen at each group";
+    }
+}
+
+TEST_F(GroupListTest, ADialogClosedEarlyLeavesTheWorkerItsJob) {
+    for (int round = 0; round < 40; ++round) {
+        SCOPED_TRACE(round);
+        Renew();
+        const std::string wait = "! wait " + std::to_string(20 + round % 8 * 3) + "\n";
+        ScriptedServer server(Script(kList + "S: a.b\n" + wait + "S: c.d\n" + wait + "S: e.f\nS: .\n"));
+        const bool atOnce = round % 2 == 0;
+        const UserStep escape = {IDC_GROUP_LIST_COUNT, [=](HWND dialog) {
+                                     if (!atOnce && shown.empty()) return false;
+                                     PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
+                                     return true;
+                                 }};
+        DialogUser user({escape});
+        EXPECT_EQ(RunGroupListDownload(GetModuleHandleW(nullptr), nullptr, Request(server.Start())), 0);
+        EXPECT_THAT(user.boxes, IsEmpty());
+        AwaitNoJobs();
+        EXPECT_THAT(server.Finish(), IsEmpty());
+        ExpectFiles("a.b\r\nc.d\r\ne.f\r\n", "a\r\nc\r\ne\r\n");
+    }
+}
+
+TEST_F(GroupListTest, WithoutMemoryForAJobTheDialogClosesAtOnce) {
+    noJobs = true;
+    EXPECT_THAT(Run(Request(1)), ElementsAre("!|PELNOR|メモリが足りません"));
+    noJobs = false;
+    ExpectFiles(kOld, kOld);
+}
+
+}  // namespace
