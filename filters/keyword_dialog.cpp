@@ -201,23 +201,13 @@ INT_PTR OnCommand(HWND dialog, int id, int notice) {
     return TRUE;
 }
 
-INT_PTR CALLBACK KeywordProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return OnInitDialog(dialog, reinterpret_cast<KeywordDialogState*>(lParam));
-        case WM_COMMAND:
-            return OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
-        default:
-            return FALSE;
-    }
-}
-
 }  // namespace
 
 INT_PTR RunKeywordDialog(KeywordDialogState& state, HINSTANCE instance, HWND owner, const wchar_t* filterPath,
                          const wchar_t* proposedKeyword) {
     state.filterPath = filterPath;
     state.proposedKeyword = proposedKeyword;
-    const INT_PTR result = RunDialog(instance, IDD_KEYWORDS, owner, KeywordProcedure, &state);
+    const INT_PTR result = RunDialog(instance, IDD_KEYWORDS, owner,
+                                     DialogProcedure<KeywordDialogState, OnInitDialog, OnCommand>, &state);
     return result == 1 ? 1 : 2;
 }

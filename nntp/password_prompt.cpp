@@ -29,26 +29,16 @@ void OnOk(HWND dialog) {
     EndDialog(dialog, IDOK);
 }
 
-INT_PTR OnCommand(HWND dialog, int id) {
+INT_PTR OnCommand(HWND dialog, int id, int) {
     if (id == IDOK) OnOk(dialog);
     if (id == IDCANCEL) EndDialog(dialog, IDCANCEL);
     return id == IDOK || id == IDCANCEL;
-}
-
-INT_PTR CALLBACK PromptProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return OnInitDialog(dialog, reinterpret_cast<PasswordPrompt*>(lParam));
-        case WM_COMMAND:
-            return OnCommand(dialog, LOWORD(wParam));
-        default:
-            return FALSE;
-    }
 }
 
 }  // namespace
 
 INT_PTR RunPasswordPrompt(HINSTANCE instance, HWND owner, const char* user, NarrowText& password) {
     PasswordPrompt prompt{user, &password};
-    return RunDialog(instance, IDD_PASSWORD, owner, PromptProcedure, &prompt);
+    return RunDialog(instance, IDD_PASSWORD, owner, DialogProcedure<PasswordPrompt, OnInitDialog, OnCommand>,
+                     &prompt);
 }

@@ -20,7 +20,7 @@ void Close(HWND dialog, ProgressDialog& progress, int result) {
     EndDialog(dialog, result);
 }
 
-INT_PTR OnCommand(HWND dialog, int id) {
+INT_PTR OnCommand(HWND dialog, int id, int) {
     auto progress = static_cast<ProgressDialog*>(GetWindowPointer(dialog, kUserData));
     if (!progress) {
         MessageBoxW(nullptr, L"Not Initialized!", L"ERROR", MB_OK | MB_ICONERROR);
@@ -28,17 +28,6 @@ INT_PTR OnCommand(HWND dialog, int id) {
     }
     if (id == IDOK || id == IDCANCEL) Close(dialog, *progress, id);
     return TRUE;
-}
-
-INT_PTR CALLBACK ProgressProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return OnInitDialog(dialog, reinterpret_cast<ProgressDialog*>(lParam));
-        case WM_COMMAND:
-            return OnCommand(dialog, LOWORD(wParam));
-        default:
-            return FALSE;
-    }
 }
 
 void TellBar(const ProgressDialog& progress, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -49,7 +38,8 @@ void TellBar(const ProgressDialog& progress, UINT message, WPARAM wParam, LPARAM
 
 void RunProgressDialog(ProgressDialog& progress, HINSTANCE instance, HWND owner) {
     const HANDLE shown = progress.shown;
-    const INT_PTR result = RunDialog(instance, IDD_PROGRESS, owner, ProgressProcedure, &progress);
+    const INT_PTR result = RunDialog(instance, IDD_PROGRESS, owner,
+                                     DialogProcedure<ProgressDialog, OnInitDialog, OnCommand>, &progress);
     if (result == -1 && shown) SetEvent(shown);
 }
 

@@ -33,7 +33,21 @@ HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size);
 // given, -1 when the template is missing or the dialog cannot be made.
 INT_PTR RunDialog(HINSTANCE instance, int id, HWND owner, DLGPROC procedure, void* parameter);
 
-// The same without waiting: null when the template is missing or the dialog cannot be made.
+// The procedure of a dialog that only starts and takes commands: OnInit gets the state that RunDialog was
+// given, and answers whether the dialog shall set the focus; OnCommand gets a control's id and notification.
+template <class State, INT_PTR (*OnInit)(HWND, State*), INT_PTR (*OnCommand)(HWND, int, int)>
+INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            return OnInit(dialog, reinterpret_cast<State*>(lParam));
+        case WM_COMMAND:
+            return OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
+        default:
+            return FALSE;
+    }
+}
+
+// RunDialog without waiting: null when the template is missing or the dialog cannot be made.
 HWND CreateModelessDialog(HINSTANCE instance, int id, HWND owner, DLGPROC procedure, void* parameter);
 
 // What a dialog procedure answers to a notification, besides TRUE for having handled it.

@@ -24,7 +24,7 @@ uint32_t IsChecked(HWND dialog, int id) {
     return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED ? 1 : 0;
 }
 
-INT_PTR OnDialogCommand(HWND dialog, int id) {
+INT_PTR OnDialogCommand(HWND dialog, int id, int) {
     auto choice = static_cast<CatchUpDialog*>(GetWindowPointer(dialog, kUserData));
     if (id == IDOK && choice) {
         choice->local = IsChecked(dialog, IDC_CATCH_UP_LOCAL);
@@ -32,17 +32,6 @@ INT_PTR OnDialogCommand(HWND dialog, int id) {
     }
     if (id == IDOK || id == IDCANCEL) EndDialog(dialog, id);
     return TRUE;
-}
-
-INT_PTR CALLBACK CatchUpProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return OnInitDialog(dialog, reinterpret_cast<CatchUpDialog*>(lParam));
-        case WM_COMMAND:
-            return OnDialogCommand(dialog, LOWORD(wParam));
-        default:
-            return FALSE;
-    }
 }
 
 void CatchUpLocal(const AppFrame& frame, GroupStore& store, uint32_t row) {
@@ -74,7 +63,8 @@ void CatchUpGroup(AppFrame& frame, const wchar_t* name, uint32_t row) {
         return;
     }
     CatchUpDialog choice;
-    (void)RunDialog(frame.instance, IDD_CATCH_UP, frame.mainWindow, CatchUpProcedure, &choice);
+    (void)RunDialog(frame.instance, IDD_CATCH_UP, frame.mainWindow,
+                    DialogProcedure<CatchUpDialog, OnInitDialog, OnDialogCommand>, &choice);
     if (choice.local) CatchUpLocal(frame, store, row);
     if (choice.server) CatchUpServer(frame, store);
 }

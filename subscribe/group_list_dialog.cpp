@@ -31,21 +31,10 @@ void OnDone(HWND dialog) {
     PostMessageW(dialog, WM_COMMAND, IDOK, 0);
 }
 
-INT_PTR OnCommand(HWND dialog, UINT id) {
-    if (id == kGroupListDone) OnDone(dialog);
-    if (id == IDOK || id == IDCANCEL) EndDialog(dialog, static_cast<INT_PTR>(id));
+INT_PTR OnCommand(HWND dialog, int id, int) {
+    if (id == static_cast<int>(kGroupListDone)) OnDone(dialog);
+    if (id == IDOK || id == IDCANCEL) EndDialog(dialog, id);
     return TRUE;
-}
-
-INT_PTR CALLBACK GroupListProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            return OnInitDialog(dialog, reinterpret_cast<GroupListDialog*>(lParam));
-        case WM_COMMAND:
-            return OnCommand(dialog, LOWORD(wParam));
-        default:
-            return FALSE;
-    }
 }
 
 }  // namespace
@@ -53,7 +42,8 @@ INT_PTR CALLBACK GroupListProcedure(HWND dialog, UINT message, WPARAM wParam, LP
 INT_PTR RunGroupListDownload(HINSTANCE instance, HWND parent, const GroupListRequest& request) {
     GroupListDialog state;
     state.request = &request;
-    (void)RunDialog(instance, IDD_GROUP_LIST, parent, GroupListProcedure, &state);
+    (void)RunDialog(instance, IDD_GROUP_LIST, parent,
+                    DialogProcedure<GroupListDialog, OnInitDialog, OnCommand>, &state);
     if (state.job) ReleaseGroupListJob(state.job);
     return 0;
 }

@@ -115,7 +115,6 @@ bool EnsureLayout(SubjectView& view) {
     view.scroll.rows.page = RowsPerPage(view);
     const bool built = !view.list.open || BuildArticleList(view.list, view.scroll.rows.page);
     view.scroll.rows.total = built ? view.list.visibleCount : 0;
-    if (!built) view.list.open = false;  // there is no header to write back
     const ErrorKeeper keeper;
     TellListCursor(view);
     SetScrollBar(view, ListScrollMaximum(view.scroll.rows), view.scroll.rows.top);
