@@ -175,8 +175,10 @@ bool ConvertTextIndex(GroupStore& store) {
 
 bool FinishUpgrade(const GroupStore& store) {
     const WideText temporary = TemporaryPath(store);
-    if (!temporary || !IsWholeIndex(temporary.get())) return false;
-    return RenameDataFile(temporary.get(), store.indexPath.get());
+    if (!temporary) return false;
+    if (IsWholeIndex(temporary.get())) return RenameDataFile(temporary.get(), store.indexPath.get());
+    DropTemporary(temporary.get());
+    return false;
 }
 
 bool UpgradeIndex(GroupStore& store, uint32_t version) {
