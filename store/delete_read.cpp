@@ -45,9 +45,12 @@ struct Rewrite {
     uint32_t keptLow = 0;
 };
 
-bool OpenFiles(Rewrite& rewrite, const GroupStore& store, const TemporaryPaths& paths) {
-    return OpenDataFile(rewrite.oldLog, store.logPath.get(), FileMode::kReadAlone) &&
-           OpenDataFile(rewrite.newIndex, paths.index.get(), FileMode::kReplace) &&
+bool OpenOldLog(Rewrite& rewrite, const GroupStore& store) {
+    return OpenDataFile(rewrite.oldLog, store.logPath.get(), FileMode::kReadAlone);
+}
+
+bool MakeNewFiles(Rewrite& rewrite, const TemporaryPaths& paths) {
+    return OpenDataFile(rewrite.newIndex, paths.index.get(), FileMode::kReplace) &&
            OpenDataFile(rewrite.newLog, paths.log.get(), FileMode::kReplace);
 }
 
@@ -151,8 +154,9 @@ bool DeleteRead(GroupStore& store) {
     TemporaryPaths paths;
     const std::unique_ptr<Rewrite> rewrite(new (std::nothrow) Rewrite);
     if (!rewrite) return Fail(kErrorNoMemory);
-    if (!MakePaths(store, paths)) return false;
-    const bool written = OpenFiles(*rewrite, store, paths) && WriteNewFiles(*rewrite, store);
+    // Without a log nothing is touched: a new one that could not take its place yet may be all there is.
+    if (!MakePaths(store, paths) || !OpenOldLog(*rewrite, store)) return false;
+    const bool written = MakeNewFiles(*rewrite, paths) && WriteNewFiles(*rewrite, store);
     const unsigned error = GetError();
     const bool closed = CloseFiles(*rewrite, store);
     if (!written || !closed) {

@@ -141,6 +141,9 @@ TEST_F(DeleteReadTest, AFailureLeavesTheOldFiles) {
     EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(Index(), good.index);
     EXPECT_FALSE(folder.Has(L"fj.test.log") || HasTemporaries());
+    folder.Write(L"fj.test.lo~", good.log);
+    EXPECT_FALSE(DeleteRead(store)) << "the log's rename has failed and a start-up has yet to repeat it";
+    EXPECT_TRUE(folder.Read(L"fj.test.lo~") == good.log) << "the only copy of the articles";
 }
 
 // The `at`-th call to the system fails; so do, when the process ends there, all behind it.
