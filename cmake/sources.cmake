@@ -48,6 +48,7 @@ set(PELNOR_SOURCES
   nntp/download_job.cpp
   nntp/group_cursor.cpp
   nntp/password_prompt.cpp
+  nntp/pipeline.cpp
   nntp/progress_dialog.cpp
   nntp/reply.cpp
   nntp/run_result.cpp

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "nntp/article_plan.h"
+#include "nntp/pipeline.h"
 #include "nntp/reply.h"
 #include "resources/resource.h"
 #include "store/index.h"
@@ -21,7 +21,7 @@ struct Fetch {
     const GroupDownload* download = nullptr;
     GroupStore store;
     ArticleWriter writer;
-    ArticlePlan plan;
+    Pipeline* pipeline = nullptr;  // the run's
     ReplyLine line;
     ReplyLine decoded;
     ReplyLine converted;
@@ -33,6 +33,7 @@ bool FailGroup(const Fetch& fetch, UINT id) {
 
 bool ReadLineOf(Fetch& fetch) {
     SetError(0);  // a line that a 0 byte breaks sets no error
+    fetch.line[0] = '\0';
     return ReadReplyLine(*fetch.download->connection, fetch.line, false);
 }
 
@@ -43,16 +44,6 @@ bool Ask(Fetch& fetch, const char* command, const wchar_t* sendTitle, const wcha
         return FailWithError(result, sendTitle, IDS_SEND_FAILED);
     }
     return ReadLineOf(fetch) || FailWithError(result, receiveTitle, IDS_RECEIVE_FAILED);
-}
-
-bool AskForArticle(Fetch& fetch, const ArticleCommand& command) {
-    const wchar_t* group = fetch.download->group;
-    wchar_t digits[16];
-    wsprintfW(digits, L"%u", command.number);
-    const NarrowText number = ToNarrow(digits);
-    const char* word = command.kind == CommandKind::kHead ? "HEAD " : "BODY ";
-    const NarrowText text = number ? MakeCommand(word, number.get()) : nullptr;
-    return Ask(fetch, text.get(), group, group);
 }
 
 // The line as the store keeps it. The line end stands outside the conversions: a broken encoded word or an
@@ -91,15 +82,14 @@ bool ReadHead(Fetch& fetch) {
     return false;
 }
 
-// A 0 byte ends the body for the store. What follows of it is read and dropped, so that the next reply is not
-// taken for a part of this one.
-bool SkipBrokenBody(Fetch& fetch) {
-    bool restOfBrokenLine = true;
+// Reads and drops lines up to the final dot. A 0 byte breaks a line in two; what follows of it cannot be the
+// dot.
+bool SkipLines(Fetch& fetch, bool insideLine) {
     while (true) {
         const bool complete = ReadLineOf(fetch);
         if (!complete && GetError() != 0) return false;
-        if (complete && !restOfBrokenLine && IsFinalDot(fetch.line)) return true;
-        restOfBrokenLine = !complete;
+        if (complete && !insideLine && IsFinalDot(fetch.line)) return true;
+        insideLine = !complete;
     }
 }
 
@@ -109,61 +99,88 @@ bool ReadBody(Fetch& fetch) {
         const std::string_view line = ConvertLine(fetch, Unstuffed(fetch.line), false);
         if (!WriteBodyLine(fetch.writer, line)) return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
     }
+    // A 0 byte ends the body for the store; the rest goes, so that the next reply is not taken for a part of
+    // it.
     const bool atZeroByte = GetError() == 0;
-    if (atZeroByte && SkipBrokenBody(fetch)) return true;
+    if (atZeroByte && SkipLines(fetch, true)) return true;
     return FailGroup(fetch, IDS_RECEIVE_INCOMPLETE);
 }
 
-bool FetchHead(Fetch& fetch, const ArticleCommand& command) {
-    if (!BeginArticle(fetch.writer, command.number)) return FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
-    if (!AskForArticle(fetch, command)) return false;
-    const bool hasArticle = IsSuccess(fetch.line);
-    if (hasArticle) {
-        if (!ReadHead(fetch)) return FailGroup(fetch, IDS_RECEIVE_INCOMPLETE);
-        if (!FinishHead(fetch.writer)) return FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
-    }
-    NoteHead(fetch.plan, hasArticle);
+bool TakeHead(Fetch& fetch) {
+    if (!ReadHead(fetch)) return FailGroup(fetch, IDS_RECEIVE_INCOMPLETE);
+    return FinishHead(fetch.writer) || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
+}
+
+bool TakeBody(Fetch& fetch) {
+    if (!ReadBody(fetch)) return false;
+    if (!FinishBody(fetch.writer)) return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
+    if (!FinishArticle(fetch.writer)) return FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
+    StepProgress(*fetch.download->progress);
     return true;
 }
 
-bool FetchBody(Fetch& fetch, const ArticleCommand& command) {
-    if (!AskForArticle(fetch, command)) return false;
-    const bool hasArticle = IsSuccess(fetch.line);
-    if (hasArticle) {
-        if (!ReadBody(fetch)) return false;
-        if (!FinishBody(fetch.writer)) return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
-        if (!FinishArticle(fetch.writer)) return FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
-        StepProgress(*fetch.download->progress);
+bool TakeContent(Fetch& fetch, ReplyContent content) {
+    switch (content) {
+        case ReplyContent::kHead:
+            return TakeHead(fetch);
+        case ReplyContent::kBody:
+            return TakeBody(fetch);
+        case ReplyContent::kUnwanted:
+            return SkipLines(fetch, false) || FailGroup(fetch, IDS_RECEIVE_INCOMPLETE);
+        default:
+            return true;
     }
-    NoteBody(fetch.plan, hasArticle);
-    return true;
+}
+
+void SendCommands(Fetch& fetch) {
+    std::array<char, kMostOnTheWay * kCommandSize> text;
+    const std::size_t length = TakeCommands(*fetch.pipeline, text);
+    if (length > 0) SendText(*fetch.download->connection, text.data(), length);
+}
+
+// Reads one reply. What may follow it leaves as soon as its status is known, before its lines are read.
+bool TakeNextReply(Fetch& fetch) {
+    if (!ReadLineOf(fetch)) {
+        const bool silence = fetch.download->connection->timedOut && fetch.line[0] == '\0';
+        if (silence && TakeSilence(*fetch.pipeline)) return true;
+        return FailWithError(*fetch.download->result, fetch.download->group, IDS_RECEIVE_FAILED);
+    }
+    const ReplyContent content = TakeReply(*fetch.pipeline, fetch.line);
+    SendCommands(fetch);
+    return TakeContent(fetch, content);
+}
+
+bool BeginExpectedArticle(Fetch& fetch) {
+    const ArticleCommand next = NextCommand(fetch.pipeline->plan);
+    if (next.kind != CommandKind::kHead) return true;
+    return BeginArticle(fetch.writer, next.number) || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
 }
 
 bool FetchArticles(Fetch& fetch) {
-    while (true) {
-        const ArticleCommand command = NextCommand(fetch.plan);
-        if (command.kind == CommandKind::kNone) return true;
-        const bool fetched =
-            command.kind == CommandKind::kHead ? FetchHead(fetch, command) : FetchBody(fetch, command);
-        if (!fetched) return false;
+    while (!IsDone(*fetch.pipeline)) {
+        if (!BeginExpectedArticle(fetch)) return false;
+        SendCommands(fetch);
+        if (!TakeNextReply(fetch)) return false;
     }
+    return true;
 }
 
 void Summarise(const Fetch& fetch) {
     wchar_t text[kTextCapacity];
-    const bool limited = IsLimited(fetch.plan);
+    const ArticlePlan& plan = fetch.pipeline->plan;
+    const bool limited = IsLimited(plan);
     const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED);
-    wsprintfW(text, format ? format : L"%d", limited ? fetch.plan.limit : fetch.plan.fetched);
+    wsprintfW(text, format ? format : L"%d", limited ? plan.limit : plan.fetched);
     SetResult(*fetch.download->result, L"", text, kInformation);
 }
 
-// Fetches first..last. `lastFetched` is set only when the range was dealt with.
-bool FetchRange(Fetch& fetch, uint32_t first, uint32_t last, uint32_t& lastFetched) {
+// Fetches the group's articles from `first` on. `lastFetched` is set only when the range was dealt with.
+bool FetchRange(Fetch& fetch, uint32_t first, const GroupReply& reply, uint32_t& lastFetched) {
     const GroupDownload& download = *fetch.download;
-    StartGroup(*download.progress, download.group, last - first, download.limit);
-    fetch.plan = PlanArticles(first, last, download.limit);
+    StartGroup(*download.progress, download.group, reply.last - first, download.limit);
+    StartRange(*fetch.pipeline, PlanArticles(first, reply.last, download.limit), HasEveryNumber(reply));
     if (!FetchArticles(fetch)) return false;
-    lastFetched = LastProcessed(fetch.plan);
+    lastFetched = LastProcessed(fetch.pipeline->plan);
     Summarise(fetch);
     return true;
 }
@@ -208,7 +225,7 @@ bool FindRange(const GroupStore& store, const GroupReply& reply, uint32_t& first
 bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetched) {
     uint32_t first = 0;
     lastFetched = reply.last;
-    if (FindRange(fetch.store, reply, first)) return FetchRange(fetch, first, reply.last, lastFetched);
+    if (FindRange(fetch.store, reply, first)) return FetchRange(fetch, first, reply, lastFetched);
     SetResult(*fetch.download->result, L"", LoadResString(IDS_NO_NEW_ARTICLES), kInformation);
     return true;
 }
@@ -269,5 +286,6 @@ void DownloadGroup(const GroupDownload& download) {
         return;
     }
     fetch->download = &download;
+    fetch->pipeline = download.pipeline;
     (void)RunFetch(*fetch);
 }

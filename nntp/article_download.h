@@ -2,6 +2,7 @@
 #pragma once
 
 #include "nntp/connection.h"
+#include "nntp/pipeline.h"
 #include "nntp/progress_dialog.h"
 #include "nntp/run_result.h"
 #include "text/owned.h"
@@ -9,6 +10,7 @@
 // One group of a run; nothing here is owned.
 struct GroupDownload {
     NntpConnection* connection = nullptr;
+    Pipeline* pipeline = nullptr;
     const wchar_t* group = nullptr;
     const wchar_t* folder = nullptr;  // data folder, ends in a backslash
     uint32_t limit = 0;               // most articles

@@ -19,19 +19,22 @@ bool FindAddress(const char* host, in_addr& address) {
 }
 
 // A silent server must not hold the run for ever. A device may not have the option: then the network decides.
-void LimitReceiveTime(SOCKET socket) {
-    const DWORD timeout = kReceiveTimeout;
+void LimitReceiveTime(SOCKET socket, DWORD timeout) {
     setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeout), sizeof(timeout));
 }
 
 bool Refill(NntpConnection& connection) {
+    connection.timedOut = false;
     if (connection.endOfStream) return Fail(kErrorEndOfFile);
     const int received = recv(connection.readerSocket, connection.buffer, kReceiveBufferSize, 0);
     if (received == 0) {
         connection.endOfStream = true;
         return Fail(kErrorEndOfFile);
     }
-    if (received == SOCKET_ERROR) return Fail(kErrorInvalidData);
+    if (received == SOCKET_ERROR) {
+        connection.timedOut = GetError() == WSAETIMEDOUT;
+        return Fail(kErrorInvalidData);
+    }
     connection.readPosition = connection.buffer;
     connection.endPosition = connection.buffer + received;
     return true;
@@ -61,7 +64,7 @@ bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
         SOCKET_ERROR) {
         return false;
     }
-    LimitReceiveTime(connection.socket);
+    LimitReceiveTime(connection.socket, connection.receiveTimeout);
     connection.readerSocket = connection.socket;
     connection.readPosition = connection.endPosition = connection.buffer;
     connection.endOfStream = false;
@@ -79,8 +82,12 @@ bool SendLine(NntpConnection& connection, const char* line) {
     if (length >= kLongestCommand) return Fail(kErrorMoreData);
     std::memcpy(text, line, length);
     std::memcpy(text + length, "\r\n", 2);
-    send(connection.socket, text, static_cast<int>(length + 2), 0);
+    SendText(connection, text, length + 2);
     return true;
+}
+
+void SendText(NntpConnection& connection, const char* text, std::size_t length) {
+    send(connection.socket, text, static_cast<int>(length), 0);
 }
 
 bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {

@@ -3,13 +3,14 @@
 // with the reason in the last-error value.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/platform.h"
 
 constexpr uint32_t kReceiveBufferSize = 4096;
 constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
-constexpr DWORD kReceiveTimeout = 120000;  // milliseconds without a byte
+constexpr uint32_t kReceiveTimeout = 120000;  // milliseconds without a byte
 
 // A buffer for one reply line.
 using ReplyLine = char[kReplyLineSize + 1];
@@ -20,7 +21,9 @@ struct NntpConnection {
     char buffer[kReceiveBufferSize];       // received bytes not yet handed out
     char* readPosition = nullptr;
     char* endPosition = nullptr;
-    bool endOfStream = false;  // the peer has closed its side
+    bool endOfStream = false;                   // the peer has closed its side
+    bool timedOut = false;                      // the newest recv met with nothing but silence
+    uint32_t receiveTimeout = kReceiveTimeout;  // set before Connect
 };
 
 void InitConnection(NntpConnection& connection);
@@ -34,6 +37,9 @@ void CloseConnection(NntpConnection& connection);
 // Sends the line with CR LF. Whether it arrived shows at the next read; only a line of 4095 bytes or more is
 // refused (234), and then nothing is sent.
 [[nodiscard]] bool SendLine(NntpConnection& connection, const char* line);
+
+// Sends text[0..length) as it is, whole lines with their CR LF, in one call.
+void SendText(NntpConnection& connection, const char* text, std::size_t length);
 
 // Reads one line into `line` and terminates it; `strip` drops its line end. Error 234 when the line does not
 // fit, 38 when the peer closed, 13 when receiving failed or nothing came for two minutes. A 0 byte fails too,

@@ -27,3 +27,8 @@ struct GroupReply {
 
 // False when one of the four numbers cannot be read.
 [[nodiscard]] bool ParseGroupReply(const char* line, GroupReply& reply);
+
+// The count says that no number from `first` to `last` is missing.
+inline bool HasEveryNumber(const GroupReply& reply) {
+    return reply.count != 0 && reply.first <= reply.last && reply.count == reply.last - reply.first + 1;
+}

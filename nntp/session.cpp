@@ -12,6 +12,7 @@ namespace {
 struct Session {
     const SessionRequest* request = nullptr;
     NntpConnection connection;
+    Pipeline pipeline;
     ReplyLine line;
 };
 
@@ -61,8 +62,8 @@ bool DownloadGroups(Session& session) {
     ResetCursor(*request.cursor);
     while (const wchar_t* group = CurrentGroup(*request.cursor)) {
         request.result->severity = kInformation;
-        DownloadGroup(
-            {&session.connection, group, request.folder, request.limit, request.progress, request.result});
+        DownloadGroup({&session.connection, &session.pipeline, group, request.folder, request.limit,
+                       request.progress, request.result});
         if (request.result->severity == kError) return false;
         AdvanceCursor(*request.cursor);
     }
@@ -85,6 +86,7 @@ bool RunSession(const SessionRequest& request) {
     }
     session->request = &request;
     InitConnection(session->connection);
+    session->connection.receiveTimeout = request.receiveTimeout;
     const bool done = Open(*session) && LogIn(*session) && DownloadGroups(*session);
     const unsigned error = GetError();
     Close(*session);

@@ -2,6 +2,7 @@
 // group of the cursor in its order, QUIT. Runs on the worker thread; what went wrong is in the result.
 #pragma once
 
+#include "nntp/connection.h"
 #include "nntp/group_cursor.h"
 #include "nntp/progress_dialog.h"
 #include "nntp/run_result.h"
@@ -17,6 +18,7 @@ struct SessionRequest {
     GroupCursor* cursor = nullptr;
     ProgressDialog* progress = nullptr;
     RunResult* result = nullptr;
+    uint32_t receiveTimeout = kReceiveTimeout;
 };
 
 // False, with the last error set, when the run stopped with an error that `result` tells the user.

@@ -1,6 +1,7 @@
 """Runs that are disturbed: whatever stands in the files then, the next run makes them whole."""
 
 import corpus
+import inn
 import scenario
 from oracle import Group
 from program import ABOUT, GET_ARTICLES, VK_ESCAPE, WM_CLOSE
@@ -22,14 +23,23 @@ class Interrupted(scenario.Scenario):
         self.relay.hold(command)
         running.command(GET_ARTICLES)
         self.relay.wait_held()
+        # Commands leave ahead of the replies: the seven articles before must have been stored, too.
+        log, stored = folder.path / (GROUP + ".log"), self.eighth()
+        inn.wait_until(lambda: log.exists() and log.stat().st_size >= stored, "seven articles in the log")
         return folder, running, running.wait_dialog("Articles")
+
+    def eighth(self):
+        """Where article 8 begins in the log."""
+        group = Group(GROUP)
+        self.expect_run([group])
+        return group.records[7].offset
 
     def assert_torn_then_whole(self, folder, running):
         """The run stopped amid article 8: those before it are in the log, none counts yet. The next run fetches
         them all, behind what stands there."""
         group = Group(GROUP)
         self.expect_run([group])
-        eighth, torn = group.records[7].offset, folder.read(GROUP + ".log")
+        eighth, torn = self.eighth(), folder.read(GROUP + ".log")
         self.assert_rows(running, [Group(GROUP)])
         self.assert_bytes(torn, group.log[:max(len(torn), eighth)], "the log that the broken run left")
         self.assertEqual(folder.read(GROUP + ".idx")[:100], Group(GROUP).index())

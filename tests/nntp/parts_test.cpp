@@ -1,11 +1,15 @@
-// The parts of a download that need no server: which command comes next, and what a status line says.
+// The parts of a download that need no server: which command comes next, which may leave early, and what a
+// status line says.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "nntp/article_plan.h"
+#include "nntp/pipeline.h"
 #include "nntp/reply.h"
 
 namespace {
@@ -54,6 +58,176 @@ TEST(ArticlePlan, AsksForHeadsAndBodiesUpToTheLimit) {
         EXPECT_EQ(plan.fetched, row.fetched);
         EXPECT_EQ(IsLimited(plan), row.limited);
         EXPECT_EQ(LastProcessed(plan), row.lastProcessed);
+    }
+}
+
+// What a server does with commands that reach it behind another in one packet.
+enum class EarlyCommands { kAnswers, kThrowsAway, kRefuses, kAnswersTooLate, kAnswersEveryOther };
+
+struct Group {
+    uint32_t first, last, limit;
+    std::vector<uint32_t> missing;  // at HEAD
+    std::vector<uint32_t> withoutBody;
+    bool noneMissing;  // what the count says
+};
+
+bool Has(const std::vector<uint32_t>& numbers, uint32_t number) {
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+// A server that is a list of commands received and of replies on their way.
+class FakeServer {
+  public:
+    FakeServer(const Group& group, EarlyCommands early) : group_(group), early_(early) {}
+
+    void Receive(std::string_view text) {
+        for (bool isEarly = false; !text.empty(); isEarly = true) {
+            const std::size_t end = text.find("\r\n");
+            TakeCommand(std::string(text.substr(0, end)), isEarly);
+            text.remove_prefix(end + 2);
+        }
+    }
+    bool IsSilent() const { return replies_.empty(); }
+    std::string TakeStatus() {
+        const std::string status = replies_.front();
+        replies_.pop_front();
+        return status;
+    }
+    // Time passes.
+    void Wake() {
+        replies_.insert(replies_.begin(), held_.begin(), held_.end());
+        held_.clear();
+        early_ = EarlyCommands::kAnswers;
+    }
+    std::string commands;
+    std::size_t most = 0;  // replies under way at once
+
+  private:
+    void TakeCommand(const std::string& command, bool isEarly) {
+        commands += command + "\n";
+        ++count_;
+        if (isEarly && early_ == EarlyCommands::kThrowsAway) return;
+        if (isEarly && early_ == EarlyCommands::kAnswersEveryOther && count_ % 2 == 0) return;
+        if (isEarly && early_ == EarlyCommands::kAnswersTooLate) {
+            held_.push_back(Answer(command));
+        } else {
+            const bool refuses = isEarly && early_ == EarlyCommands::kRefuses;
+            replies_.push_back(refuses ? "500 one by one" : Answer(command));
+        }
+        most = std::max(most, replies_.size());
+    }
+    std::string Answer(const std::string& command) const {
+        const uint32_t number = static_cast<uint32_t>(std::stoul(command.substr(5)));
+        const bool isHead = command[0] == 'H';
+        if (Has(group_.missing, number) || (!isHead && Has(group_.withoutBody, number))) return "423 none";
+        return (isHead ? "221 " : "222 ") + std::to_string(number) + " <a@b>";
+    }
+
+    const Group& group_;
+    EarlyCommands early_;
+    std::deque<std::string> replies_;
+    std::deque<std::string> held_;
+    unsigned count_ = 0;
+};
+
+// The conversation as a client holds it; which articles were fetched, in their order.
+std::vector<uint32_t> Converse(Pipeline& pipeline, FakeServer& server) {
+    std::vector<uint32_t> fetched;
+    std::array<char, kMostOnTheWay * kCommandSize> text;
+    for (int turn = 0; turn < 2000 && !IsDone(pipeline); ++turn) {
+        server.Receive({text.data(), TakeCommands(pipeline, text)});
+        if (server.IsSilent()) {
+            if (!TakeSilence(pipeline)) return {};  // a run that ends with an error
+            server.Wake();
+            continue;
+        }
+        const uint32_t number = NextCommand(pipeline.plan).number;
+        const std::string status = server.TakeStatus();
+        const ReplyContent content = TakeReply(pipeline, status.c_str());
+        if (content == ReplyContent::kHead || content == ReplyContent::kBody) {
+            EXPECT_EQ(status.substr(0, 4), content == ReplyContent::kHead ? "221 " : "222 ");
+            EXPECT_EQ(std::stoul(status.substr(4)), number) << "misread";
+        }
+        if (content == ReplyContent::kBody) fetched.push_back(number);
+    }
+    EXPECT_TRUE(IsDone(pipeline)) << "hangs";
+    return fetched;
+}
+
+struct Conversation {
+    std::vector<uint32_t> fetched;
+    std::string commands;
+    std::size_t most = 0;
+    uint32_t lastProcessed = 0;
+    bool oneByOne = false;
+};
+
+Conversation Hold(const Group& group, EarlyCommands early, bool oneByOne) {
+    Pipeline pipeline;
+    pipeline.oneByOne = oneByOne;
+    StartRange(pipeline, PlanArticles(group.first, group.last, group.limit), group.noneMissing);
+    FakeServer server(group, early);
+    Conversation held;
+    held.fetched = Converse(pipeline, server);
+    held.commands = server.commands;
+    held.most = server.most;
+    held.lastProcessed = LastProcessed(pipeline.plan);
+    held.oneByOne = pipeline.oneByOne;
+    return held;
+}
+
+struct PipelineCase {
+    const char* sentence;
+    Group group;
+    std::size_t most;  // replies under way at once
+};
+
+const PipelineCase kPipelines[] = {
+    {"a full group is asked for far ahead", {1, 40, 99, {}, {}, true}, 16},
+    {"the limit bounds what is asked ahead", {1, 40, 3, {}, {}, true}, 6},
+    {"a limit in the middle of a batch", {5, 40, 13, {}, {}, true}, 16},
+    {"with gaps only a body and the head behind it", {1, 40, 99, {2, 3, 9}, {}, false}, 2},
+    {"with gaps and a limit", {1, 40, 7, {1, 40}, {4}, false}, 2},
+    {"a body that is missing", {1, 12, 99, {}, {3, 12}, false}, 2},
+    {"the largest numbers there are", {4294967290u, 4294967295u, 99, {4294967295u}, {}, false}, 2},
+    {"one article", {7, 7, 1, {}, {}, true}, 2},
+};
+
+TEST(Pipeline, SendsWhatAPatientClientWouldSendOnlyEarlier) {
+    for (const PipelineCase& row : kPipelines) {
+        SCOPED_TRACE(row.sentence);
+        const Conversation patient = Hold(row.group, EarlyCommands::kAnswers, true);
+        const Conversation early = Hold(row.group, EarlyCommands::kAnswers, false);
+        EXPECT_EQ(early.commands, patient.commands);
+        EXPECT_EQ(early.fetched, patient.fetched);
+        EXPECT_EQ(early.lastProcessed, patient.lastProcessed);
+        EXPECT_EQ(early.most, row.most);
+        EXPECT_EQ(patient.most, 1u);
+        EXPECT_FALSE(early.oneByOne);
+    }
+}
+
+// Whatever the server does with commands sent ahead, and whatever its count had promised.
+TEST(Pipeline, FetchesTheSameArticlesFromEveryServer) {
+    const Group groups[] = {{1, 40, 99, {}, {}, true},          {1, 40, 99, {2, 3, 9, 40}, {5, 39}, true},
+                            {1, 40, 7, {1, 2}, {4}, true},      {1, 40, 99, {2, 3, 9, 40}, {5, 39}, false},
+                            {1, 6, 99, {}, {}, true},           {1, 2, 2, {}, {}, true},
+                            {1, 30, 25, {30, 29, 28}, {}, true}};
+    for (const Group& group : groups) {
+        const Conversation patient = Hold(group, EarlyCommands::kAnswers, true);
+        for (const EarlyCommands early :
+             {EarlyCommands::kAnswers, EarlyCommands::kThrowsAway, EarlyCommands::kRefuses,
+              EarlyCommands::kAnswersTooLate, EarlyCommands::kAnswersEveryOther}) {
+            // A refusal names no command: with one reply lost and the count wrong, nothing tells whose it is.
+            const bool isHonest = group.missing.empty() || !group.noneMissing;
+            if (early == EarlyCommands::kAnswersEveryOther && !isHonest) continue;
+            SCOPED_TRACE(testing::Message() << "up to " << group.last << ", missing " << group.missing.size()
+                                            << ", early commands " << static_cast<int>(early));
+            const Conversation held = Hold(group, early, false);
+            EXPECT_EQ(held.fetched, patient.fetched);
+            EXPECT_EQ(held.lastProcessed, patient.lastProcessed);
+            EXPECT_EQ(held.oneByOne, early != EarlyCommands::kAnswers);
+        }
     }
 }
 

@@ -91,6 +91,7 @@ void SessionRun::RunAt(const wchar_t* host, unsigned short port) {
     request.port = port;
     request.folder = folder.Path().c_str();
     request.limit = limit;
+    request.receiveTimeout = receiveTimeout;
     request.user = user;
     request.password = password;
     request.cursor = &cursor;

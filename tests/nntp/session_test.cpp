@@ -192,6 +192,59 @@ TEST(Download, RecordsHowFarItGot) {
     }
 }
 
+struct AheadCase {
+    const char* sentence;
+    std::string script;
+    std::string log;
+};
+
+const std::string kFull = kReady + kGroup + "S: 211 2 5 6 fj.test\n";
+const std::string kAllAsked = kFull + "C: HEAD 5\nC: BODY 5\nC: HEAD 6\nC: BODY 6\n";
+const std::string kHead5 = "S: 221 5\nS: Subject: s\nS: .\n";
+const std::string kHead6 = "S: 221 6\nS: Subject: s\nS: .\n";
+const std::string kBody5 = "S: 222 5\nS: text\nS: .\n";
+const std::string kBody6 = "S: 222 6\nS: text\nS: .\n";
+const std::string kOneByOne = "C: BODY 5\n" + kBody5 + "C: HEAD 6\n" + kHead6 + "C: BODY 6\n" + kBody6;
+
+// Every C line must come before the S lines behind it are said.
+const AheadCase kAhead[] = {
+    {"a full group's commands leave before the first reply", kAllAsked + kHead5 + kBody5 + kHead6 + kBody6,
+     StoredArticle(5) + StoredArticle(6)},
+    {"a body leaves before the head's lines come, the next head with it",
+     kStart + "C: HEAD 5\nS: 221 5\nC: BODY 5\nC: HEAD 6\nS: Subject: s\nS: .\n" + kBody5 + kHead6 +
+         "C: BODY 6\n" + kBody6,
+     StoredArticle(5) + StoredArticle(6)},
+    {"a number missing all the same", kAllAsked + "S: 423 none\nS: 423 none\n" + kHead6 + kBody6,
+     StoredArticle(6)},
+    {"a body for a head that was missing", kAllAsked + "S: 423 none\n" + kBody5 + kHead6 + kBody6,
+     StoredArticle(6)},
+    {"a server that falls silent is asked one by one", kAllAsked + kHead5 + kOneByOne,
+     StoredArticle(5) + StoredArticle(6)},
+    {"a server that refuses early commands is asked one by one",
+     kAllAsked + kHead5 + "S: 500 what?\nS: 500 what?\nS: 500 what?\n" + kOneByOne,
+     StoredArticle(5) + StoredArticle(6)},
+    {"a server that loses commands is asked one by one", kAllAsked + kHead5 + kHead6 + kOneByOne,
+     StoredArticle(5) + StoredArticle(6)},
+    {"late replies are dropped",
+     kAllAsked + kHead5 + "C: BODY 5\n" + kBody5 + kHead6 + "C: HEAD 6\n" + kBody6 + kBody5 + "C: BODY 6\n" +
+         kHead6 + kBody6,
+     StoredArticle(5) + StoredArticle(6)},
+};
+
+TEST(Download, AsksAheadOfTheReplies) {
+    for (const AheadCase& row : kAhead) {
+        SCOPED_TRACE(row.sentence);
+        SessionRun run;
+        run.groups = {kName};
+        run.receiveTimeout = 200;
+        run.PutIndex(kName, 4, 3);
+        run.Run(row.script);
+        EXPECT_EQ(run.result.severity, kInformation);
+        EXPECT_EQ(run.Log(kName), row.log);
+        EXPECT_EQ(run.Index(kName)[4], 6) << "last fetched";
+    }
+}
+
 struct FailureCase {
     const char* sentence;
     std::string script;
@@ -214,15 +267,16 @@ const FailureCase kFailures[] = {
     {"the server ends in the second article", kStart + Article(5) + "C: HEAD 6\n! hang up\n", kName,
      kReceive38, 2},
     {"the server ends inside a body broken by a 0 byte",
-     kStart + Head(5) + "C: BODY 5\nS: 222\nS: a\0b\n! hang up\n"s, kName,
+     kStart + Head(5) + "C: BODY 5\nS: 222\nS: a\0b\nC: HEAD 6\n! hang up\n"s, kName,
      L"受信が正常に終了しませんでした(38).", 2},
     {"a status line too long", kStart + "C: HEAD 5\nS: " + kLong + "\n", kName, L"受信に失敗しました(234).",
      2},
-    {"a header line too long, though it would be dropped", kStart + Head(5, "S: " + kLong + "\n"), kName,
+    {"a header line too long, though it would be dropped",
+     kStart + Head(5, "S: " + kLong + "\n") + "C: BODY 5\nC: HEAD 6\n", kName, kIncomplete234, 2},
+    {"a body line too long", kStart + Head(5) + Body(5, "S: " + kLong + "\n") + "C: HEAD 6\n", kName,
      kIncomplete234, 2},
-    {"a body line too long", kStart + Head(5) + Body(5, "S: " + kLong + "\n"), kName, kIncomplete234, 2},
     {"a 0 byte in a status line", kStart + "C: HEAD 5\nS: 22\0\n"s, kName, L"受信に失敗しました(0).", 2},
-    {"a 0 byte in a head", kStart + Head(5, "S: Subject: a\0b\n"s), kName,
+    {"a 0 byte in a head", kStart + Head(5, "S: Subject: a\0b\n"s) + "C: BODY 5\nC: HEAD 6\n", kName,
      L"受信が正常に終了しませんでした(0).", 2},
 };
 
