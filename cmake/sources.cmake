@@ -83,6 +83,7 @@ set(PELNOR_DESKTOP_SOURCES
 
 set(PELNOR_DEVICE_SOURCES
   platform/device/device.cpp
+  platform/device/entry.cpp
   platform/device/ras.cpp
   platform/device/header_calls.cpp
   platform/device/runtime.cpp

@@ -162,7 +162,7 @@ INT_PTR CALLBACK DisconnectProcedure(HWND dialog, UINT message, WPARAM wParam, L
     }
 }
 
-void ReadEntry(const wchar_t* entry, RASDIALPARAMSW& parameters) {
+void ReadEntry(const wchar_t* entry, RasDialParameters& parameters) {
     parameters.dwSize = sizeof(parameters);
     CopyCut(parameters.szEntryName, sizeof(parameters.szEntryName) / sizeof(wchar_t), entry);
     (void)ReadRasDialParameters(&parameters);
@@ -179,7 +179,7 @@ HWND ShowConnectDialog(HWND frame, HINSTANCE instance, const wchar_t* entry) {
 }  // namespace
 
 bool IsLineUp() {
-    RASCONNW connection = {};
+    RasConnection connection = {};
     connection.dwSize = sizeof(connection);
     DWORD size = sizeof(connection);
     DWORD count = 0;
@@ -188,7 +188,7 @@ bool IsLineUp() {
 }
 
 void StartDial(HWND frame, HINSTANCE instance, const wchar_t* entry, HRASCONN* connection) {
-    RASDIALPARAMSW parameters = {};
+    RasDialParameters parameters = {};
     ReadEntry(entry, parameters);
     *connection = nullptr;
     EnableWindow(frame, FALSE);

@@ -24,7 +24,7 @@ void RunDisconnectDialog(HWND frame, HINSTANCE instance, uint32_t seconds);
 // The names of the phone book, at most 100. Null when it cannot be read.
 struct PhoneBook {
     static constexpr DWORD kCapacity = 100;
-    RASENTRYNAMEW entries[kCapacity];
+    RasEntryName entries[kCapacity];
     DWORD count = 0;
 };
 std::unique_ptr<PhoneBook> ReadPhoneBook();

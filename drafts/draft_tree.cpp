@@ -127,13 +127,13 @@ void ShowDraftTree(const DraftTree& drafts, int showCommand) {
 bool FillDraftTree(DraftTree& drafts, const wchar_t* folder) {
     InsertRoots(drafts);
     const WideText pattern = JoinPath(folder, L"*.txt");
-    WIN32_FIND_DATAW found;
-    const FindOwner find(pattern ? FindFirstFileW(pattern.get(), &found) : INVALID_HANDLE_VALUE);
+    FoundFile found;
+    const FindOwner find(pattern ? FindFirst(pattern.get(), found) : INVALID_HANDLE_VALUE);
     if (!find) return true;
     do {
         const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         if (!isFolder && !AddDraftFile(drafts, folder, found.cFileName)) return false;
-    } while (FindNextFileW(find.Get(), &found));
+    } while (FindNext(find.Get(), found));
     return true;
 }
 

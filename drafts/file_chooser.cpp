@@ -87,14 +87,14 @@ bool IsDots(const wchar_t* name) {
 // The folders, or the files, that match the pattern in a folder. A folder that cannot be listed has none.
 void FindNames(NameList& names, const wchar_t* path, const wchar_t* pattern, bool folders) {
     const WideText search = JoinPath(path, pattern);
-    WIN32_FIND_DATAW found;
-    const FindOwner find(search ? FindFirstFileW(search.get(), &found) : INVALID_HANDLE_VALUE);
+    FoundFile found;
+    const FindOwner find(search ? FindFirst(search.get(), found) : INVALID_HANDLE_VALUE);
     if (!find) return;
     do {
         const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         if (isFolder != folders || IsDots(found.cFileName)) continue;
         if (!AddName(names, CopyText(found.cFileName), 0)) return;
-    } while (FindNextFileW(find.Get(), &found));
+    } while (FindNext(find.Get(), found));
 }
 
 void FillFolder(const FileChooser& chooser, HTREEITEM item) {

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-// `cbSize` is the record's size; on the device that is 32 bytes.
+// `cbSize` is the record's size.
 struct SHMENUBARINFO {
     DWORD cbSize;
     HWND hwndParent;     // receives the commands

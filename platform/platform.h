@@ -11,6 +11,26 @@
 
 #include "platform/menubar.h"
 
+// Records that the two homes lay out differently; the members that both have bear the same names.
+#ifdef PELNOR_DEVICE
+#include "platform/device/records.h"
+#else
+using FoundFile = WIN32_FIND_DATAW;
+using SheetPage = PROPSHEETPAGEW;
+using SheetHeader = PROPSHEETHEADERW;
+#endif
+
+// The calls that take them. The headers declare these for the desktop's records.
+inline HANDLE FindFirst(const wchar_t* pattern, FoundFile& found) {
+    return FindFirstFileW(pattern, reinterpret_cast<WIN32_FIND_DATAW*>(&found));
+}
+inline bool FindNext(HANDLE find, FoundFile& found) {
+    return FindNextFileW(find, reinterpret_cast<WIN32_FIND_DATAW*>(&found)) != 0;
+}
+inline INT_PTR RunSheet(const SheetHeader& header) {
+    return PropertySheetW(reinterpret_cast<const PROPSHEETHEADERW*>(&header));
+}
+
 // Keeps a pointer in a window's extra bytes (`offset` counted from 0) or, at kUserData, in its user data. The
 // window does not own it.
 constexpr int kUserData = -21;

@@ -5,18 +5,25 @@
 
 #include "platform/platform.h"
 // ras.h wants the types above.
+#ifdef PELNOR_DEVICE
+#include "platform/device/ras_records.h"
+#else
 #include <ras.h>
+using RasEntryName = RASENTRYNAMEW;
+using RasConnection = RASCONNW;
+using RasDialParameters = RASDIALPARAMSW;
+#endif
 
 // Fills `entries`, whose first record tells the size of one. `size` is in bytes, in and out.
-DWORD ListRasEntries(RASENTRYNAMEW* entries, DWORD* size, DWORD* count);
-DWORD ListRasConnections(RASCONNW* connections, DWORD* size, DWORD* count);
+DWORD ListRasEntries(RasEntryName* entries, DWORD* size, DWORD* count);
+DWORD ListRasConnections(RasConnection* connections, DWORD* size, DWORD* count);
 
 // The stored user and password of the entry that `parameters` names.
-DWORD ReadRasDialParameters(RASDIALPARAMSW* parameters);
+DWORD ReadRasDialParameters(RasDialParameters* parameters);
 
 // Starts dialling; progress arrives at `notified` as RasEventMessage with the state in wParam and an error in
 // lParam.
-DWORD StartRasDial(RASDIALPARAMSW* parameters, HWND notified, HRASCONN* connection);
+DWORD StartRasDial(RasDialParameters* parameters, HWND notified, HRASCONN* connection);
 DWORD EndRasCall(HRASCONN connection);
 
 // 0xCCCD, or what the system registered instead.

@@ -15,8 +15,8 @@ bool TakeServer(HWND dialog, Settings& settings) {
 }
 
 bool FolderExists(const wchar_t* path) {
-    WIN32_FIND_DATAW found;
-    const FindOwner find(FindFirstFileW(path, &found));
+    FoundFile found;
+    const FindOwner find(FindFirst(path, found));
     return static_cast<bool>(find);
 }
 

@@ -17,7 +17,7 @@ INT_PTR OnNotify(HWND dialog, SettingsPage& page, const NMHDR& header) {
     return FALSE;
 }
 
-INT_PTR OnInitDialog(HWND dialog, const PROPSHEETPAGEW& description) {
+INT_PTR OnInitDialog(HWND dialog, const SheetPage& description) {
     auto page = reinterpret_cast<SettingsPage*>(description.lParam);
     SetWindowPointer(dialog, kUserData, page);
     page->Init(dialog);
@@ -36,8 +36,7 @@ INT_PTR SettingsPage::Command(HWND, int, int) {
 }
 
 INT_PTR CALLBACK PageProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INITDIALOG)
-        return OnInitDialog(dialog, *reinterpret_cast<const PROPSHEETPAGEW*>(lParam));
+    if (message == WM_INITDIALOG) return OnInitDialog(dialog, *reinterpret_cast<const SheetPage*>(lParam));
     SettingsPage* page = PageOf(dialog);
     if (!page) return FALSE;
     if (message == WM_NOTIFY) return OnNotify(dialog, *page, *reinterpret_cast<const NMHDR*>(lParam));

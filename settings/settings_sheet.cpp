@@ -8,8 +8,8 @@
 
 namespace {
 
-PROPSHEETPAGEW DescribePage(const SettingsPage& page) {
-    PROPSHEETPAGEW description = {};
+SheetPage DescribePage(const SettingsPage& page) {
+    SheetPage description = {};
     description.dwSize = sizeof(description);
     description.dwFlags = PSP_USETITLE;
     description.hInstance = page.instance;
@@ -44,13 +44,13 @@ bool MakeSettingsPages(SettingsPages& pages, Settings& settings, HINSTANCE insta
 }
 
 INT_PTR RunPropertySheet(const SettingsPages& pages, int first, int count, HINSTANCE instance, HWND owner) {
-    PROPSHEETPAGEW descriptions[kPageCount];
+    SheetPage descriptions[kPageCount];
     for (int i = 0; i < count; ++i)
         descriptions[i] = DescribePage(*pages.all[first + i]);
     wchar_t caption[kTextCapacity];
     const wchar_t* text = LoadResString(IDS_PROPERTIES);
     CopyCut(caption, kTextCapacity, text ? text : L"");
-    PROPSHEETHEADERW sheet = {};
+    SheetHeader sheet = {};
     sheet.dwSize = sizeof(sheet);
     sheet.dwFlags = PSH_PROPSHEETPAGE | PSH_NOAPPLYNOW | PSH_USEICONID;
     sheet.hwndParent = owner;
@@ -59,7 +59,7 @@ INT_PTR RunPropertySheet(const SettingsPages& pages, int first, int count, HINST
     sheet.pszCaption = caption;
     sheet.nPages = static_cast<UINT>(count);
     sheet.ppsp = descriptions;
-    return PropertySheetW(&sheet);
+    return RunSheet(sheet);
 }
 
 INT_PTR RunSettingsSheet(Settings& settings, HINSTANCE instance, HWND owner) {

@@ -26,13 +26,13 @@ void DeleteDraftBackups(const wchar_t* folder) {
     const WideText draft = JoinPath(folder, L"draft\\");
     const WideText pattern = draft ? JoinPath(draft.get(), L"*.bak") : nullptr;
     if (!pattern) return;
-    WIN32_FIND_DATAW found;
-    const FindOwner find(FindFirstFileW(pattern.get(), &found));
+    FoundFile found;
+    const FindOwner find(FindFirst(pattern.get(), found));
     if (!find) return;
     do {
         const WideText path = JoinPath(draft.get(), found.cFileName);
         if (path) (void)DeleteDataFile(path.get());
-    } while (FindNextFileW(find.Get(), &found));
+    } while (FindNext(find.Get(), found));
 }
 
 bool MakeListFiles(const wchar_t* folder) {

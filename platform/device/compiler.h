@@ -2,6 +2,8 @@
 // no Windows. The device has one calling convention, and its exports need no decoration.
 #pragma once
 
+#define PELNOR_DEVICE 1  // the home, asked for by platform/ alone
+
 #define _WIN32 1
 #define WIN32 1
 #define _ARM_ 1

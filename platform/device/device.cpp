@@ -1,7 +1,11 @@
 // The device's spelling of what platform.h promises: a pointer fits a window's 32-bit words there.
 #include <cstring>
 
+#include "platform/memory.h"
 #include "platform/platform.h"
+
+static_assert(sizeof(SHMENUBARINFO) == 32);
+static_assert(kPointerExtra == 4);
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongW(window, offset, reinterpret_cast<LONG>(pointer));
@@ -16,9 +20,9 @@ void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongW(window, offset));
 }
 
-// A local block does not move here: its handle is its address.
+// A local block is fixed here: its handle is its address.
 HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size) {
-    const HLOCAL block = LocalAlloc(LMEM_MOVEABLE | LMEM_ZEROINIT, size);
+    const HLOCAL block = MemoryAllowed() ? LocalAlloc(LMEM_FIXED | LMEM_ZEROINIT, size) : nullptr;
     if (block) std::memcpy(block, bytes, size);
     return block;
 }

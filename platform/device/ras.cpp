@@ -8,27 +8,27 @@
 #undef RasHangUp
 
 extern "C" {
-DWORD RasEnumEntries(LPWSTR, LPWSTR, RASENTRYNAMEW*, DWORD*, DWORD*);
-DWORD RasEnumConnections(RASCONNW*, DWORD*, DWORD*);
-DWORD RasGetEntryDialParams(LPWSTR, RASDIALPARAMSW*, BOOL*);
-DWORD RasDial(void*, LPWSTR, RASDIALPARAMSW*, DWORD, void*, HRASCONN*);
+DWORD RasEnumEntries(LPWSTR, LPWSTR, RasEntryName*, DWORD*, DWORD*);
+DWORD RasEnumConnections(RasConnection*, DWORD*, DWORD*);
+DWORD RasGetEntryDialParams(LPWSTR, RasDialParameters*, BOOL*);
+DWORD RasDial(void*, LPWSTR, RasDialParameters*, DWORD, void*, HRASCONN*);
 DWORD RasHangUp(HRASCONN);
 }
 
-DWORD ListRasEntries(RASENTRYNAMEW* entries, DWORD* size, DWORD* count) {
+DWORD ListRasEntries(RasEntryName* entries, DWORD* size, DWORD* count) {
     return RasEnumEntries(nullptr, nullptr, entries, size, count);
 }
 
-DWORD ListRasConnections(RASCONNW* connections, DWORD* size, DWORD* count) {
+DWORD ListRasConnections(RasConnection* connections, DWORD* size, DWORD* count) {
     return RasEnumConnections(connections, size, count);
 }
 
-DWORD ReadRasDialParameters(RASDIALPARAMSW* parameters) {
+DWORD ReadRasDialParameters(RasDialParameters* parameters) {
     BOOL hasPassword = FALSE;
     return RasGetEntryDialParams(nullptr, parameters, &hasPassword);
 }
 
-DWORD StartRasDial(RASDIALPARAMSW* parameters, HWND notified, HRASCONN* connection) {
+DWORD StartRasDial(RasDialParameters* parameters, HWND notified, HRASCONN* connection) {
     constexpr DWORD kWindowMessages = 0xFFFFFFFF;
     return RasDial(nullptr, nullptr, parameters, kWindowMessages, notified, connection);
 }

@@ -1,0 +1,137 @@
+"""The device's executable, read back with a reader that is not ours.
+
+    test_executable.py DEVICE_BUILD DESKTOP_EXECUTABLE
+"""
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+import pefile
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+MOST = 200 * 1024  # bytes that the device's user is to find room for
+PAGE = 0x1000
+
+# All that an ARMv4 has and the compiler uses, without the condition and the letter s. Later machines' instructions
+# (bx, blx, clz, ldrd, ...) are missing from it. udf is where the program gives up.
+KNOWN = set(
+    "adc add and asr b bic bl cmn cmp eor ldm ldmia ldmib ldmda ldmdb ldr ldrb ldrh ldrsb ldrsh lsl lsr mla mov mul mvn nop "
+    "orr pop push ror rrx rsb rsc sbc smlal smull stm stmib stmia stmda stmdb str strb strh sub teq tst udf umlal "
+    "umull .word".split()
+)
+CONDITION = "(?:eq|ne|cs|cc|mi|pl|vs|vc|hi|ls|ge|lt|gt|le)?"
+INSTRUCTION = re.compile(rf"(?P<name>{'|'.join(map(re.escape, sorted(KNOWN, key=len, reverse=True)))})s?{CONDITION}")
+
+
+def tool(name, *arguments):
+    return subprocess.run([f"arm-none-eabi-{name}", *arguments], capture_output=True, text=True, check=True).stdout
+
+
+def foreign_instructions(object_file):
+    """The disassembled lines that an ARMv4 cannot run."""
+    lines = [line.split("\t") for line in tool("objdump", "-d", object_file).splitlines()]
+    code = [line for line in lines if len(line) >= 3]
+    assert code, "nothing was disassembled"
+    return ["\t".join(line) for line in code if not INSTRUCTION.fullmatch(line[2].strip())]
+
+
+def resources(executable):
+    """{(type, name, language): bytes}"""
+    return {
+        (kind.id, name.id, language.id): executable.get_data(
+            language.data.struct.OffsetToData, language.data.struct.Size)
+        for kind in executable.DIRECTORY_ENTRY_RESOURCE.entries
+        for name in kind.directory.entries
+        for language in name.directory.entries
+    }
+
+
+class Executable(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.file = build / "pelnor-arm.exe"
+        cls.program = str(build / "platform/device/pelnor_device")
+        cls.exe = pefile.PE(str(cls.file))
+
+    def imports(self):
+        """(library, name, address of the slot) of each import."""
+        return [(library.dll.decode(), entry.name.decode(), entry.address)
+                for library in self.exe.DIRECTORY_ENTRY_IMPORT for entry in library.imports]
+
+    def test_headers(self):
+        file_header, optional = self.exe.FILE_HEADER, self.exe.OPTIONAL_HEADER
+        for sentence, expected, found in (
+            ("the system refuses another machine's code", 0x1C0, file_header.Machine),
+            ("without relocations it must say so", 1, file_header.Characteristics & 1),
+            ("it is an executable of 32 bits", 0x102, file_header.Characteristics & 0x102),
+            ("it is PE32", 0x10B, optional.Magic),
+            ("the system refuses another's programs", 9, optional.Subsystem),
+            ("a newer version's program would be refused", (3, 0),
+             (optional.MajorSubsystemVersion, optional.MinorSubsystemVersion)),
+            ("the fixed place is where programs are loaded", 0x10000, optional.ImageBase),
+            ("the reader finds nothing odd", [], self.exe.get_warnings()),
+        ):
+            self.assertEqual(expected, found, sentence)
+        self.assertLessEqual(self.file.stat().st_size, MOST)
+
+    def test_sections_stand_in_order_inside_the_file(self):
+        optional = self.exe.OPTIONAL_HEADER
+        self.assertEqual([".text", ".rdata", ".data", ".idata", ".rsrc"],
+                         [section.Name.rstrip(b"\0").decode() for section in self.exe.sections])
+        address, offset = PAGE, optional.SizeOfHeaders
+        for section in self.exe.sections:
+            self.assertEqual((address, offset), (section.VirtualAddress, section.PointerToRawData), section.Name)
+            self.assertLess(0, section.SizeOfRawData)
+            address += -(-section.Misc_VirtualSize // PAGE) * PAGE
+            offset += section.SizeOfRawData
+        self.assertEqual((address, offset), (optional.SizeOfImage, self.file.stat().st_size))
+        code = self.exe.sections[0]
+        self.assertTrue(code.contains_rva(optional.AddressOfEntryPoint), "the entry is code")
+        data = self.exe.sections[2]
+        self.assertGreater(data.Misc_VirtualSize, data.SizeOfRawData, "variables that start as 0 have their room")
+
+    def test_every_import_is_exported_by_its_library(self):
+        exports = {f"{path.stem}.dll": set(path.read_text().split())
+                   for path in (ROOT / "platform/device/api").glob("*.txt")}
+        self.assertEqual({"coredll.dll", "commctrl.dll", "aygshell.dll", "winsock.dll"},
+                         {library for library, _, _ in self.imports()})
+        for library, name, _ in self.imports():
+            self.assertIn(name, exports[library])
+
+    def test_every_call_goes_through_its_own_slot(self):
+        symbols = {}
+        for line in tool("nm", self.program).splitlines():
+            address, _, name = line.split()[-3:]
+            symbols[name] = int(address, 16)
+        data = self.exe.sections[2]
+        for _, name, slot in self.imports():
+            stub = self.exe.get_data(symbols[name] - self.exe.OPTIONAL_HEADER.ImageBase, 12)
+            self.assertEqual(bytes.fromhex("00c09fe5 00f09ce5") + slot.to_bytes(4, "little"), stub, name)
+            self.assertTrue(data.contains_rva(slot - self.exe.OPTIONAL_HEADER.ImageBase), "a slot is written to")
+
+    def test_the_code_is_the_machines(self):
+        self.assertEqual([], foreign_instructions(self.program))
+        copy = build / "text.bin"
+        tool("objcopy", "-O", "binary", "-j", ".text", self.program, str(copy))
+        code = copy.read_bytes()
+        self.assertEqual(code, self.exe.sections[0].get_data(length=len(code)), "what was disassembled is what runs")
+
+    def test_a_later_machines_code_is_seen(self):
+        later = ["bx lr", "blx r3", "clz r0, r1", "ldrd r0, [r2]", "smulbb r0, r1, r2", "pld [r1]"]
+        source, object_file = build / "later.s", str(build / "later.o")
+        source.write_text(".arch armv5te\n" + "\n".join(later + ["mov pc, lr", "bleq .", "movs r0, r0"]) + "\n")
+        tool("as", str(source), "-o", object_file)
+        self.assertEqual(len(later), len(foreign_instructions(object_file)))
+
+    def test_resources_are_the_desktops(self):
+        here, there = resources(self.exe), resources(pefile.PE(desktop))
+        self.assertEqual(there.keys(), here.keys())
+        for key, contents in there.items():
+            self.assertEqual(contents, here[key], key)
+
+
+if __name__ == "__main__":
+    build, desktop = pathlib.Path(sys.argv[1]), sys.argv[2]
+    unittest.main(argv=sys.argv[:1])
