@@ -1,29 +1,30 @@
 // No runtime library lies beside the program: these stand on the system's malloc, and answer null when memory
 // runs out, which every caller tests.
-#include <cstdlib>
+#include "platform/memory.h"
+
 #include <new>
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return std::malloc(size ? size : 1);
+    return TakeMemory(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return std::malloc(size ? size : 1);
+    return TakeMemory(size);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    ReleaseMemory(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    ReleaseMemory(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    ReleaseMemory(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    ReleaseMemory(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    ReleaseMemory(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    ReleaseMemory(memory);
 }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "platform/heap.h"
 #include "store/index.h"
 #include "store/log.h"
 #include "text/last_error.h"
@@ -24,9 +25,9 @@ RowClass ClassOf(const ArticleList& list, const IndexRecord& record) {
 }
 
 template <class T>
-T* AllocateOn(HANDLE heap, uint32_t count) {
+T* AllocateOn(const HeapOwner& heap, uint32_t count) {
     const SIZE_T size = (count ? count : 1) * static_cast<SIZE_T>(sizeof(T));
-    return static_cast<T*>(HeapAlloc(heap, 0, size));
+    return static_cast<T*>(TakeFrom(heap, size));
 }
 
 // An index that has vanished stays away: an empty one in its place could not be told from a damaged one,
@@ -36,31 +37,52 @@ bool OpenExistingIndex(GroupStore& store) {
     return OpenDataFile(store.index, store.indexPath.get(), FileMode::kReadWriteExisting);
 }
 
-// Reads every record once; counts the rows of each run.
+void CountRecord(GroupStore& store, const IndexRecord& record) {
+    if (!IsRead(record)) ++store.unreadCount;
+    if (PriorityOf(record) == kPriorityHigh) ++store.highCount;
+    if (PriorityOf(record) == kPriorityLow) ++store.lowCount;
+}
+
+// Reads every record once; counts the rows of each run. What the header counts is counted anew: a program
+// that ended between a record's change and the header's left an old number there.
 bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
     IndexRecord record;  // made once; clearing it for each number costs a fifth of the time
+    list.store.unreadCount = list.store.highCount = list.store.lowCount = 0;
     for (uint32_t number = 0; number < list.store.recordCount; ++number) {
         if (!ReadRecord(list.store, record, number)) return false;
+        CountRecord(list.store, record);
         classes[number] = ClassOf(list, record);
         ++counts[classes[number]];
     }
     return true;
 }
 
+// A damaged header may count any number of records: no memory is taken for them before the last is known to
+// be there.
+bool HasLastRecord(GroupStore& store) {
+    IndexRecord last;
+    return store.recordCount == 0 || ReadRecord(store, last, store.recordCount - 1);
+}
+
+bool ClassifyAll(ArticleList& list, std::unique_ptr<uint8_t[]>& classes, uint32_t (&counts)[kRunCount + 1]) {
+    if (!OpenExistingIndex(list.store)) return false;
+    bool classified = HasLastRecord(list.store);
+    if (classified) {
+        classes = NewArray<uint8_t>(list.store.recordCount);
+        classified = classes ? Classify(list, classes.get(), counts) : Fail(kErrorNoMemory);
+    }
+    const ErrorKeeper keeper;
+    CloseDataFile(list.store.index);
+    return classified;
+}
+
 bool MakeRowMap(ArticleList& list) {
     uint32_t counts[kRunCount + 1] = {};
-    const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.recordCount);
-    if (!classes) return Fail(kErrorNoMemory);
-    if (!OpenExistingIndex(list.store)) return false;
-    const bool classified = Classify(list, classes.get(), counts);
-    {
-        const ErrorKeeper keeper;
-        CloseDataFile(list.store.index);
-    }
-    if (!classified) return false;
+    std::unique_ptr<uint8_t[]> classes;
+    if (!ClassifyAll(list, classes, counts)) return false;
     uint32_t next[kRunCount] = {0, counts[kHighRow], counts[kHighRow] + counts[kNormalRow]};
     const uint32_t visible = next[kLowRow] + counts[kLowRow];
-    list.rowMap = AllocateOn<uint32_t>(list.heap.Get(), visible);
+    list.rowMap = AllocateOn<uint32_t>(list.heap, visible);
     if (!list.rowMap) return Fail(kErrorNoMemory);
     for (uint32_t number = 0; number < list.store.recordCount; ++number) {
         if (classes[number] != kHidden) list.rowMap[next[classes[number]]++] = number;
@@ -77,9 +99,9 @@ void Forget(ArticleList& list) {
 }
 
 bool AllocatePage(ArticleList& list, uint32_t pageSize) {
-    list.heap.Reset(HeapCreate(0, 0, 0));
-    if (!list.heap) return Fail(kErrorNoMemory);
-    list.page = AllocateOn<IndexRecord>(list.heap.Get(), pageSize);
+    list.heap = MakeHeap(0, 0);
+    if (!list.heap) return false;
+    list.page = AllocateOn<IndexRecord>(list.heap, pageSize);
     list.pageSize = pageSize;
     return list.page || Fail(kErrorNoMemory);
 }
@@ -136,6 +158,15 @@ bool BuildArticleList(ArticleList& list, uint32_t pageSize) {
     // The values in memory may not be the header's any more: closing must not write them.
     list.open = false;
     return false;
+}
+
+bool SetPageSize(ArticleList& list, uint32_t pageSize) {
+    auto page = AllocateOn<IndexRecord>(list.heap, pageSize);
+    if (!page) return Fail(kErrorNoMemory);
+    HeapFree(list.heap.Get(), 0, list.page);
+    list.page = page;
+    list.pageSize = pageSize;
+    return LoadPage(list, list.firstRow);
 }
 
 bool LoadPage(ArticleList& list, uint32_t firstRow) {

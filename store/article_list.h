@@ -29,6 +29,10 @@ struct ArticleList {
 // list empty and closed.
 [[nodiscard]] bool BuildArticleList(ArticleList& list, uint32_t pageSize);
 
+// Gives a list that was built pages of another size, and loads the one at the same row. What the list shows
+// stays. Error 8 leaves it as it was.
+[[nodiscard]] bool SetPageSize(ArticleList& list, uint32_t pageSize);
+
 // Loads the page that begins at `firstRow`; past the end it is empty.
 [[nodiscard]] bool LoadPage(ArticleList& list, uint32_t firstRow);
 

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/heap.h"
 #include "text/last_error.h"
 
 namespace {
@@ -17,9 +18,9 @@ StringNode** FindLink(StringSet& set, const char* text) {
     return link;
 }
 
-char* CopyToHeap(HANDLE heap, const char* text) {
+char* CopyToHeap(const HeapOwner& heap, const char* text) {
     const std::size_t size = std::strlen(text) + 1;
-    auto copy = static_cast<char*>(HeapAlloc(heap, 0, size));
+    auto copy = static_cast<char*>(TakeFrom(heap, size));
     if (copy) std::memcpy(copy, text, size);
     return copy;
 }
@@ -28,7 +29,7 @@ char* CopyToHeap(HANDLE heap, const char* text) {
 
 bool CreateStringSet(StringSet& set) {
     DestroyStringSet(set);
-    set.heap.Reset(HeapCreate(0, kInitialSize, kMaximumSize));
+    set.heap = MakeHeap(kInitialSize, kMaximumSize);
     return static_cast<bool>(set.heap);
 }
 
@@ -38,8 +39,8 @@ void DestroyStringSet(StringSet& set) {
 }
 
 StringNode* AddString(StringSet& set, const char* text) {
-    void* memory = HeapAlloc(set.heap.Get(), 0, sizeof(StringNode));
-    const char* copy = memory ? CopyToHeap(set.heap.Get(), text) : nullptr;
+    void* memory = TakeFrom(set.heap, sizeof(StringNode));
+    const char* copy = memory ? CopyToHeap(set.heap, text) : nullptr;
     if (!copy) {
         if (memory) HeapFree(set.heap.Get(), 0, memory);
         SetError(kErrorNoMemory);

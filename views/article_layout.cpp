@@ -1,7 +1,6 @@
 #include "views/article_layout.h"
 
-#include <cstdlib>
-
+#include "platform/memory.h"
 #include "text/last_error.h"
 
 namespace {
@@ -54,7 +53,7 @@ struct Table {
 void AddLine(Table& table, const wchar_t* text, uint32_t length, bool quote) {
     if (table.count == table.capacity && !table.failed) {
         const uint32_t capacity = table.capacity ? table.capacity + table.capacity / 2 : kFirstCapacity;
-        void* grown = std::realloc(table.lines, capacity * sizeof(DisplayLine));
+        void* grown = GrowMemory(table.lines, capacity * sizeof(DisplayLine));
         table.failed = !grown;
         if (grown) {
             table.lines = static_cast<DisplayLine*>(grown);
@@ -142,7 +141,7 @@ ArticleLayout::~ArticleLayout() {
 }
 
 void FreeLayout(ArticleLayout& layout) {
-    std::free(layout.lines);
+    ReleaseMemory(layout.lines);
     layout.lines = nullptr;
     layout.lineCount = layout.headerLines = 0;
 }
@@ -155,13 +154,32 @@ bool LayOut(ArticleLayout& layout, const wchar_t* text, const LayoutOptions& opt
     AddBlankLines(table, options.rowsPerPage);
     AddLine(table, nullptr, 0, false);
     if (table.failed) {
-        std::free(table.lines);
+        ReleaseMemory(table.lines);
         return Fail(kErrorNoMemory);
     }
     layout.lines = table.lines;
     layout.lineCount = table.count - 1;
     layout.headerLines = headerLines;
     return true;
+}
+
+const wchar_t* PlaceOfLine(const ArticleLayout& layout, uint32_t line) {
+    if (line >= layout.lineCount) return nullptr;
+    while (line > 0 && layout.lines[line].text == kEmptyText)
+        --line;
+    const wchar_t* text = layout.lines[line].text;
+    return text == kEmptyText ? nullptr : text;
+}
+
+uint32_t LineOfPlace(const ArticleLayout& layout, const wchar_t* place) {
+    uint32_t found = 0;
+    for (uint32_t line = 0; place && line < layout.lineCount; ++line) {
+        const wchar_t* text = layout.lines[line].text;
+        if (text == kEmptyText) continue;
+        if (text > place) break;
+        found = line;
+    }
+    return found;
 }
 
 WrappedLine WrapLine(const wchar_t* start, int width, const TextMeasure& measure, WrapHint& hint) {

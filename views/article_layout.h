@@ -42,6 +42,13 @@ void FreeLayout(ArticleLayout& layout);
 [[nodiscard]] bool LayOut(ArticleLayout& layout, const wchar_t* text, const LayoutOptions& options,
                           const TextMeasure& measure);
 
+// Where in the text a line starts; a blank line that fills a page is where the text above it is. Null when no
+// text is shown there or above.
+const wchar_t* PlaceOfLine(const ArticleLayout& layout, uint32_t line);
+
+// The line that holds a place of the text, 0 for a null place; the last one before it, where it is not shown.
+uint32_t LineOfPlace(const ArticleLayout& layout, const wchar_t* place);
+
 // One display line as it is found.
 struct WrappedLine {
     uint32_t length = 0;            // units to show

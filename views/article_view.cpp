@@ -17,6 +17,7 @@ void InvalidateLayout(ArticleView& view) {
     FreeLayout(view.layout);
     view.layoutValid = false;
     view.scroll.top = 0;
+    view.place = nullptr;
     InvalidateRect(view.window, nullptr, FALSE);
 }
 
@@ -193,6 +194,7 @@ LRESULT OnScroll(ArticleView& view, WORD code, WORD position) {
         case SB_THUMBPOSITION:
         case SB_THUMBTRACK:
             Follow(view, TextThumbTo(view.scroll, ThumbPosition(view, position)));
+            ShowScrollPosition(view, view.scroll.top);  // also where the thumb was dragged too far
             break;
     }
     return 0;
@@ -206,15 +208,26 @@ LRESULT OnCreate(ArticleView& view) {
     return 0;
 }
 
-// The lines break elsewhere in a window of another width; the reader stays about where they were.
+const wchar_t* ReadingPlace(const ArticleView& view) {
+    const bool kept = view.place && view.scroll.top == view.placeTop;
+    return kept ? view.place : PlaceOfLine(view.layout, view.scroll.top);
+}
+
+void ReturnTo(ArticleView& view, const wchar_t* place) {
+    (void)TextThumbTo(view.scroll, LineOfPlace(view.layout, place));
+    ShowScrollPosition(view, view.scroll.top);
+    view.place = place;
+    view.placeTop = view.scroll.top;
+}
+
+// The lines break elsewhere in a window of another width: what was read stays at the top.
 LRESULT OnSize(ArticleView& view) {
     const RECT before = view.rowArea;
-    const uint32_t top = view.scroll.top;
     PlaceRowArea(view, 0);
     if (view.client.bottom == 0 || EqualRect(&before, &view.rowArea)) return 0;
+    const wchar_t* place = ReadingPlace(view);
     InvalidateLayout(view);
-    if (EnsureLayout(view) && TextThumbTo(view.scroll, top) == ScrollResult::kMoved)
-        ShowScrollPosition(view, view.scroll.top);
+    if (EnsureLayout(view)) ReturnTo(view, place);
     return 0;
 }
 

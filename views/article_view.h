@@ -23,6 +23,10 @@ struct ArticleView : RowView {
     bool showAllHeaders = false;  // the `ShowArticleHeader` option
     COLORREF headerColor = 0;
     COLORREF quoteColor = 0;
+    // While the window's size changes: what the top line started with before the first change. Taken from the
+    // line anew each time, it would creep to the start. Counts while the top is still `placeTop`.
+    const wchar_t* place = nullptr;  // in the text
+    uint32_t placeTop = 0;
 
     ArticleView() = default;
     ArticleView(const ArticleView&) = delete;

@@ -23,6 +23,13 @@ ScrollResult StepBack(ScrollState& state, uint32_t step) {
     return MoveTop(state, state.top > step ? state.top - step : 0);
 }
 
+// The cursor stays on its row of the list where the page still shows that row. A page of one row never does.
+void KeepCursorOn(ListScroll& list, uint32_t row) {
+    const ScrollState& rows = list.rows;
+    const uint32_t below = row > rows.top ? row - rows.top : 0;
+    list.cursor = below < rows.page ? below : rows.page - 1;
+}
+
 bool HasLineBelow(const ScrollState& state) {
     return static_cast<uint64_t>(state.top) + state.page + 1 <= state.total;
 }
@@ -62,7 +69,7 @@ ScrollResult CursorDown(ListScroll& list, bool lineScroll) {
     if (lineScroll) return LineDown(list);
     const uint32_t row = CursorRow(list);
     const ScrollResult result = PageDown(list);
-    if (result == ScrollResult::kMoved) list.cursor = row - list.rows.top;
+    if (result == ScrollResult::kMoved) KeepCursorOn(list, row);
     return result;
 }
 
@@ -74,13 +81,22 @@ ScrollResult CursorUp(ListScroll& list, bool lineScroll) {
     if (lineScroll) return LineUp(list);
     const uint32_t row = CursorRow(list);
     const ScrollResult result = PageUp(list);
-    if (result == ScrollResult::kMoved) list.cursor = row - list.rows.top;
+    if (result == ScrollResult::kMoved) KeepCursorOn(list, row);
     return result;
 }
 
 ScrollResult ThumbTo(ListScroll& list, uint32_t position) {
     const uint32_t last = LastTop(list.rows);
     return MoveTop(list.rows, position < last ? position : last);
+}
+
+void ResizePage(ListScroll& list, uint32_t page) {
+    ScrollState& rows = list.rows;
+    const uint32_t row = CursorRow(list);
+    rows.page = page;
+    if (rows.top > LastTop(rows)) rows.top = LastTop(rows);
+    if (row >= rows.top + page) rows.top = row - page + 1;
+    list.cursor = row - rows.top;
 }
 
 bool MoveTo(ListScroll& list, uint32_t row) {

@@ -39,6 +39,10 @@ ScrollResult CursorUp(ListScroll& list, bool lineScroll);
 // The scroll bar's thumb. The top stays one that fills the page.
 ScrollResult ThumbTo(ListScroll& list, uint32_t position);
 
+// Gives the list pages of `page` rows. The cursor stays on its row, and that in the page; the page stays
+// full.
+void ResizePage(ListScroll& list, uint32_t page);
+
 // Puts the cursor on a row of the list, and the row into the page. False when there is no such row.
 bool MoveTo(ListScroll& list, uint32_t row);
 

@@ -321,6 +321,7 @@ LRESULT OnScroll(SubjectView& view, WORD code, WORD position) {
         case SB_THUMBPOSITION:
         case SB_THUMBTRACK:
             Follow(view, ThumbTo(view.scroll, ThumbPosition(view, position)), cursor);
+            ShowScrollPosition(view, view.scroll.rows.top);  // also where the thumb was dragged too far
             break;
     }
     return 0;
@@ -372,14 +373,25 @@ LRESULT OnCreate(SubjectView& view) {
     return 0;
 }
 
+// The rows stay those that the list was made with: what was read since is still there.
+void ResizeList(SubjectView& view) {
+    const uint32_t page = RowsPerPage(view);
+    if (!SetPageSize(view.list, page)) return;
+    ResizePage(view.scroll, page);
+    SetScrollBar(view, ListScrollMaximum(view.scroll.rows), view.scroll.rows.top);
+    ShowPage(view);
+}
+
 LRESULT OnSize(SubjectView& view) {
-    const uint32_t row = CursorRow(view.scroll);
     PlaceChildren(view);
-    if (view.client.bottom == 0) return 0;  // minimised
-    if (!view.layoutValid || view.rowHeight == 0 || RowsPerPage(view) == view.scroll.rows.page) return 0;
-    (void)Rebuild(view);
-    if (MoveTo(view.scroll, row)) ShowPage(view);
-    InvalidateRect(view.window, nullptr, FALSE);
+    if (view.client.bottom == 0) return 0;        // minimised
+    InvalidateRect(view.window, nullptr, FALSE);  // the line around the view has moved
+    if (!view.layoutValid || RowsPerPage(view) == view.scroll.rows.page) return 0;
+    if (view.list.open) {
+        ResizeList(view);
+    } else {
+        view.layoutValid = false;  // the next group is laid out anyway
+    }
     return 0;
 }
 
