@@ -77,6 +77,8 @@ set(PELNOR_SOURCES
 
 set(PELNOR_DESKTOP_SOURCES
   platform/desktop/desktop.cpp
+  platform/desktop/dialog_place.cpp
+  platform/desktop/frame.cpp
   platform/desktop/menubar.cpp
   platform/desktop/ras.cpp
 )

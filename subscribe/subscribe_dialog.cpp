@@ -169,9 +169,11 @@ INT_PTR OnInitDialog(HWND dialog, SubscribeState* state) {
     state->dialog = dialog;
     PrepareList(*state);
     if (LoadSubscriptions(*state)) ShowCategories(*state);
-    // Without a list to choose from, fetching one is the next step.
+    // Without a list to choose from, fetching one is the next step, and Enter does it: a button that merely
+    // got the focus would leave Enter to OK.
     const bool empty = SendMessageW(ListOf(*state), LVM_GETITEMCOUNT, 0, 0) == 0;
-    if (empty) SetFocus(GetDlgItem(dialog, IDC_SUBSCRIBE_DOWNLOAD));
+    const HWND download = GetDlgItem(dialog, IDC_SUBSCRIBE_DOWNLOAD);
+    if (empty) SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(download), TRUE);
     return !empty;
 }
 
@@ -206,7 +208,7 @@ bool WriteNames(DataFile& file, const StringSet& names) {
 void SaveSubscriptions(const SubscribeState& state) {
     DataFile file;
     if (!state.mayReplace) return;
-    if (!OpenDataFile(file, state.groupPath, FileMode::kReplace)) {
+    if (!OpenDataFile(file, state.groupPath, FileMode::kRewrite)) {
         ShowLastError(IDS_SUBSCRIBE_REPLACE_FAILED, kProgramCaption);
         return;
     }

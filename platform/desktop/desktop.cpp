@@ -1,6 +1,7 @@
 // The desktop's spelling of what platform.h promises.
 #include <cstring>
 
+#include "platform/memory.h"
 #include "platform/platform.h"
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
@@ -17,7 +18,7 @@ void* GetWindowPointer(HWND window, int offset) {
 }
 
 HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size) {
-    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size);
+    const HGLOBAL block = MemoryAllowed() ? GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size) : nullptr;
     void* memory = block ? GlobalLock(block) : nullptr;
     if (!memory) return nullptr;
     std::memcpy(memory, bytes, size);

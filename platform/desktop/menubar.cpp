@@ -3,8 +3,8 @@
 // passes from one open popup to the next.
 //
 // A parent's bars hang on one Dock, which subclasses the parent: it keeps the bars at the bottom, and hands
-// Alt and F10 to the bar that shows. A bar belongs to its window and ends with it; the Dock ends with its
-// last bar.
+// Alt and F10 to the bar that shows, and makes it a window of the desktop. A bar belongs to its window and
+// ends with it; the Dock ends with its last bar.
 #include "platform/menubar.h"
 
 #include <commctrl.h>
@@ -14,9 +14,10 @@
 #include <memory>
 #include <new>
 
+#include "platform/desktop/frame.h"
+
 namespace {
 
-constexpr WCHAR kBarClass[] = L"PelnorMenuBar";
 constexpr WCHAR kDockProperty[] = L"PelnorMenuBarDock";
 constexpr WORD kNoWordPopup = 0xFFFF;
 constexpr WORD kNoWordImage = 0xFFFE;
@@ -92,6 +93,7 @@ struct Dock {
     HWND parent = nullptr;
     WNDPROC procedure = nullptr;  // the parent's own
     MenuBar* first = nullptr;
+    DesktopFrame frame;
 };
 
 // The bar whose popup shows. A menu's message hook gets no other context; menus block their thread, and only
@@ -498,6 +500,19 @@ void OnParentSize(const Dock& dock) {
     PlacePanes(dock);
 }
 
+// No button is ever cut off, and the panes keep the height of a few rows.
+void SetLeastSize(const Dock& dock, MINMAXINFO& limits) {
+    constexpr LONG kLeastPaneHeight = 100;
+    RECT area{};
+    for (const MenuBar* bar = dock.first; bar; bar = bar->neighbour) {
+        if (bar->count) area.right = std::max(area.right, bar->buttons[bar->count - 1].area.right);
+        area.bottom = kLeastPaneHeight + bar->height;
+    }
+    AdjustWindowRectEx(&area, static_cast<DWORD>(GetWindowLongW(dock.parent, GWL_STYLE)), FALSE,
+                       static_cast<DWORD>(GetWindowLongW(dock.parent, GWL_EXSTYLE)));
+    limits.ptMinTrackSize = {area.right - area.left, area.bottom - area.top};
+}
+
 // A popup whose owner is destroyed takes its window along, and its loop may then wait for ever; it has to end
 // first, and to be woken to notice.
 void OnParentClose() {
@@ -528,12 +543,17 @@ LRESULT CALLBACK DockProcedure(HWND parent, UINT message, WPARAM wParam, LPARAM 
     if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == SC_KEYMENU && !lParam && OnKeyMenu(*dock)) return 0;
     if (message == WM_SIZE && wParam != SIZE_MINIMIZED) OnParentSize(*dock);
     if (message == WM_CLOSE) OnParentClose();
+    if (message == WM_GETMINMAXINFO) SetLeastSize(*dock, *reinterpret_cast<MINMAXINFO*>(lParam));
+    LRESULT result = 0;
+    if (OnFrameMessage(dock->frame, message, wParam, lParam, result)) return result;
     if (message == WM_NCDESTROY) FreeDock(dock, true);
-    return CallWindowProcW(procedure, parent, message, wParam, lParam);
+    result = CallWindowProcW(procedure, parent, message, wParam, lParam);
+    AfterFrameMessage(parent, message);
+    return result;
 }
 
 // The parent's dock, made for its first bar.
-Dock* DockOf(HWND parent) {
+Dock* DockOf(HWND parent, HINSTANCE module) {
     if (auto dock = static_cast<Dock*>(GetPropW(parent, kDockProperty))) return dock;
     std::unique_ptr<Dock> dock(new (std::nothrow) Dock);
     if (!dock) {
@@ -544,6 +564,7 @@ Dock* DockOf(HWND parent) {
     dock->procedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(parent, GWLP_WNDPROC));
     if (!SetPropW(parent, kDockProperty, dock.get())) return nullptr;
     SetWindowLongPtrW(parent, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(DockProcedure));
+    DressFrame(dock->frame, parent, module);
     return dock.release();
 }
 
@@ -611,17 +632,17 @@ LRESULT CALLBACK BarProcedure(HWND window, UINT message, WPARAM wParam, LPARAM l
     barClass.hInstance = module;
     barClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
     barClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-    barClass.lpszClassName = kBarClass;
+    barClass.lpszClassName = kMenuBarClass;
     return RegisterClassW(&barClass) || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
 }
 
 // Makes the window and gives it the bar; until then, and after a failure, the bar is the caller's.
 [[nodiscard]] bool CreateBarWindow(MenuBar& bar, HINSTANCE module) {
-    Dock* dock = DockOf(bar.parent);
+    Dock* dock = DockOf(bar.parent, module);
     if (!dock) return false;
     EnterDock(bar, *dock);
-    bar.window = CreateWindowExW(0, kBarClass, nullptr, WS_CHILD | WS_CLIPSIBLINGS, 0, 0, 0, 0, bar.parent,
-                                 nullptr, module, nullptr);
+    bar.window = CreateWindowExW(0, kMenuBarClass, nullptr, WS_CHILD | WS_CLIPSIBLINGS, 0, 0, 0, 0,
+                                 bar.parent, nullptr, module, nullptr);
     if (!bar.window) {
         const DWORD error = GetLastError();
         LeaveDock(bar);

@@ -7,6 +7,7 @@
 
 #include "platform/platform.h"
 #include "resources/resource.h"
+#include "tests/support/temp_folder.h"
 
 namespace {
 
@@ -185,6 +186,7 @@ class MenuBarTest : public testing::Test {
         ADD_FAILURE() << "the message queue never emptied";
     }
 
+    RegistryGuard registry_;  // the frame leaves its place there
     Record record_;
     Bars bars_;
     HWND frame_ = nullptr;

@@ -1,0 +1,77 @@
+#include "platform/desktop/dialog_place.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr WCHAR kPlacedProperty[] = L"PelnorDialogPlaced";
+
+// A hook gets no other context.
+HHOOK activationHook = nullptr;
+HWND placingFrame = nullptr;
+
+bool Shows(HWND window) {
+    return window && IsWindowVisible(window) && !IsIconic(window);
+}
+
+// Where a dialog has to be in the middle of: its owner, else the frame, else the monitor.
+RECT GroundOf(HWND dialog, const RECT& monitor) {
+    RECT ground = monitor;
+    HWND owner = GetWindow(dialog, GW_OWNER);
+    if (!Shows(owner)) owner = placingFrame;
+    if (Shows(owner)) GetWindowRect(owner, &ground);
+    return ground;
+}
+
+void PlaceDialog(HWND dialog) {
+    HWND base = Shows(placingFrame) ? placingFrame : dialog;
+    RECT place{};
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    if (!GetMonitorInfoW(MonitorFromWindow(base, MONITOR_DEFAULTTONEAREST), &monitor)) return;
+    const RECT ground = GroundOf(dialog, monitor.rcWork);
+    GetWindowRect(dialog, &place);
+    OffsetRect(&place, (ground.left + ground.right - place.left - place.right) / 2,
+               (ground.top + ground.bottom - place.top - place.bottom) / 2);
+    place = MovedInto(place, monitor.rcWork);
+    SetWindowPos(dialog, nullptr, place.left, place.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+// Once: after that it is the user's to move.
+void OnActivate(HWND window) {
+    WCHAR name[32] = L"";
+    GetClassNameW(window, name, 32);
+    if (lstrcmpW(name, L"#32770") != 0 || GetPropW(window, kPlacedProperty)) return;
+    SetPropW(window, kPlacedProperty, window);
+    PlaceDialog(window);
+}
+
+// A dialog is activated with its final size, just before it shows.
+LRESULT CALLBACK FollowActivation(int code, WPARAM wParam, LPARAM lParam) {
+    if (code == HCBT_ACTIVATE) OnActivate(reinterpret_cast<HWND>(wParam));
+    if (code == HCBT_DESTROYWND) RemovePropW(reinterpret_cast<HWND>(wParam), kPlacedProperty);
+    return CallNextHookEx(activationHook, code, wParam, lParam);
+}
+
+}  // namespace
+
+RECT MovedInto(const RECT& place, const RECT& area) {
+    const LONG width = std::min(place.right - place.left, area.right - area.left);
+    const LONG height = std::min(place.bottom - place.top, area.bottom - area.top);
+    const LONG left = std::clamp(place.left, area.left, area.right - width);
+    const LONG top = std::clamp(place.top, area.top, area.bottom - height);
+    return {left, top, left + width, top + height};
+}
+
+// Without the hook dialogs open where the system puts them.
+void PlaceDialogsOver(HWND frame) {
+    StopPlacingDialogs();
+    placingFrame = frame;
+    activationHook = SetWindowsHookExW(WH_CBT, FollowActivation, nullptr, GetCurrentThreadId());
+}
+
+void StopPlacingDialogs() {
+    if (activationHook) UnhookWindowsHookEx(activationHook);
+    activationHook = nullptr;
+    placingFrame = nullptr;
+}
