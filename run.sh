@@ -2,8 +2,8 @@
 # ./run.sh        builds Pelnor and shows it with a news server and articles of its own
 # ./run.sh --own  builds Pelnor and starts it with your own settings
 #
-# Installs what is missing. Without a display the demonstration plays itself on a hidden one: it fetches the articles
-# and leaves pictures of that in build/screens/. Everything that it started ends with it.
+# Installs what is missing. Without a display the demonstration plays itself on a hidden one: it fetches articles, reads
+# some, subscribes to a group, and leaves pictures of all that in build/screens/. Everything that it started ends with it.
 set -euo pipefail
 cd "$(dirname "$0")"
 . tools/environment.sh
@@ -18,11 +18,15 @@ case ${1-} in
     ;;
 esac
 
-program=build/desktop/pelnor.exe
+# The tests name a build folder that is ready; the demonstration then stays inside it.
+build=$PWD/build/desktop state=$PWD/build
+[ -z "${PELNOR_BUILD-}" ] || build=$PELNOR_BUILD state=$PELNOR_BUILD/demonstration
 key='HKCU\Software\marrowby\Pelnor'
-data=$PWD/build/demo-data
-screens=$PWD/build/screens
+data=$state/demo-data
+screens=$state/screens
 playing='' display_pid='' server_pid='' program_pid=''
+. tools/windows.sh
+. demo/play.sh
 
 finish() {
     end_process $program_pid $server_pid
@@ -40,17 +44,27 @@ windows_path() {
     echo "Z:${1//\//\\}"
 }
 
+# Subscribes to all groups but the last, which is left to be chosen, and writes the keyword files as the program would.
+make_data() {
+    local file
+    mkdir -p "$data"
+    find demo/articles -mindepth 1 -maxdepth 1 -name 'fj.*' ! -name '*.test' -printf '%f\r\n' | sort >"$data/group.dat"
+    for file in demo/keywords/*.txt; do
+        sed 's/$/\r/' "$file" | iconv -f UTF-8 -t CP932 >"$data/$(basename "$file" .txt).flt"
+    done
+}
+
 # The port differs from start to start, so it is written each time. The rest is only written once: what you change in
 # the demonstration stays. One that plays itself starts afresh, to have something to fetch.
 prepare_demonstration() {
-    [ -z "$playing" ] || rm -rf "$data"
-    if [ ! -e "$data/group.dat" ]; then
-        mkdir -p "$data"
-        find demo/articles -mindepth 1 -maxdepth 1 -type d -printf '%f\r\n' | sort >"$data/group.dat"
+    if [ -n "$playing" ]; then
+        rm -rf "$data"
+        wine reg delete "$key" /f >/dev/null 2>&1 </dev/null || true
     fi
+    [ -e "$data/group.dat" ] || make_data
     wine reg query "$key" /v DataPath >/dev/null 2>&1 </dev/null || {
+        wine reg import "$(windows_path "$PWD/demo/settings.reg")" >/dev/null 2>&1 </dev/null
         setting DataPath REG_SZ "$(windows_path "$data")\\"
-        setting Limit REG_DWORD 50
     }
     setting Server REG_SZ 127.0.0.1
     setting Port REG_DWORD "$1"
@@ -58,9 +72,9 @@ prepare_demonstration() {
 
 # Starts the news server on a free port and answers the port in $port.
 start_server() {
-    local output=build/demo/server.txt
+    local output=$state/demo/server.txt
     : >"$output"
-    wine build/desktop/demo/demo_server.exe "$(windows_path "$PWD/demo/articles")" >"$output" 2>&1 </dev/null &
+    wine "$build/demo/demo_server.exe" "$(windows_path "$PWD/demo/articles")" >"$output" 2>&1 </dev/null &
     server_pid=$!
     wait_for 30 grep -q listening "$output" || {
         echo "the demonstration's news server did not start:" >&2
@@ -76,89 +90,24 @@ draw_frames() {
 }
 
 start_program() {
-    wine "$program" >/dev/null 2>&1 </dev/null &
+    wine "$build/pelnor.exe" >/dev/null 2>&1 </dev/null &
     program_pid=$!
 }
 
-# shown TITLE: a window with just this title is on the display.
-shown() {
-    xdotool search --onlyvisible --name "^$1\$"
-}
-
-any_shown() {
-    shown "$1" || shown "$2"
-}
-
-hidden() {
-    ! shown "$1"
-}
-
-# picture NAME: leaves build/screens/NAME.png, once two pictures in a row are alike.
-picture() {
-    local before='' now='' tries
-    for ((tries = 0; tries < 40; tries++)); do
-        now=$(import -window root ppm:- | md5sum)
-        [ "$now" = "$before" ] && break
-        before=$now
-        sleep 0.1
-    done
-    import -window root "$screens/$1.png"
-}
-
-# press TITLE KEY: gives the window the keyboard and presses the key.
-press() {
-    local window
-    window=$(shown "$1" | tail -1)
-    xdotool windowfocus "$window"
-    xdotool key "$2"
-}
-
-fail() {
-    picture demo-failed
-    echo "$1; see build/screens/demo-failed.png" >&2
-    exit 1
-}
-
-# Does what a user would do: fetch, look, close the end message, leave.
-play() {
-    mkdir -p "$screens"
-    rm -f "$screens"/demo-*.png
-    wait_for 60 shown Pelnor || fail "the program's window did not appear"
-    xdotool windowfocus "$(shown Pelnor)"
-    picture demo-1-start
-    press Pelnor i
-    wait_for 20 any_shown Articles Disconnect || fail "the download did not start"
-    # The download is over in a moment: hold the server for as long as the picture takes.
-    kill -STOP "$server_pid"
-    picture demo-2-fetching
-    kill -CONT "$server_pid"
-    wait_for 60 shown Disconnect || fail "the end of the download was not announced"
-    picture demo-3-announced
-    press Disconnect Return
-    wait_for 20 hidden Disconnect || fail "the announcement did not close"
-    picture demo-4-fetched
-    press Pelnor alt+x
-    wait_for 20 is_gone "$program_pid" || fail "the program did not end"
-    program_pid=
-    echo "The pictures of the demonstration:"
-    ls "$screens"/demo-*.png
-}
-
-
 require_packages $build_packages $wine_packages
 require_locale
-build_desktop --target pelnor demo_server
+[ -n "${PELNOR_BUILD-}" ] || build_desktop --target pelnor demo_server
 
 export LC_ALL=ja_JP.UTF-8 WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
 
 # Each has a Wine of its own, outside the folders that a build writes: the demonstration never touches your settings.
-if [ -n "$own" ]; then WINEPREFIX=$PWD/build/own/wine; else WINEPREFIX=$PWD/build/demo/wine; fi
+if [ -n "$own" ]; then WINEPREFIX=$state/own/wine; else WINEPREFIX=$state/demo/wine; fi
 export WINEPREFIX
 
 # The end of one demonstration would end another.
 if [ -z "$own" ]; then
-    mkdir -p build/demo
-    exec 9>build/demo/lock
+    mkdir -p "$state/demo"
+    exec 9>"$state/demo/lock"
     flock -n 9 || {
         echo "the demonstration is running already" >&2
         exit 1
@@ -173,7 +122,7 @@ if [ -z "${DISPLAY-}" ] || ! xdotool getdisplaygeometry >/dev/null 2>&1; then
         echo "there is no display to show your own settings on" >&2
         exit 1
     }
-    start_display
+    start_display 348x348
     playing=yes
 fi
 
