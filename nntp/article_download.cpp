@@ -46,6 +46,13 @@ bool Ask(Fetch& fetch, const char* command, const wchar_t* sendTitle, const wcha
     return ReadLineOf(fetch) || FailWithError(result, receiveTitle, IDS_RECEIVE_FAILED);
 }
 
+// An encoded word may hold a line end, with which anyone could write lines of his own into the log.
+void ReplaceLineEnds(char* text) {
+    for (; *text; ++text) {
+        if (*text == '\r' || *text == '\n') *text = ' ';
+    }
+}
+
 // The line as the store keeps it. The line end stands outside the conversions: a broken encoded word or an
 // escape that is never closed cannot take it away.
 std::string_view ConvertLine(Fetch& fetch, const char* line, bool decodeWords) {
@@ -57,6 +64,7 @@ std::string_view ConvertLine(Fetch& fetch, const char* line, bool decodeWords) {
     fetch.line[lineEnd - fetch.line] = '\0';
     if (decodeWords) DecodeEncodedWords(fetch.decoded, line);
     LineFromJis(decodeWords ? fetch.decoded : line, fetch.converted);
+    if (decodeWords) ReplaceLineEnds(fetch.converted);
     const std::size_t textLength = std::strlen(fetch.converted);
     std::memcpy(fetch.converted + textLength, end, endLength + 1);
     return {fetch.converted, textLength + endLength};

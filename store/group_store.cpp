@@ -15,11 +15,30 @@ bool OpenNamed(DataFile& file, const WideText& path) {
     return OpenDataFile(file, path.get(), FileMode::kReadWrite);
 }
 
+bool IsDeviceUnit(wchar_t unit, wchar_t pattern) {
+    if (pattern == L'#') return unit >= L'1' && unit <= L'9';
+    return unit == pattern || (unit >= L'A' && unit <= L'Z' && unit - L'A' + L'a' == pattern);
+}
+
+// "nul.idx" opens a device on a desktop: what stands before the first dot must not be the name of one.
+bool IsDevice(const wchar_t* group) {
+    constexpr const wchar_t* kDevices[] = {L"con", L"prn", L"aux", L"nul", L"com#", L"lpt#"};
+    for (const wchar_t* device : kDevices) {
+        std::size_t length = 0;
+        while (device[length] != L'\0' && IsDeviceUnit(group[length], device[length]))
+            ++length;
+        const bool isWhole = group[length] == L'\0' || group[length] == L'.';
+        if (device[length] == L'\0' && isWhole) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 bool IsFileName(const wchar_t* group) {
     constexpr wchar_t kForbidden[] = L"\\/:*?\"<>|";
     if (*group == L'\0' || wcscmp(group, L".") == 0 || wcscmp(group, L"..") == 0) return false;
+    if (IsDevice(group)) return false;
     for (; *group; ++group) {
         if (*group < L' ' || *group == 0x7F || wcschr(kForbidden, *group)) return false;
     }

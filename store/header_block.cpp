@@ -3,17 +3,20 @@
 #include <cstring>
 
 #include "text/last_error.h"
+#include "text/line.h"
 
 namespace {
 
 constexpr uint32_t kGrowth = 2048;
+// A server that never ends a head must not take all the memory there is; no honest head comes near.
+constexpr std::size_t kLargest = 1 << 18;
 constexpr uint32_t kLineEnd = 2;  // CR LF
 
 bool MakeRoom(HeaderBlock& block, std::size_t count) {
     if (block.length + count < block.capacity) return true;
     const std::size_t missing = block.length + count + 1 - block.capacity;
     const std::size_t capacity = block.capacity + (missing + kGrowth - 1) / kGrowth * kGrowth;
-    NarrowText larger = capacity <= kNoLine ? NewArray<char>(capacity) : nullptr;
+    NarrowText larger = capacity <= kLargest ? NewArray<char>(capacity) : nullptr;
     if (!larger) return Fail(kErrorNoMemory);
     std::memcpy(larger.get(), block.buffer.get(), block.length);
     block.buffer = std::move(larger);
@@ -68,12 +71,15 @@ bool AddNewLine(HeaderBlock& block, std::string_view line) {
     return true;
 }
 
-// The joined text's own line end stands for the one that it overwrites.
+// The joined text's own line end stands for the one that it overwrites. Without text there is nothing to
+// join: a lone LF is shorter than what it would overwrite, and line after line would eat the block up.
 bool JoinContinuation(HeaderBlock& block, std::string_view line) {
     while (IsContinuation(line))
         line.remove_prefix(1);
+    const bool joins = block.length > kLineEnd;
+    if (joins && LineEndLength(line.data(), line.size()) == line.size()) return true;
     if (!MakeRoom(block, line.size())) return false;
-    if (block.length > kLineEnd) block.length -= kLineEnd;
+    if (joins) block.length -= kLineEnd;
     Write(block, line);
     const auto added = line.size() > kLineEnd ? static_cast<uint32_t>(line.size()) - kLineEnd : 0;
     if (block.inSubject) {

@@ -1,0 +1,68 @@
+// The calls of Windows that the store makes, over files that live in memory: found before the program's own
+// header where the store is built natively. Sharing is kept as Windows keeps it; texts are converted byte by
+// byte.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "text/last_error.h"
+
+using BOOL = int;
+using DWORD = uint32_t;
+using LONG = int32_t;
+using UINT = unsigned;
+using SIZE_T = std::size_t;
+using HANDLE = void*;
+using HKEY = void*;
+using HFONT = void*;
+using HDC = void*;
+using HBITMAP = void*;
+
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
+
+constexpr DWORD GENERIC_READ = 0x80000000, GENERIC_WRITE = 0x40000000;
+constexpr DWORD FILE_SHARE_READ = 1;
+constexpr DWORD CREATE_ALWAYS = 2, OPEN_EXISTING = 3, OPEN_ALWAYS = 4;
+constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80, FILE_BEGIN = 0;
+constexpr DWORD ERROR_SHARING_VIOLATION = 32, ERROR_DISK_FULL = 112;
+constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = kErrorNoMemory;
+
+inline DWORD GetLastError() {
+    return GetError();
+}
+inline void SetLastError(DWORD error) {
+    SetError(error);
+}
+
+HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD sharing, void*, DWORD disposition, DWORD, HANDLE);
+BOOL ReadFile(HANDLE file, void* destination, DWORD count, DWORD* read, void*);
+BOOL WriteFile(HANDLE file, const void* source, DWORD count, DWORD* written, void*);
+DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD);
+DWORD GetFileSize(HANDLE file, DWORD* high);
+BOOL SetEndOfFile(HANDLE file);
+BOOL CloseHandle(HANDLE file);
+BOOL DeleteFileW(const wchar_t* path);
+BOOL MoveFileW(const wchar_t* from, const wchar_t* to);
+DWORD GetFileAttributesW(const wchar_t* path);
+
+HANDLE HeapCreate(DWORD, SIZE_T initial, SIZE_T maximum);
+void* HeapAlloc(HANDLE heap, DWORD, SIZE_T size);
+BOOL HeapFree(HANDLE heap, DWORD, void* memory);
+BOOL HeapDestroy(HANDLE heap);
+
+UINT TextCodePage();
+int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units);
+int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*);
+
+// Named by the owners, never called here.
+BOOL FindClose(HANDLE);
+LONG RegCloseKey(HKEY);
+BOOL DeleteObject(HANDLE);
+BOOL DeleteDC(HDC);
+
+// The files' contents by path, and how many handles are open.
+extern std::map<std::wstring, std::string> memoryFiles;
+std::size_t OpenHandles();
