@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "filters/keyword_filter.h"
 #include "resources/resource.h"
 #include "store/file.h"
 #include "store/record.h"
@@ -90,25 +91,38 @@ bool AddLine(const KeywordDialogState& state, const char* line) {
     return keyword && AddKeyword(state, keyword.get(), line[0] == '+' ? kPriorityHigh : kPriorityLow);
 }
 
-void LoadKeywords(const KeywordDialogState& state) {
+void NoteLoadFailure(KeywordDialogState& state) {
+    state.loadError = GetError();
+    ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
+}
+
+// What the list does not show would be lost with the next save, so a load that failed is remembered. A
+// line that is too long ends the list, as it does where subjects are matched.
+void LoadKeywords(KeywordDialogState& state) {
     DataFile file;
-    if (!OpenDataFile(file, state.filterPath, FileMode::kRead)) {
-        if (GetError() != kErrorFileNotFound) ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
+    if (!OpenKeywordFile(file, state.filterPath)) {
+        if (GetError() != kErrorFileNotFound) NoteLoadFailure(state);
         return;
     }
     char line[kLineSize];
     while (ReadLine(file, line, kLineSize, true)) {
         if (AddLine(state, line)) continue;
+        state.loadError = kErrorNoMemory;
         ShowNoMemory();
         return;
     }
+    if (GetError() == kErrorEndOfFile || GetError() == kErrorMoreData) return;
+    NoteLoadFailure(state);
 }
 
 INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
     SetWindowPointer(dialog, kUserData, state);
     state->dialog = dialog;
     ShowPriority(*state, kPriorityNormal);
-    if (state->proposedKeyword) (void)AddKeyword(*state, state->proposedKeyword, kPriorityNormal);
+    // Selected at once: it stays so where memory runs out in the search for the first item of the same text.
+    if (state->proposedKeyword && AddKeyword(*state, state->proposedKeyword, kPriorityNormal)) {
+        TellList(*state, CB_SETCURSEL, 0, 0);
+    }
     LoadKeywords(*state);
     if (state->proposedKeyword) SelectKeyword(*state, state->proposedKeyword);
     return TRUE;
@@ -166,11 +180,24 @@ SaveResult WriteKeywords(const KeywordDialogState& state, DataFile& file) {
     return CloseDataFile(file) ? SaveResult::kSaved : SaveResult::kWriteFailed;
 }
 
+// An old file stands until the new one is whole, an empty one if need be: a new file without an old one is
+// then always one that only lacks its name.
+bool EnsureOldFile(const KeywordDialogState& state) {
+    if (FileExists(state.filterPath)) return true;
+    DataFile file;
+    return OpenDataFile(file, state.filterPath, FileMode::kReadWrite) && CloseDataFile(file);
+}
+
 // False, after telling the user, when the old file stays. A temporary file that was cut short stays too.
 bool SaveKeywords(const KeywordDialogState& state) {
+    if (state.loadError != 0) {
+        SetError(state.loadError);
+        ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
+        return false;
+    }
     const WideText temporary = JoinPath(state.filterPath, L"~");
     DataFile file;
-    if (!temporary || !OpenDataFile(file, temporary.get(), FileMode::kReplace)) {
+    if (!temporary || !EnsureOldFile(state) || !OpenDataFile(file, temporary.get(), FileMode::kReplace)) {
         ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
         return false;
     }

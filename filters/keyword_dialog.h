@@ -7,9 +7,10 @@ struct KeywordDialogState {
     const wchar_t* filterPath = nullptr;       // the ".flt" file; borrowed
     const wchar_t* proposedKeyword = nullptr;  // offered as a new keyword; borrowed, may be null
     HWND dialog = nullptr;
+    unsigned loadError = 0;  // why the list does not hold the whole file; 0 when it does
 };
 
-// Runs the dialog modally: 1 when the file was replaced (OK), else 2. Until the new file is complete the old
-// one stands.
+// Runs the dialog modally: 1 when the file was replaced (OK), else 2. A file that could not be read whole is
+// not replaced. Until the new file is complete the old one stands.
 INT_PTR RunKeywordDialog(KeywordDialogState& state, HINSTANCE instance, HWND owner, const wchar_t* filterPath,
                          const wchar_t* proposedKeyword);

@@ -3,11 +3,20 @@
 #include "store/file.h"
 #include "text/last_error.h"
 
+bool OpenKeywordFile(DataFile& file, const wchar_t* path) {
+    if (OpenDataFile(file, path, FileMode::kRead)) return true;
+    if (GetError() != kErrorFileNotFound) return false;
+    const WideText saved = JoinPath(path, L"~");
+    if (!saved) return false;
+    if (!FileExists(saved.get())) return Fail(kErrorFileNotFound);
+    return RenameDataFile(saved.get(), path) && OpenDataFile(file, path, FileMode::kRead);
+}
+
 bool LoadKeywordFilter(KeywordFilter& filter, const wchar_t* path) {
     constexpr uint32_t kLineSize = 512;
     ClearKeywordFilter(filter);
     DataFile file;
-    if (!OpenDataFile(file, path, FileMode::kRead)) return GetError() == kErrorFileNotFound;
+    if (!OpenKeywordFile(file, path)) return GetError() == kErrorFileNotFound;
     char line[kLineSize];
     while (ReadLine(file, line, kLineSize, true)) {
         if (!AddKeywordLine(filter, line)) return false;

@@ -9,6 +9,8 @@
 
 #include "text/owned.h"
 
+struct DataFile;
+
 struct KeywordNode {
     NarrowText keyword;
     KeywordNode* next = nullptr;  // owned by the filter
@@ -29,6 +31,10 @@ void ClearKeywordFilter(KeywordFilter& filter);
 // Adds one line of the file (without its line end) at the head of its list; lines shorter than two bytes are
 // skipped. A first byte '+' means high, any other low. Error 8.
 [[nodiscard]] bool AddKeywordLine(KeywordFilter& filter, std::string_view line);
+
+// Opens the file for reading. Error 2 when there is none. Where a save was cut off between the removal of the
+// old file and the naming of the new one ("~" appended), the new one gets its name first.
+[[nodiscard]] bool OpenKeywordFile(DataFile& file, const wchar_t* path);
 
 // Empties the filter and loads the file. A missing file is no failure, nor is a line over 511 bytes, which
 // ends the reading. Fails when the file cannot be opened for another reason, and with error 8.

@@ -18,15 +18,31 @@ uint32_t DwordOr(const RegistryKeyOwner& key, const wchar_t* name, uint32_t miss
     return ReadDword(key, name, value) ? value : missing;
 }
 
+// A value that memory has no room for is not missing: the next save would write its default over it.
+bool IsMissing() {
+    return GetError() != kErrorNoMemory;
+}
+
+// False only when memory runs out; `missing` is set, and the buffer stays, when there is no such value.
+bool ReadOptional(const RegistryKeyOwner& key, const wchar_t* name, wchar_t* buffer, std::size_t capacity,
+                  bool& missing) {
+    if (ReadTextInto(key, name, buffer, capacity)) return true;
+    missing = true;
+    return IsMissing();
+}
+
 // What the program cannot run without: a missing value takes its default and is noted.
-void ReadRequired(const RegistryKeyOwner& key, Settings& settings, bool& complete) {
+bool ReadRequired(const RegistryKeyOwner& key, Settings& settings, bool& complete) {
     settings.Server[0] = settings.DataPath[0] = L'\0';
     settings.Port = kDefaultPort;
     settings.Limit = kDefaultLimit;
-    if (!ReadTextInto(key, L"Server", settings.Server, kServerSize)) complete = false;
-    if (!ReadDword(key, L"Port", settings.Port)) complete = false;
-    if (!ReadTextInto(key, L"DataPath", settings.DataPath, kDataPathSize)) complete = false;
-    if (!ReadDword(key, L"Limit", settings.Limit)) complete = false;
+    bool missing = false;
+    if (!ReadOptional(key, L"Server", settings.Server, kServerSize, missing)) return false;
+    if (!ReadOptional(key, L"DataPath", settings.DataPath, kDataPathSize, missing)) return false;
+    if (!ReadDword(key, L"Port", settings.Port)) missing = true;
+    if (!ReadDword(key, L"Limit", settings.Limit)) missing = true;
+    if (missing) complete = false;
+    return true;
 }
 
 bool IsBlank(const char* text) {
@@ -52,18 +68,20 @@ bool ReadLogin(const RegistryKeyOwner& key, const wchar_t* name, NarrowText& log
     return true;
 }
 
-void ReadBehaviour(const RegistryKeyOwner& key, Settings& settings) {
+bool ReadBehaviour(const RegistryKeyOwner& key, Settings& settings) {
+    bool missing = false;
     settings.KeyMode = DwordOr(key, L"KeyMode", 0);
     settings.AutoNextArticle = DwordOr(key, L"AutoNextArticle", 1);
     settings.Dialup = DwordOr(key, L"Dialup", 0);
-    settings.EntryName[0] = L'\0';
-    (void)ReadTextInto(key, L"EntryName", settings.EntryName, kEntryNameSize);
     settings.DisconnectWaitTime = DwordOr(key, L"DisconnectWaitTime", 0);
+    settings.EntryName[0] = L'\0';
+    return ReadOptional(key, L"EntryName", settings.EntryName, kEntryNameSize, missing);
 }
 
-void ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
+bool ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
+    bool missing = false;
     CopyCut(settings.FontName, kFontNameSize, kDefaultFont);
-    (void)ReadTextInto(key, L"FontName", settings.FontName, kFontNameSize);
+    if (!ReadOptional(key, L"FontName", settings.FontName, kFontNameSize, missing)) return false;
     settings.FontSizeA = static_cast<int32_t>(DwordOr(key, L"FontSizeA", kDefaultFontSize));
     settings.FontSizeS = static_cast<int32_t>(DwordOr(key, L"FontSizeS", kDefaultFontSize));
     // A face that gives no font leaves none: the views then draw with the system's.
@@ -71,21 +89,27 @@ void ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
     (void)MakeViewFont(settings.FontName, settings.FontSizeS, settings.SubjectFont);
     settings.HeaderColor = DwordOr(key, L"HeaderColor", 0);
     settings.ReferenceLine = DwordOr(key, L"ReferenceLine", 0);
+    return true;
 }
 
-NarrowText ReadNarrow(const RegistryKeyOwner& key, const wchar_t* name) {
+// False only when memory runs out.
+bool ReadNarrow(const RegistryKeyOwner& key, const wchar_t* name, NarrowText& value) {
     const WideText text = ReadText(key, name);
-    return text ? ToNarrow(text.get()) : nullptr;
+    value = text ? ToNarrow(text.get()) : nullptr;
+    return value || IsMissing();
 }
 
-void ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
-    settings.UserName = ReadNarrow(key, L"UserName");
+bool ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
+    if (!ReadNarrow(key, L"UserName", settings.UserName) ||
+        !ReadNarrow(key, L"MailAddress", settings.MailAddress) ||
+        !ReadNarrow(key, L"Organization", settings.Organization)) {
+        return false;
+    }
     DropBlank(settings.UserName);
-    settings.MailAddress = ReadNarrow(key, L"MailAddress");
     DropBlank(settings.MailAddress);
-    settings.Organization = ReadNarrow(key, L"Organization");
     // Without a mail address a blank organisation stays as it is stored.
     if (settings.MailAddress) DropBlank(settings.Organization);
+    return true;
 }
 
 bool MakeDraftPath(Settings& settings) {
@@ -99,7 +123,7 @@ bool MakeDraftPath(Settings& settings) {
 
 bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
     settings.EditorPath = ReadText(key, L"EditorPath");
-    if (!settings.EditorPath) settings.EditorPath = CopyText(L"");
+    if (!settings.EditorPath && IsMissing()) settings.EditorPath = CopyText(L"");
     return settings.EditorPath ? MakeDraftPath(settings) : Fail(kErrorNoMemory);
 }
 
@@ -172,13 +196,11 @@ bool LoadSettings(Settings& settings, bool& SettingsComplete) {
     SettingsComplete = true;
     RegistryKeyOwner key;
     if (!OpenKey(HKEY_CURRENT_USER, kProgramKey, key)) return false;
-    ReadRequired(key, settings, SettingsComplete);
+    if (!ReadRequired(key, settings, SettingsComplete)) return false;
     if (!ReadLogin(key, L"UserID", settings.UserID) || !ReadLogin(key, L"Password", settings.Password))
         return false;
-    ReadBehaviour(key, settings);
-    ReadAppearance(key, settings);
-    ReadIdentity(key, settings);
-    return ReadPaths(key, settings);
+    return ReadBehaviour(key, settings) && ReadAppearance(key, settings) && ReadIdentity(key, settings) &&
+           ReadPaths(key, settings);
 }
 
 bool SaveSettings(Settings& settings) {

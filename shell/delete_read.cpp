@@ -25,7 +25,8 @@ void DeleteInGroup(const wchar_t* folder, const wchar_t* name) {
 
 void DeleteReadArticles(AppFrame& frame) {
     const wchar_t* folder = frame.settings.DataPath;
-    if (!UserAgrees()) return;
+    // A run whose progress was put away still writes at the places that it found when it began.
+    if (frame.job || !UserAgrees()) return;
     {
         GroupFile groups;
         if (!OpenGroupFile(groups, folder)) {

@@ -4,5 +4,5 @@
 #include "shell/app_frame.h"
 
 // Asks, then deletes the read articles of every subscribed group; a group that fails is told under its name
-// and the next one follows.
+// and the next one follows. Does nothing while a download run is under way.
 void DeleteReadArticles(AppFrame& frame);

@@ -12,8 +12,7 @@ namespace {
 
 bool CheckGroup(const wchar_t* folder, const wchar_t* name) {
     GroupStore store;
-    if (!SetNames(store, folder, name)) return false;
-    FinishDeletion(store);
+    if (!SetNames(store, folder, name) || !FinishDeletion(store)) return false;
     const IndexState state = BringUpToDate(store);
     if (state == IndexState::kUnknownVersion) {
         const ErrorKeeper keeper;
@@ -28,7 +27,8 @@ bool CheckGroups(const wchar_t* folder) {
     while (const wchar_t* name = NextGroupName(groups)) {
         if (!CheckGroup(folder, name)) return false;
     }
-    return true;
+    // A line that is too long ends the list as the end of the file does.
+    return GetError() == kErrorEndOfFile || GetError() == kErrorMoreData;
 }
 
 // A draft folder that cannot be made leaves the wait cursor up: nothing else of the program will work either.

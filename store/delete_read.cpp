@@ -91,7 +91,7 @@ bool KeepUnread(Rewrite& rewrite, GroupStore& store) {
 
 // The new index is whole on disk before any old file goes, and the new log before the new index says so.
 bool WriteNewFiles(Rewrite& rewrite, GroupStore& store) {
-    if (!ReadHeader(store) || !WriteHeaderTo(rewrite.newIndex, store)) return false;
+    if (!ReadStandingHeader(store) || !WriteHeaderTo(rewrite.newIndex, store)) return false;
     SeekTo(rewrite.newIndex, kHeaderSize);
     if (!KeepUnread(rewrite, store)) return false;
     store.recordCount = rewrite.kept;
@@ -118,10 +118,10 @@ bool DeleteOld(const WideText& path) {
     return !FileExists(path.get()) || DeleteDataFile(path.get());
 }
 
-// The old log is gone. Where a step fails, what is there lets the next start-up go on with that step.
-void TakePlaces(const TemporaryPaths& paths, const GroupStore& store) {
-    if (FileExists(paths.log.get()) && !RenameDataFile(paths.log.get(), store.logPath.get())) return;
-    if (DeleteOld(store.indexPath)) (void)RenameDataFile(paths.index.get(), store.indexPath.get());
+// The old log is gone. Where a step fails, what is there lets the next FinishDeletion go on with that step.
+bool TakePlaces(const TemporaryPaths& paths, const GroupStore& store) {
+    if (FileExists(paths.log.get()) && !RenameDataFile(paths.log.get(), store.logPath.get())) return false;
+    return DeleteOld(store.indexPath) && RenameDataFile(paths.index.get(), store.indexPath.get());
 }
 
 // Whether the new index is complete and describes a log of exactly `logSize` bytes. Error 13 when it is not;
@@ -155,7 +155,7 @@ bool DeleteRead(GroupStore& store) {
     const std::unique_ptr<Rewrite> rewrite(new (std::nothrow) Rewrite);
     if (!rewrite) return Fail(kErrorNoMemory);
     // Without a log nothing is touched: a new one that could not take its place yet may be all there is.
-    if (!MakePaths(store, paths) || !OpenOldLog(*rewrite, store)) return false;
+    if (!MakePaths(store, paths) || !FinishDeletion(store) || !OpenOldLog(*rewrite, store)) return false;
     const bool written = MakeNewFiles(*rewrite, paths) && WriteNewFiles(*rewrite, store);
     const unsigned error = GetError();
     const bool closed = CloseFiles(*rewrite, store);
@@ -169,24 +169,25 @@ bool DeleteRead(GroupStore& store) {
         RemoveTemporaries(paths);
         return false;
     }
-    TakePlaces(paths, store);
+    // The articles are safe: what does not succeed here is made up for before the group is used again.
+    (void)TakePlaces(paths, store);
     return true;
 }
 
-void FinishDeletion(const GroupStore& store) {
-    const ErrorKeeper keeper;
+bool FinishDeletion(const GroupStore& store) {
     TemporaryPaths paths;
-    if (!MakePaths(store, paths)) return;
+    if (!MakePaths(store, paths)) return false;
     const bool newLog = FileExists(paths.log.get());
+    const bool newIndex = FileExists(paths.index.get());
+    if (!newLog && !newIndex) return true;
     const bool logInPlace = FileExists(store.logPath.get());
-    if (FileExists(paths.index.get()) && newLog != logInPlace) {
+    if (newIndex && newLog != logInPlace) {
         const wchar_t* log = newLog ? paths.log.get() : store.logPath.get();
-        if (FitsLog(paths.index.get(), log)) {
-            TakePlaces(paths, store);
-            return;
-        }
+        if (FitsLog(paths.index.get(), log)) return TakePlaces(paths, store);
         // Files that could not be read now may be all that is left of the articles.
-        if (GetError() != kErrorInvalidData) return;
+        if (GetError() != kErrorInvalidData) return false;
     }
+    if (newLog && !logInPlace) return Fail(kErrorInvalidData);
     RemoveTemporaries(paths);
+    return true;
 }

@@ -8,8 +8,9 @@
 // were. Records keep the place of their subject's text as it was in the old log.
 [[nodiscard]] bool DeleteRead(GroupStore& store);
 
-// For start-up, before the index is opened: finishes a rewrite that was cut off while its files took their
-// places, which is so when the new index is whole and only the new log is left. Temporary files of any other
-// rewrite that was cut off are removed; the old files stand. Files that cannot be read now are left as they
-// are.
-void FinishDeletion(const GroupStore& store);
+// Before the index is opened, at start-up and by everyone who reads a header: finishes a rewrite that was cut
+// off while its files took their places, which is so when the new index is whole and only the new log is
+// left. Temporary files of any other rewrite that was cut off are removed; the old files stand. False, and
+// the files are as they were, when such a rewrite cannot be finished now, or a log is left only under its
+// temporary name (error 13): whoever went on would write beside the articles.
+[[nodiscard]] bool FinishDeletion(const GroupStore& store);

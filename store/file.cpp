@@ -13,9 +13,13 @@ constexpr uint32_t kLargestPosition = 0xFFFFFFFF;
 
 FileFault fileFault = nullptr;
 
+DWORD FaultOf(FileCall call) {
+    return fileFault ? fileFault(call) : 0;
+}
+
 bool Allowed(FileCall call) {
-    const DWORD error = fileFault ? fileFault(call) : 0;
-    return error == 0 || Fail(error);
+    const DWORD error = FaultOf(call);
+    return error == 0 || Fail(error == kTornWrite ? ERROR_DISK_FULL : error);
 }
 
 struct OpenArguments {
@@ -34,6 +38,8 @@ OpenArguments ArgumentsOf(FileMode mode) {
             return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS};
         case FileMode::kReadWriteExisting:
             return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
+        case FileMode::kRewrite:
+            return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS};
         case FileMode::kWrite:
             return {GENERIC_WRITE, 0, OPEN_ALWAYS};
         case FileMode::kReplace:
@@ -64,13 +70,30 @@ bool SystemRead(DataFile& file, uint32_t position, void* destination, uint32_t c
     return true;
 }
 
+// What a write that stops half-way leaves on a medium: whole sectors.
+uint32_t TornCount(uint32_t position, uint32_t count) {
+    constexpr uint32_t kSectorSize = 512;
+    const uint32_t end = (position + count / 2) / kSectorSize * kSectorSize;
+    return end > position ? end - position : 0;
+}
+
 bool SystemWrite(DataFile& file, uint32_t position, const void* source, uint32_t count) {
-    if (!Allowed(FileCall::kWrite) || !MoveSystemPosition(file, position)) return false;
+    const DWORD fault = FaultOf(FileCall::kWrite);
+    if (fault != 0 && fault != kTornWrite) return Fail(fault);
+    if (!MoveSystemPosition(file, position)) return false;
+    const uint32_t part = fault == kTornWrite ? TornCount(position, count) : count;
     DWORD written = 0;
-    const BOOL done = WriteFile(file.handle.Get(), source, count, &written, nullptr);
+    const BOOL done = WriteFile(file.handle.Get(), source, part, &written, nullptr);
     file.systemPosition = done ? position + written : kLargestPosition;
     if (!done) return false;
     return written == count || Fail(ERROR_DISK_FULL);
+}
+
+// What stands behind the new contents.
+bool CutRest(DataFile& file) {
+    if (!file.cutsAtClose) return true;
+    return Allowed(FileCall::kWrite) && MoveSystemPosition(file, file.size) &&
+           SetEndOfFile(file.handle.Get());
 }
 
 void DropWindow(DataFile& file) {
@@ -144,14 +167,15 @@ bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode) {
     if (high != 0) return Fail(kErrorInvalidData);
     file.handle = std::move(handle);
     file.position = file.systemPosition = 0;
-    file.size = size;
+    file.cutsAtClose = mode == FileMode::kRewrite;
+    file.size = file.cutsAtClose ? 0 : size;
     DropWindow(file);
     return true;
 }
 
 bool CloseDataFile(DataFile& file) {
     if (!IsOpen(file)) return true;
-    const bool flushed = FlushDataFile(file);
+    const bool flushed = FlushDataFile(file) && CutRest(file);
     file.handle.Reset();
     file.buffer.reset();
     return flushed;

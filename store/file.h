@@ -15,6 +15,7 @@ enum class FileMode {
     kReadWriteExisting,  // read and write, no sharing, must exist
     kWrite,              // write, no sharing, created when missing, contents kept
     kReplace,            // read and write, no sharing, always a new empty file
+    kRewrite,            // like kReplace, but what the file held goes only once new contents are on disk
 };
 
 // One open file with one buffer. Positions and sizes are in bytes; a file is shorter than 4 GB.
@@ -28,6 +29,7 @@ struct DataFile {
     uint32_t windowLength = 0;    // bytes of the file that the buffer holds
     uint32_t dirtyStart = 0;      // part of the buffer that is not on disk yet; empty when start = end
     uint32_t dirtyEnd = 0;
+    bool cutsAtClose = false;  // the file may still be longer than `size` on disk
 
     DataFile() = default;
     DataFile(const DataFile&) = delete;
@@ -72,5 +74,6 @@ WideText JoinPath(const wchar_t* path, const wchar_t* suffix);
 // For the tests: asked before every call to the system, it lets the call happen (0) or makes it fail with an
 // error number. Null in the program.
 enum class FileCall { kOpen, kRead, kWrite, kDelete, kRename };
+constexpr DWORD kTornWrite = 0xFFFFFFFF;  // a write stops half-way, after a whole sector, as on a full disk
 using FileFault = DWORD (*)(FileCall call);
 void SetFileFault(FileFault fault);

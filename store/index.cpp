@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "store/delete_read.h"
 #include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -179,8 +180,8 @@ bool RefilterRecords(GroupStore& store) {
 }
 
 bool MakeMissingIndex(GroupStore& store) {
-    Reset(store);
-    return WriteHeader(store) && RebuildFromLog(store);
+    const CutOffUpgrade upgrade = FinishUpgrade(store);
+    return upgrade == CutOffUpgrade::kTaken || (upgrade == CutOffUpgrade::kNone && MakeIndex(store));
 }
 
 // Runs `change` over the open index, then writes the header with the counts reached, and closes, whatever
@@ -199,6 +200,14 @@ bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
 }  // namespace
 
 bool ReadHeader(GroupStore& store) {
+    if (store.indexPath && !FinishDeletion(store)) {
+        Reset(store);
+        return false;
+    }
+    return ReadStandingHeader(store);
+}
+
+bool ReadStandingHeader(GroupStore& store) {
     Reset(store);
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;
@@ -302,11 +311,9 @@ bool ProbeVersion(GroupStore& store, uint32_t& version) {
 IndexState BringUpToDate(GroupStore& store) {
     uint32_t version = 0;
     bool probed = ProbeVersion(store, version);
-    const bool missing = !probed && GetError() == kErrorFileNotFound;
-    if (missing && !FinishUpgrade(store)) {
-        return MakeMissingIndex(store) ? IndexState::kReady : IndexState::kFailed;
+    if (!probed && GetError() == kErrorFileNotFound) {
+        probed = MakeMissingIndex(store) && ProbeVersion(store, version);
     }
-    if (missing) probed = ProbeVersion(store, version);
     if (!probed) return IndexState::kFailed;
     if (version == 0 || version > kIndexVersion) {
         SetError(kErrorInvalidData);

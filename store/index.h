@@ -7,8 +7,12 @@
 #include "store/record.h"
 
 // Resets the store and takes the header's values over. Error 13 for a short file or another version, 87
-// without names, 8.
+// without names, 8. Every use of a group begins with it, so a deletion that was cut off is finished first,
+// and where that cannot be, this fails.
 [[nodiscard]] bool ReadHeader(GroupStore& store);
+
+// The same without a look at a deletion, for the deletion itself.
+[[nodiscard]] bool ReadStandingHeader(GroupStore& store);
 
 // Writes the store's values as the header, through the open index or, when it is closed, by opening it. The
 // status text is cut to 63 bytes.
@@ -60,9 +64,19 @@ enum class IndexState {
 // Start-up's check of one group: an older index becomes version 5, a missing one is made from the log.
 IndexState BringUpToDate(GroupStore& store);
 
+enum class CutOffUpgrade {
+    kNone,    // no new index, or one that was never finished, which is removed
+    kTaken,   // it has the index's name now
+    kFailed,  // it may be all that is left of the read marks, and cannot be read or renamed now
+};
+
 // For an index that is missing: takes over the new one of a conversion that was cut off after the old one had
-// gone. False when there is none.
-[[nodiscard]] bool FinishUpgrade(const GroupStore& store);
+// gone.
+CutOffUpgrade FinishUpgrade(const GroupStore& store);
+
+// Makes a missing index from the log. A log that holds a line which is too long gives the articles before it
+// and the failure 234; after any other failure there is no index still.
+[[nodiscard]] bool MakeIndex(GroupStore& store);
 
 // Converts an index of version 1 to 4 to version 5. After a failure the old index stands.
 [[nodiscard]] bool UpgradeIndex(GroupStore& store, uint32_t version);

@@ -115,7 +115,8 @@ bool ConvertOneStep(GroupStore& store, uint32_t from) {
     return Fail(error);
 }
 
-// Whether a file is an index of its version from the first byte to the last.
+// Whether a file is an index of its version from the first byte to the last. Error 13 when it is not; any
+// other when it cannot be known.
 bool IsWholeIndex(const wchar_t* path) {
     DataFile file;
     IndexHeader header;
@@ -123,11 +124,12 @@ bool IsWholeIndex(const wchar_t* path) {
         !ReadExactly(file, &header.version, sizeof(header.version))) {
         return false;
     }
-    if (header.version < kVersionWithUnread || header.version > kIndexVersion) return false;
+    if (header.version < kVersionWithUnread || header.version > kIndexVersion) return Fail(kErrorInvalidData);
     const Layout& layout = kLayouts[header.version];
     SeekTo(file, 0);
     if (!ReadExactly(file, &header, layout.headerSize)) return false;
-    return file.size == layout.headerSize + static_cast<uint64_t>(header.recordCount) * layout.recordSize;
+    const uint64_t size = layout.headerSize + static_cast<uint64_t>(header.recordCount) * layout.recordSize;
+    return file.size == size || Fail(kErrorInvalidData);
 }
 
 // The digits that a line begins with.
@@ -157,28 +159,52 @@ bool ReadTextHeader(GroupStore& store) {
     return store.statusText != nullptr;
 }
 
-// Makes the new index under the temporary name, so that the old one stands until the new one is complete.
+// Under the temporary name, and with the header last: what was cut off while it grew cannot be taken for
+// whole.
+bool RebuildAside(GroupStore& store, WideText& temporary) {
+    if (FileExists(temporary.get()) && !DeleteDataFile(temporary.get())) return false;
+    store.indexPath.swap(temporary);
+    const bool rebuilt = RebuildFromLog(store);
+    store.indexPath.swap(temporary);
+    return rebuilt;
+}
+
 bool ConvertTextIndex(GroupStore& store) {
     Reset(store);
     WideText temporary = TemporaryPath(store);
     if (!temporary || !ReadTextHeader(store)) return false;
-    DropTemporary(temporary.get());
-    store.indexPath.swap(temporary);
-    const bool rebuilt = WriteHeader(store) && RebuildFromLog(store);
-    store.indexPath.swap(temporary);
-    if (rebuilt) return ReplaceIndex(store, temporary.get());
+    if (RebuildAside(store, temporary)) return ReplaceIndex(store, temporary.get());
     DropTemporary(temporary.get());
     return false;
 }
 
 }  // namespace
 
-bool FinishUpgrade(const GroupStore& store) {
+CutOffUpgrade FinishUpgrade(const GroupStore& store) {
     const WideText temporary = TemporaryPath(store);
-    if (!temporary) return false;
-    if (IsWholeIndex(temporary.get())) return RenameDataFile(temporary.get(), store.indexPath.get());
+    if (!temporary) return CutOffUpgrade::kFailed;
+    if (!FileExists(temporary.get())) return CutOffUpgrade::kNone;
+    if (IsWholeIndex(temporary.get())) {
+        const bool renamed = RenameDataFile(temporary.get(), store.indexPath.get());
+        return renamed ? CutOffUpgrade::kTaken : CutOffUpgrade::kFailed;
+    }
+    if (GetError() != kErrorInvalidData) return CutOffUpgrade::kFailed;
     DropTemporary(temporary.get());
-    return false;
+    return CutOffUpgrade::kNone;
+}
+
+bool MakeIndex(GroupStore& store) {
+    Reset(store);
+    WideText temporary = TemporaryPath(store);
+    if (!temporary) return false;
+    const bool rebuilt = RebuildAside(store, temporary);
+    const unsigned error = GetError();
+    // A line that is too long will be so the next time: the articles before it need not wait for it.
+    if (rebuilt || (error == kErrorMoreData && IsWholeIndex(temporary.get()))) {
+        return RenameDataFile(temporary.get(), store.indexPath.get()) && (rebuilt || Fail(error));
+    }
+    DropTemporary(temporary.get());
+    return Fail(error);
 }
 
 bool UpgradeIndex(GroupStore& store, uint32_t version) {

@@ -13,5 +13,5 @@ struct GroupFile {
 // Opens the file of the data folder for reading; others may read it meanwhile.
 [[nodiscard]] bool OpenGroupFile(GroupFile& groups, const wchar_t* folder);
 
-// The next name, which stands until the next call; null at the end and on an error.
+// The next name, which stands until the next call; null at the end (error 38) and on any other error.
 const wchar_t* NextGroupName(GroupFile& groups);

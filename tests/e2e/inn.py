@@ -165,6 +165,7 @@ class NewsServer:
             "ovmethod": "tradindexed", "pathhost": "news.bench.example", "domain": "bench.example",
             "fromhost": "bench.example", "bindaddress": "127.0.0.1", "artcutoff": "0", "wireformat": "true",
             "enableoverview": "true", "groupbaseexpiry": "true", "maxforks": "10", "nnrpdposthost": '""',
+            "nnrpdloadlimit": "0",  # a busy machine is no reason to turn readers away
         }
         settings.update({name: self.home / path for name, path in paths.items()})
         self._write("inn.conf", "".join(f"{name}: {value}\n" for name, value in settings.items()))

@@ -13,7 +13,7 @@ import time
 from inn import end_with_parent, wait_until
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-WM_CLOSE, WM_KEYDOWN, WM_COMMAND = 0x10, 0x100, 0x111
+WM_NULL, WM_CLOSE, WM_KEYDOWN, WM_COMMAND = 0x00, 0x10, 0x100, 0x111
 BM_SETCHECK, PBM_GETRANGE, PBM_GETPOS = 0xF1, 0x407, 0x408
 VK_ESCAPE = 0x1B
 EXIT, GET_ARTICLES, ABOUT, CATCH_UP = 40001, 40003, 40005, 40011
@@ -27,26 +27,42 @@ class Bench:
 
     def __init__(self, build, program, drive):
         self.build, self.program = pathlib.Path(build).resolve(), pathlib.Path(program).resolve()
+        self.drive_path = pathlib.Path(drive).resolve()
         self.screens = pathlib.Path(os.environ.get("PELNOR_SCREENS", self.build / "screens"))
         self.prefix = self.build / "e2e" / "wine"
         self.prefix.parent.mkdir(parents=True, exist_ok=True)
         self.log = self.prefix.parent / "wine.log"
         self.closing = contextlib.ExitStack()
         try:
-            self._start(pathlib.Path(drive).resolve())
+            self._start()
         except BaseException:
             self.close()
             raise
 
-    def _start(self, drive):
+    def _start(self):
         self.display = self._start_display()
         self.environment = {**os.environ, "DISPLAY": self.display, "WINEPREFIX": str(self.prefix),
                             "WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml=", "LC_ALL": "ja_JP.UTF-8"}
         self.session("make")  # its server goes when the last program has, should nobody be left to end it
         self.closing.callback(self.session, "end")
         self._draw_own_frames()
-        self.drive = self.run_wine(drive, stdin=subprocess.PIPE, stdout=subprocess.PIPE, encoding="utf-8")
-        self.closing.callback(self.stop, self.drive)
+        self._start_drive()
+        self.closing.callback(lambda: self.stop(self.drive))
+
+    def _start_drive(self):
+        self.drive = self.run_wine(self.drive_path, stdin=subprocess.PIPE, stdout=subprocess.PIPE, encoding="utf-8")
+
+    def revive(self):
+        """To be called after a program was killed: Wine's server now and then fails an assertion of its own then, and
+        takes everything with it, unsaved settings too. True when it had to be started again."""
+        try:
+            self.order("windows")
+            return False
+        except (AssertionError, OSError):
+            with contextlib.suppress(OSError):
+                self.stop(self.drive)
+            self._start_drive()
+            return True
 
     def close(self):
         self.closing.close()
@@ -56,11 +72,12 @@ class Bench:
         not there whenever a window opens or closes."""
         done = self.prefix / "pelnor-unmanaged"
         if not done.exists():
-            key = r"HKCU\Software\Wine\X11 Driver"
-            subprocess.run(["wine", "reg", "add", key, "/v", "Managed", "/d", "N", "/f"], check=True,
-                           env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                           stderr=subprocess.DEVNULL, timeout=60)
+            self.registry(r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N")
             done.touch()
+
+    def registry(self, key, *value):
+        subprocess.run(["wine", "reg", "add", key, *value, "/f"], check=True, env=self.environment,
+                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
 
     def session(self, order):
         subprocess.run([ROOT / "tools/wine_session", order, self.prefix], env=self.environment, check=True,
@@ -150,7 +167,7 @@ class DataFolder:
     """A data folder with its group.dat; keeps the settings that name it."""
 
     def __init__(self, bench, groups, port, limit=1000, **settings):
-        self.bench = bench
+        self.bench, self.settings = bench, {}
         self.path = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-e2e-"))
         self.write("group.dat", "".join(group + "\r\n" for group in groups).encode("ascii"))
         bench.order("forget")
@@ -158,6 +175,7 @@ class DataFolder:
         self.set(Server="127.0.0.1", DataPath=windows_path, Port=port, Limit=limit, **settings)
 
     def set(self, **settings):
+        self.settings.update(settings)
         for name, value in settings.items():
             self.bench.order("setting", name, "dword" if isinstance(value, int) else "sz", value)
 
@@ -230,14 +248,15 @@ class Program:
         return self.wait(lambda: next((d for d in self.dialogs() if d.caption != "Articles"), None),
                          "a message box")
 
-    def press(self, dialog, label):
+    def press(self, dialog, label, wait=True):
         """Presses a button and waits until its dialog is gone."""
         button = next((item for item in self.items(dialog.handle) if item.kind == "Button" and
                        item.text.replace("&", "").startswith(label)), None)
         if not button or button.enabled != "1":
             raise AssertionError(f"{dialog.caption!r} has no button {label!r} to press")
         self.bench.order("post", dialog.handle, WM_COMMAND, button.id, button.handle)
-        self.wait_gone(dialog)
+        if wait:
+            self.wait_gone(dialog)
 
     def wait_gone(self, dialog):
         wait_until(lambda: all(d.handle != dialog.handle for d in self.dialogs()), f"{dialog.caption!r} to close")
@@ -279,6 +298,9 @@ class Program:
     def finish_run(self):
         box = self.wait_box()
         self.press(box, "OK")
+        # The worker's message has ended the progress dialog, whose loop may have lain below the box: of the messages
+        # that are posted now Wine drops the first there. It must not be a command.
+        self.bench.order("post", self.frame, WM_NULL, 0, 0)
         return box.caption, box.text
 
     def close(self):

@@ -17,6 +17,8 @@ class Relay:
         self.connections = 0
         self.held = threading.Event()
         self._awaited, self._release = None, threading.Event()
+        self.rung = threading.Event()
+        self._passed, self._alarm = 0, None
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
         self._sockets = []
@@ -48,6 +50,18 @@ class Relay:
     def release(self):
         self._release.set()
 
+    def ring_after(self, count):
+        """`rung` is set once `count` more bytes of replies have gone to the program. Until then they go in small
+        pieces, so that the program is at work on one of the last when it rings."""
+        self.rung.clear()
+        self._passed, self._alarm = 0, count
+
+    def _count(self, size):
+        self._passed += size
+        if self._alarm is not None and self._passed >= self._alarm:
+            self._alarm = None
+            self.rung.set()
+
     def hang_up(self):
         """Ends every connection on both sides; new ones are served as before."""
         while self._sockets:
@@ -77,11 +91,11 @@ class Relay:
                     server.sendall(line)
             server.shutdown(socket.SHUT_WR)
 
-    @staticmethod
-    def _replies(server, client):
+    def _replies(self, server, client):
         with contextlib.suppress(OSError):
             inn.answer_at_once(server)
-            while data := server.recv(65536):
+            while data := server.recv(65536 if self._alarm is None else 512):
                 client.sendall(data)
+                self._count(len(data))
                 inn.answer_at_once(server)
             client.shutdown(socket.SHUT_WR)

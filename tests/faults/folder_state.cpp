@@ -1,0 +1,126 @@
+#include "tests/faults/folder_state.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr size_t kHeaderSize = 100;
+constexpr size_t kRecordSize = 92;
+const std::string kSeparator = "================\r\n";
+
+uint32_t WordAt(const std::string& bytes, size_t offset) {
+    uint32_t word = 0;
+    for (size_t i = 4; i-- > 0;)
+        word = word << 8 | static_cast<unsigned char>(bytes[offset + i]);
+    return word;
+}
+
+bool EndsWith(const std::string& text, const std::string& end) {
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+std::string Plain(const std::wstring& name) {
+    return std::string(name.begin(), name.end());
+}
+
+struct Counts {
+    uint32_t unread = 0, high = 0, low = 0;
+};
+
+// The record's article, by what the record and the text say of each other; empty when they disagree.
+std::string TextOf(const std::string& record, const std::string& log) {
+    const uint32_t offset = WordAt(record, 8), length = WordAt(record, 12);
+    if (offset > log.size() || length > log.size() - offset) return "";
+    const std::string text = log.substr(offset, length);
+    const std::string number = "X-Local-Seq: " + std::to_string(WordAt(record, 4)) + "\r\n\r\n";
+    const std::string subject = "Subject: " + std::string(record.c_str() + 16) + "\r\n";
+    const bool whole = text.find(kSeparator) == text.size() - kSeparator.size() && EndsWith(text, kSeparator);
+    const bool same = text.find(number) != std::string::npos && text.find(subject) != std::string::npos;
+    return whole && same && text.find("From: ") == 0 ? text : "";
+}
+
+void CountRecord(Counts& counts, uint32_t flags) {
+    counts.unread += !(flags & 1);
+    counts.high += (flags >> 1 & 3) == 2;
+    counts.low += (flags >> 1 & 3) == 1;
+}
+
+GroupState ReadGroup(const std::string& index, const std::string& log, std::string& problem) {
+    GroupState group;
+    if (index.size() < kHeaderSize || WordAt(index, 0) != 5) {
+        problem = "has no index of version 5";
+        return group;
+    }
+    const uint32_t recordCount = WordAt(index, 16);
+    group.progress = index.substr(4, 8) + std::string(index.c_str() + 24);
+    Counts counts;
+    for (uint32_t i = 0; i < recordCount; ++i) {
+        const std::string record =
+            index.substr(std::min(index.size(), kHeaderSize + i * kRecordSize), kRecordSize);
+        const std::string text = record.size() == kRecordSize ? TextOf(record, log) : "";
+        if (text.empty()) problem = "record " + std::to_string(i) + " does not name its article";
+        if (text.empty()) return group;
+        const uint32_t flags = WordAt(record, 0);
+        if (!group.articles.insert({WordAt(record, 4), {flags, text}}).second)
+            problem = "an article stands twice";
+        CountRecord(counts, flags);
+    }
+    group.countsAreTrue = counts.unread == WordAt(index, 88) && counts.high == WordAt(index, 92) &&
+                          counts.low == WordAt(index, 96);
+    return group;
+}
+
+// Nobody may hold it.
+bool IsClosed(const std::wstring& path) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(file);
+    return true;
+}
+
+void ReadSettings(std::map<std::wstring, std::string>& files) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, RegistryGuard::kKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+    for (DWORD index = 0;; ++index) {
+        wchar_t name[256];
+        BYTE data[2048];
+        DWORD nameSize = 256, dataSize = sizeof(data);
+        if (RegEnumValueW(key, index, name, &nameSize, nullptr, nullptr, data, &dataSize) != ERROR_SUCCESS)
+            break;
+        files[L"HKCU\\" + std::wstring(name)] = std::string(data, data + dataSize);
+    }
+    RegCloseKey(key);
+}
+
+}  // namespace
+
+std::vector<std::wstring> FileNames(const TempFolder& folder) {
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(folder.FilePath(L"*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return names;
+    do {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(found.cFileName);
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
+}
+
+FolderState ReadFolder(const TempFolder& folder, const std::vector<std::wstring>& groups) {
+    FolderState state;
+    for (const std::wstring& name : FileNames(folder)) {
+        const std::wstring end = name.substr(name.size() - 4);
+        if (!IsClosed(folder.FilePath(name))) state.problems.push_back(Plain(name) + " is still open");
+        if (end == L".dat" || end == L".flt") state.files[name] = folder.Read(name);
+        if (end == L"idx~" || end == L".id~" || end == L".lo~")
+            state.problems.push_back(Plain(name) + " is left over");
+    }
+    for (const std::wstring& group : groups) {
+        std::string problem;
+        state.groups[group] = ReadGroup(folder.Read(group + L".idx"), folder.Read(group + L".log"), problem);
+        if (!problem.empty()) state.problems.push_back(Plain(group) + ": " + problem);
+    }
+    ReadSettings(state.files);
+    return state;
+}

@@ -1,0 +1,33 @@
+// What a data folder holds, read from the bytes of its files without any code of the program.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/temp_folder.h"
+
+struct ArticleState {
+    uint32_t flags = 0;
+    std::string text;  // its bytes in the log
+};
+
+struct GroupState {
+    std::map<uint32_t, ArticleState> articles;  // by number on the server
+    std::string progress;                       // last fetched, server last and status text
+    bool countsAreTrue = false;                 // the header counts what the records say
+};
+
+struct FolderState {
+    std::map<std::wstring, GroupState> groups;
+    // The lists, the keywords and, under "HKCU\", the settings.
+    std::map<std::wstring, std::string> files;
+    // What must never be: a record that does not name its article, a file that is left over or still open.
+    std::vector<std::string> problems;
+};
+
+// `groups` are those that must have an index.
+FolderState ReadFolder(const TempFolder& folder, const std::vector<std::wstring>& groups);
+
+// Names of all files in the folder, not in those below.
+std::vector<std::wstring> FileNames(const TempFolder& folder);
