@@ -265,6 +265,8 @@ bool RunFetch(Fetch& fetch) {
     if (!EnterGroup(fetch, reply)) return false;
     if (!OpenLog(fetch.store)) return FailGroup(fetch, IDS_OPEN_FILE_FAILED);
     if (!OpenIndex(fetch.store)) return FailGroup(fetch, IDS_OPEN_INDEX_FAILED);
+    // While the server thought about GROUP, articles may have been read.
+    if (!RefreshHeader(fetch.store)) return FailGroup(fetch, IDS_INIT_INDEX_FAILED);
     fetch.writer.store = &fetch.store;
     uint32_t lastFetched = 0;
     const bool fetched = FetchNewArticles(fetch, reply, lastFetched);

@@ -113,6 +113,23 @@ bool AllocatePage(ArticleList& list, uint32_t pageSize) {
     return list.page || Fail(kErrorNoMemory);
 }
 
+// A run may have ended since the list was made: its numbers stay in the header. What the list counted holds
+// only for as many records as it knows.
+bool TakeNewerHeader(GroupStore& store) {
+    const uint32_t savedPosition = store.savedPosition;
+    const uint32_t records = store.recordCount;
+    const uint32_t unread = store.unreadCount;
+    const uint32_t high = store.highCount;
+    const uint32_t low = store.lowCount;
+    if (!RefreshHeader(store)) return false;
+    store.savedPosition = savedPosition;
+    if (store.recordCount != records) return true;
+    store.unreadCount = unread;
+    store.highCount = high;
+    store.lowCount = low;
+    return true;
+}
+
 bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) {
     if (row < list.firstRow || row - list.firstRow >= list.rowsInPage) return Fail(kErrorInvalidArgument);
     IndexRecord& record = list.page[row - list.firstRow];
@@ -120,7 +137,7 @@ bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) 
     changed.flags = (record.flags | set) & ~clear;
     if (changed.flags == record.flags) return true;
     if (!OpenExistingIndex(list.store)) return false;
-    bool written = WriteRecord(list.store, changed, list.rowMap[row]);
+    bool written = TakeNewerHeader(list.store) && WriteRecord(list.store, changed, list.rowMap[row]);
     if (written) {
         if (!IsRead(record) && IsRead(changed)) --list.store.unreadCount;
         if (IsRead(record) && !IsRead(changed)) ++list.store.unreadCount;
@@ -201,17 +218,13 @@ bool ClearFlags(ArticleList& list, uint32_t row, uint32_t bits) {
     return ChangeFlags(list, row, 0, bits);
 }
 
-bool SaveListHeader(ArticleList& list) {
-    if (!OpenExistingIndex(list.store)) return false;
-    const bool written = WriteHeader(list.store);
-    return CloseDataFile(list.store.index) && written;
-}
-
 bool CloseArticleList(ArticleList& list) {
     if (!list.open) return true;
     list.store.savedPosition = list.firstRow + list.currentInPage;
     list.open = false;
-    return SaveListHeader(list);
+    if (!OpenExistingIndex(list.store)) return false;
+    const bool written = TakeNewerHeader(list.store) && WriteHeader(list.store);
+    return CloseDataFile(list.store.index) && written;
 }
 
 WideText ReadSelectedSubject(const ArticleList& list) {

@@ -41,10 +41,8 @@ struct ArticleList {
 [[nodiscard]] bool SetFlags(ArticleList& list, uint32_t row, uint32_t bits);
 [[nodiscard]] bool ClearFlags(ArticleList& list, uint32_t row, uint32_t bits);
 
-// Writes the header back as it is in the store. Error 2, and no new file, when the index has vanished.
-[[nodiscard]] bool SaveListHeader(ArticleList& list);
-
-// Writes the header, with the position that the view was left at, when a group is open.
+// Writes the header, with the position that the view was left at, when a group is open. Error 2, and no new
+// file, when the index has vanished.
 [[nodiscard]] bool CloseArticleList(ArticleList& list);
 
 // The selected record's whole subject text; null when there is none, on an error, or with error 8.

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "store/index.h"
+#include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
 
@@ -124,6 +125,14 @@ bool TakePlaces(const TemporaryPaths& paths, const GroupStore& store) {
     return DeleteOld(store.indexPath) && RenameDataFile(paths.index.get(), store.indexPath.get());
 }
 
+// The new index is lost or damaged, and the old one names places in the old log: without either, an index is
+// made anew from the new log.
+bool DropIndexes(const TemporaryPaths& paths, const GroupStore& store) {
+    if (!DeleteOld(store.indexPath)) return false;
+    if (FileExists(paths.log.get()) && !RenameDataFile(paths.log.get(), store.logPath.get())) return false;
+    return DeleteOld(paths.index);
+}
+
 // Whether the new index is complete and describes a log of exactly `logSize` bytes. Error 13 when it is not;
 // any other error when it cannot be known.
 bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
@@ -141,6 +150,33 @@ bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
         end += record.logLength;
     }
     return end == logSize || Fail(kErrorInvalidData);
+}
+
+bool EndsArticle(DataFile& log, const IndexRecord& record) {
+    constexpr uint32_t kEndLength = sizeof(kSeparator) - 1;
+    char end[kEndLength];
+    const bool inLog = record.logOffset <= log.size && record.logLength <= log.size - record.logOffset;
+    if (!inLog || record.logLength < kEndLength) return Fail(kErrorInvalidData);
+    SeekTo(log, record.logOffset + record.logLength - kEndLength);
+    if (!ReadExactly(log, end, kEndLength)) return false;
+    return std::memcmp(end, kSeparator, kEndLength) == 0 || Fail(kErrorInvalidData);
+}
+
+// Whether every record names a place in the log that ends as articles do. Error 13 when not: then the log is
+// newer than the index. Any other error when it cannot be known.
+bool NamesArticles(const wchar_t* indexPath, const wchar_t* logPath) {
+    DataFile index;
+    DataFile log;
+    IndexHeader header;
+    const bool opened =
+        OpenDataFile(index, indexPath, FileMode::kRead) && OpenDataFile(log, logPath, FileMode::kRead);
+    if (!opened || !ReadExactly(index, &header, kHeaderSize)) return false;
+    if (header.version != kIndexVersion) return true;  // none that a deletion began with
+    for (uint32_t number = 0; number < header.recordCount; ++number) {
+        IndexRecord record;
+        if (!ReadExactly(index, &record, kRecordSize) || !EndsArticle(log, record)) return false;
+    }
+    return true;
 }
 
 bool FitsLog(const wchar_t* indexPath, const wchar_t* logPath) {
@@ -180,14 +216,20 @@ bool FinishDeletion(const GroupStore& store) {
     const bool newLog = FileExists(paths.log.get());
     const bool newIndex = FileExists(paths.index.get());
     if (!newLog && !newIndex) return true;
-    const bool logInPlace = FileExists(store.logPath.get());
-    if (newIndex && newLog != logInPlace) {
-        const wchar_t* log = newLog ? paths.log.get() : store.logPath.get();
-        if (FitsLog(paths.index.get(), log)) return TakePlaces(paths, store);
-        // Files that could not be read now may be all that is left of the articles.
-        if (GetError() != kErrorInvalidData) return false;
+    // The old log still stands, or there is none at all.
+    if (newLog == FileExists(store.logPath.get())) {
+        RemoveTemporaries(paths);
+        return true;
     }
-    if (newLog && !logInPlace) return Fail(kErrorInvalidData);
-    RemoveTemporaries(paths);
-    return true;
+    const wchar_t* log = newLog ? paths.log.get() : store.logPath.get();
+    if (newIndex && FitsLog(paths.index.get(), log)) return TakePlaces(paths, store);
+    // Files that could not be read now may be all that is left of the articles.
+    if (newIndex && GetError() != kErrorInvalidData) return false;
+    if (newLog) return DropIndexes(paths, store);
+    if (NamesArticles(store.indexPath.get(), log)) {
+        RemoveTemporaries(paths);
+        return true;
+    }
+    const bool isNewerLog = GetError() == kErrorInvalidData || GetError() == kErrorFileNotFound;
+    return isNewerLog && DropIndexes(paths, store);
 }

@@ -9,8 +9,8 @@
 [[nodiscard]] bool DeleteRead(GroupStore& store);
 
 // Before the index is opened, at start-up and by everyone who reads a header: finishes a rewrite that was cut
-// off while its files took their places, which is so when the new index is whole and only the new log is
-// left. Temporary files of any other rewrite that was cut off are removed; the old files stand. False, and
-// the files are as they were, when such a rewrite cannot be finished now, or a log is left only under its
-// temporary name (error 13): whoever went on would write beside the articles.
+// off while its files took their places, which is so when the old log has gone. Where the new index was
+// damaged since, both indexes go, so that start-up makes one from the log. Temporary files of any other
+// rewrite that was cut off are removed; the old files stand. False when a file cannot be read, renamed or
+// removed now: whoever went on would write beside the articles.
 [[nodiscard]] bool FinishDeletion(const GroupStore& store);

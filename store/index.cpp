@@ -61,6 +61,13 @@ bool TakeHeader(GroupStore& store, IndexHeader& header) {
     return true;
 }
 
+bool TakeHeaderFrom(DataFile& index, GroupStore& store) {
+    IndexHeader header;
+    if (!ReadExactly(index, &header, kHeaderSize)) return false;
+    if (header.version != kIndexVersion) return Fail(kErrorInvalidData);
+    return TakeHeader(store, header);
+}
+
 // Opens the index for one operation unless the caller holds it open already.
 class IndexSession {
   public:
@@ -211,11 +218,12 @@ bool ReadStandingHeader(GroupStore& store) {
     Reset(store);
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;
-    IndexHeader header;
-    if (!OpenDataFile(file, store.indexPath.get(), FileMode::kRead)) return false;
-    if (!ReadExactly(file, &header, kHeaderSize)) return false;
-    if (header.version != kIndexVersion) return Fail(kErrorInvalidData);
-    return TakeHeader(store, header);
+    return OpenDataFile(file, store.indexPath.get(), FileMode::kRead) && TakeHeaderFrom(file, store);
+}
+
+bool RefreshHeader(GroupStore& store) {
+    SeekTo(store.index, 0);
+    return TakeHeaderFrom(store.index, store);
 }
 
 bool WriteHeaderTo(DataFile& file, const GroupStore& store) {

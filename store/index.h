@@ -14,6 +14,10 @@
 // The same without a look at a deletion, for the deletion itself.
 [[nodiscard]] bool ReadStandingHeader(GroupStore& store);
 
+// The same from the open index, which stays open: whoever opens one for writing may have read a header that
+// somebody has changed since.
+[[nodiscard]] bool RefreshHeader(GroupStore& store);
+
 // Writes the store's values as the header, through the open index or, when it is closed, by opening it. The
 // status text is cut to 63 bytes.
 [[nodiscard]] bool WriteHeader(GroupStore& store);

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr char kSeparator[] = "================\r\n";
 constexpr char kEmptyLine[] = "\r\n";
 
 bool WriteText(DataFile& file, std::string_view text) {

@@ -13,22 +13,28 @@ class CutOffTest : public GroupTest {
     bool StartUp() { return FinishDeletion(store) && BringUpToDate(store) == IndexState::kReady; }
 };
 
-TEST_F(CutOffTest, ALogThatIsOnlyThereUnderItsTemporaryNameStays) {
+// The old log went, so the new one is whole; both indexes name other places.
+TEST_F(CutOffTest, ALogWhoseNewIndexWasDamagedIsIndexedAnew) {
     const struct {
         const char* sentence;
         const char* newIndex;
-    } rows[] = {{"the new index is lost", nullptr}, {"the new index is damaged", "\5\0\0\0"}};
+        const wchar_t* log;
+    } rows[] = {{"the new index is lost", nullptr, L"fj.test.lo~"},
+                {"the new index is damaged", "\5\0\0\0", L"fj.test.lo~"},
+                {"the log has taken its place already", "\5\0\0\0", L"fj.test.log"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
-        WriteIndex(Bytes(HeaderBytes()));
-        folder.Write(L"fj.test.lo~", kArticle);
+        HeaderBytes old;
+        old.recordCount = 1;
+        WriteIndex(Bytes(old) + Bytes(RecordBytes{1, 3, 400, 70}));
+        DeleteFileW((folder.Path() + L"fj.test.log").c_str());
+        folder.Write(row.log, kArticle);
         if (row.newIndex) folder.Write(L"fj.test.id~", row.newIndex);
-        EXPECT_FALSE(StartUp());
-        EXPECT_EQ(GetLastError(), 13u);
-        EXPECT_FALSE(ReadHeader(store)) << "or a download would make an empty log beside it";
-        EXPECT_FALSE(DeleteRead(store));
-        EXPECT_EQ(folder.Read(L"fj.test.lo~"), kArticle);
-        EXPECT_FALSE(folder.Has(L"fj.test.log"));
+        EXPECT_TRUE(StartUp());
+        EXPECT_EQ(folder.Read(L"fj.test.log"), kArticle);
+        EXPECT_EQ(Index().size(), 100u + 92);
+        EXPECT_EQ(Index()[104], 7) << "the article's number";
+        EXPECT_FALSE(folder.Has(L"fj.test.lo~") || folder.Has(L"fj.test.id~"));
     }
 }
 
