@@ -34,17 +34,31 @@ struct Assembled {
     LineState state = LineState::kOpen;
 };
 
-Assembled Assemble(std::string_view stream, std::size_t capacity) {
+// In pieces of at most `piece` bytes.
+Assembled Assemble(std::string_view stream, std::size_t capacity, std::size_t piece) {
     Assembled result;
     result.buffer = NewArray<char>(capacity + 1);
     result.line = {result.buffer.get(), capacity};
-    for (std::size_t i = 0; i < stream.size() && result.state == LineState::kOpen; ++i)
-        result.state = AddToLine(result.line, stream[i]);
+    while (!stream.empty() && result.state == LineState::kOpen) {
+        const std::string_view part = stream.substr(0, piece);
+        std::size_t added = 0;
+        result.state = AddToLine(result.line, part.data(), part.size(), added);
+        Require(added <= part.size(), "a line takes no more than is there");
+        stream.remove_prefix(added);
+    }
     return result;
 }
 
-void CheckFinished(std::string_view stream, std::size_t capacity, const Found& found, bool cut) {
-    Assembled assembled = Assemble(stream, capacity);
+// A line that can be told at a glance is the line that the assembler finds.
+void CheckPlain(std::string_view stream, const Found& found) {
+    const std::size_t plain = PlainLineLength(stream.data(), stream.size());
+    if (plain == 0 || plain > found.bytes.size()) return;
+    Require(found.state == LineState::kComplete && plain == found.bytes.size(), "a plain line is a line");
+}
+
+void CheckFinished(std::string_view stream, std::size_t capacity, std::size_t piece, const Found& found,
+                   bool cut) {
+    Assembled assembled = Assemble(stream, capacity, piece);
     Require(assembled.state == found.state,
             "the line ends at the LF behind its first CR, or at the capacity");
     Require(std::string_view(assembled.buffer.get(), assembled.line.length) == found.bytes,
@@ -58,7 +72,7 @@ void CheckFinished(std::string_view stream, std::size_t capacity, const Found& f
 // Doubling a leading dot on the way out and taking one off on the way in is no change.
 void CheckDots(const Found& found) {
     const std::string stuffed = (found.bytes.front() == '.' ? "." : "") + std::string(found.bytes);
-    Assembled assembled = Assemble(stuffed, stuffed.size());
+    Assembled assembled = Assemble(stuffed, stuffed.size(), stuffed.size());
     FinishLine(assembled.line, false);
     const char* line = assembled.buffer.get();
     Require(!IsFinalDot(line), "a stuffed line is never the end of the reply");
@@ -75,8 +89,9 @@ void FuzzOne(std::string_view input) {
     const std::size_t capacity = TakeByte(input) + std::size_t{1};
     while (!input.empty()) {
         const Found found = FindLine(input, capacity);
-        CheckFinished(input, capacity, found, false);
-        CheckFinished(input, capacity, found, true);
+        CheckPlain(input, found);
+        CheckFinished(input, capacity, input.size(), found, false);
+        CheckFinished(input, capacity, 1 + capacity % 7, found, true);
         if (found.state != LineState::kComplete) break;
         CheckFinished(input, capacity * 2, found, false);
         CheckDots(found);

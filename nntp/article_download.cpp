@@ -140,22 +140,21 @@ bool TakeContent(Fetch& fetch, ReplyContent content) {
     }
 }
 
-void SendCommands(Fetch& fetch) {
+// Whatever may leave does so before the next recv, also amid a reply.
+void SendCommands(void* context) {
+    Fetch& fetch = *static_cast<Fetch*>(context);
     std::array<char, kMostOnTheWay * kCommandSize> text;
     const std::size_t length = TakeCommands(*fetch.pipeline, text);
     if (length > 0) SendText(*fetch.download->connection, text.data(), length);
 }
 
-// Reads one reply. What may follow it leaves as soon as its status is known, before its lines are read.
 bool TakeNextReply(Fetch& fetch) {
     if (!ReadLineOf(fetch)) {
         const bool silence = fetch.download->connection->timedOut && fetch.line[0] == '\0';
         if (silence && TakeSilence(*fetch.pipeline)) return true;
         return FailWithError(*fetch.download->result, fetch.download->group, IDS_RECEIVE_FAILED);
     }
-    const ReplyContent content = TakeReply(*fetch.pipeline, fetch.line);
-    SendCommands(fetch);
-    return TakeContent(fetch, content);
+    return TakeContent(fetch, TakeReply(*fetch.pipeline, fetch.line));
 }
 
 bool BeginExpectedArticle(Fetch& fetch) {
@@ -164,13 +163,23 @@ bool BeginExpectedArticle(Fetch& fetch) {
     return BeginArticle(fetch.writer, next.number) || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
 }
 
-bool FetchArticles(Fetch& fetch) {
+bool TakeReplies(Fetch& fetch) {
     while (!IsDone(*fetch.pipeline)) {
         if (!BeginExpectedArticle(fetch)) return false;
-        SendCommands(fetch);
+        // What a server says unasked answers nothing.
+        if (fetch.pipeline->sent.count == 0) SendCommands(&fetch);
         if (!TakeNextReply(fetch)) return false;
     }
     return true;
+}
+
+bool FetchArticles(Fetch& fetch) {
+    NntpConnection& connection = *fetch.download->connection;
+    connection.beforeReceive = SendCommands;
+    connection.context = &fetch;
+    const bool fetched = TakeReplies(fetch);
+    connection.beforeReceive = nullptr;
+    return fetched;
 }
 
 void Summarise(const Fetch& fetch) {

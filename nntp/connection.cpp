@@ -26,6 +26,7 @@ void LimitReceiveTime(SOCKET socket, DWORD timeout) {
 bool Refill(NntpConnection& connection) {
     connection.timedOut = false;
     if (connection.endOfStream) return Fail(kErrorEndOfFile);
+    if (connection.beforeReceive) connection.beforeReceive(connection.context);
     const int received = recv(connection.readerSocket, connection.buffer, kReceiveBufferSize, 0);
     if (received == 0) {
         connection.endOfStream = true;
@@ -40,10 +41,11 @@ bool Refill(NntpConnection& connection) {
     return true;
 }
 
-bool ReadByte(NntpConnection& connection, char& byte) {
-    if (connection.readPosition == connection.endPosition && !Refill(connection)) return false;
-    byte = *connection.readPosition++;
-    return true;
+// Bytes that can be handed out; a 0 byte ends them, as it ends the line.
+std::size_t BytesAtHand(const NntpConnection& connection) {
+    const auto count = static_cast<std::size_t>(connection.endPosition - connection.readPosition);
+    const void* zero = std::memchr(connection.readPosition, '\0', count);
+    return zero ? static_cast<std::size_t>(static_cast<const char*>(zero) - connection.readPosition) : count;
 }
 
 }  // namespace
@@ -95,12 +97,17 @@ bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
     LineState state = LineState::kOpen;
     const unsigned errorBefore = GetError();
     while (state == LineState::kOpen) {
-        char byte = 0;
         if (IsFull(assembler)) return Fail(kErrorMoreData);
-        if (!ReadByte(connection, byte)) return false;
-        if (byte == '\0') return Fail(errorBefore);
-        state = AddToLine(assembler, byte);
+        if (connection.readPosition == connection.endPosition && !Refill(connection)) return false;
+        if (*connection.readPosition == '\0') {
+            ++connection.readPosition;
+            return Fail(errorBefore);
+        }
+        std::size_t added = 0;
+        state = AddToLine(assembler, connection.readPosition, BytesAtHand(connection), added);
+        connection.readPosition += added;
     }
+    if (state == LineState::kFull) return Fail(kErrorMoreData);
     FinishLine(assembler, strip);
     return true;
 }

@@ -24,6 +24,9 @@ struct NntpConnection {
     bool endOfStream = false;                   // the peer has closed its side
     bool timedOut = false;                      // the newest recv met with nothing but silence
     uint32_t receiveTimeout = kReceiveTimeout;  // set before Connect
+    // Called before each recv, null for nothing to do.
+    void (*beforeReceive)(void* context) = nullptr;
+    void* context = nullptr;  // not owned
 };
 
 void InitConnection(NntpConnection& connection);

@@ -145,13 +145,13 @@ void StartRange(Pipeline& pipeline, const ArticlePlan& plan, bool noneMissing) {
     pipeline.oneByOne = oneByOne;
 }
 
-// A full batch leaves when half of the way is free: fewer calls, and the server never runs dry.
 std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kCommandSize>& text) {
     std::size_t length = 0;
     CommandQueue& sent = pipeline.sent;
-    if (sent.count > kMostOnTheWay / 2) return 0;
-    for (ArticleCommand next = NextToSend(pipeline); next.kind != CommandKind::kNone;
-         next = NextToSend(pipeline)) {
+    const unsigned least = std::max(sent.count + 1, kFewestOnTheWay);
+    while (sent.count < least) {
+        const ArticleCommand next = NextToSend(pipeline);
+        if (next.kind == CommandKind::kNone) break;
         if (sent.count > 0) pipeline.leftAhead = true;
         sent.commands[sent.count++] = next;
         length += WriteCommand(text.data() + length, next);

@@ -24,6 +24,7 @@
 #include "nntp/article_plan.h"
 
 constexpr unsigned kMostOnTheWay = 16;
+constexpr unsigned kFewestOnTheWay = 8;
 constexpr std::size_t kCommandSize = 17;  // "HEAD 4294967295" CR LF
 
 // Commands in the order in which they left.
@@ -55,7 +56,9 @@ enum class ReplyContent {
 void StartRange(Pipeline& pipeline, const ArticlePlan& plan, bool noneMissing);
 
 // Counts the commands that may leave now as sent and writes them, each with CR LF, into `text`. Their length;
-// 0 when none may.
+// 0 when none may. Where many may, it is one, or as many as bring those on the way up to kFewestOnTheWay: to
+// be called before each receive, since a server that writes a reply in pieces may hold each piece back until
+// the one before was acknowledged, and only what a client sends carries its acknowledgement at once.
 std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kCommandSize>& text);
 
 // Matches a status line with the command that it answers and moves the plan on. With kNothing and kUnwanted

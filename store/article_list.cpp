@@ -1,6 +1,5 @@
 #include "store/article_list.h"
 
-#include <array>
 #include <cstring>
 
 #include "platform/heap.h"
@@ -45,23 +44,18 @@ void CountRecord(GroupStore& store, const IndexRecord& record) {
 }
 
 // Reads every record once; counts the rows of each run. What the header counts is counted anew: a program
-// that ended between a record's change and the header's left an old number there. Many records a call: one by
-// one, the calls would take most of the time.
+// that ended between a record's change and the header's left an old number there.
 bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
-    std::array<IndexRecord, 32> records;
     GroupStore& store = list.store;
     store.unreadCount = store.highCount = store.lowCount = 0;
-    for (uint32_t number = 0; number < store.recordCount;) {
-        auto count = static_cast<uint32_t>(records.size());
-        if (!ReadRecords(store, records.data(), number, count)) return false;
-        if (count == 0) return Fail(kErrorInvalidData);
-        for (uint32_t i = 0; i < count; ++i, ++number) {
+    return VisitRecords(store, [&](const IndexRecord* records, uint32_t first, uint32_t count) {
+        for (uint32_t i = 0; i < count; ++i) {
             CountRecord(store, records[i]);
-            classes[number] = ClassOf(list, records[i]);
-            ++counts[classes[number]];
+            classes[first + i] = ClassOf(list, records[i]);
+            ++counts[classes[first + i]];
         }
-    }
-    return true;
+        return true;
+    });
 }
 
 // A damaged header may count any number of records: no memory is taken for them before the last is known to
@@ -174,8 +168,8 @@ bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* gr
 
 bool BuildArticleList(ArticleList& list, uint32_t pageSize) {
     Forget(list);
-    const bool built =
-        ReadHeader(list.store) && AllocatePage(list, pageSize) && MakeRowMap(list) && LoadPage(list, 0);
+    const bool built = ReadStandingHeader(list.store) && AllocatePage(list, pageSize) && MakeRowMap(list) &&
+                       LoadPage(list, 0);
     if (built) return true;
     const ErrorKeeper keeper;
     Forget(list);

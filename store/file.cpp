@@ -249,17 +249,33 @@ bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* t
     while (state == LineState::kOpen) {
         if (!InWindow(file) && !FillWindow(file)) return false;
         if (file.windowLength == 0) break;
-        const char* bytes = file.buffer.get() + (file.position - file.windowStart);
-        const char* end = file.buffer.get() + file.windowLength;
-        const char* next = bytes;
-        while (next < end && state == LineState::kOpen)
-            state = AddToLine(line, *next++);
-        file.position += static_cast<uint32_t>(next - bytes);
+        const uint32_t offset = file.position - file.windowStart;
+        std::size_t added = 0;
+        state = AddToLine(line, file.buffer.get() + offset, file.windowLength - offset, added);
+        file.position += static_cast<uint32_t>(added);
     }
     if (state == LineState::kFull) return Fail(kErrorMoreData);
     if (line.length == 0) return Fail(kErrorEndOfFile);
     if (taken) *taken = static_cast<uint32_t>(line.length);
     FinishLine(line, cut);
+    return true;
+}
+
+bool SkipPastLine(DataFile& file, std::string_view wanted, char* buffer, uint32_t size, uint32_t& taken) {
+    std::string_view line;
+    for (taken = 0; line != wanted; taken += static_cast<uint32_t>(line.size())) {
+        const uint32_t offset = file.position - file.windowStart;
+        const char* bytes = file.buffer.get() + offset;
+        const std::size_t plain = InWindow(file) ? PlainLineLength(bytes, file.windowLength - offset) : 0;
+        if (plain > 0 && plain < size) {
+            line = {bytes, plain};
+            file.position += static_cast<uint32_t>(plain);
+        } else {
+            uint32_t length = 0;
+            if (!ReadLine(file, buffer, size, false, &length)) return false;
+            line = {buffer, length};
+        }
+    }
     return true;
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "platform/owners.h"
 #include "text/owned.h"
@@ -63,6 +64,11 @@ void SeekToEnd(DataFile& file);
 // given, is the number of bytes that the line has in the file. A line that does not fit with its NUL fails
 // with 234, the end of the file with 38; a last line without a line end is a line.
 [[nodiscard]] bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* taken = nullptr);
+
+// Reads lines as ReadLine does, line ends and all, up to the one that is `wanted`. `taken` is the number of
+// bytes of all of them. What `buffer` then holds is of no meaning. The same errors.
+[[nodiscard]] bool SkipPastLine(DataFile& file, std::string_view wanted, char* buffer, uint32_t size,
+                                uint32_t& taken);
 
 bool FileExists(const wchar_t* path);
 [[nodiscard]] bool DeleteDataFile(const wchar_t* path);

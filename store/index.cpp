@@ -134,17 +134,25 @@ bool RebuildRecords(GroupStore& store) {
     return AppendAllArticles(store, filter);
 }
 
-bool MarkRecordsRead(GroupStore& store) {
-    for (uint32_t number = 0; number < store.recordCount; ++number) {
-        IndexRecord record;
-        if (!ReadRecord(store, record, number)) return false;
-        const bool wasUnread = !IsRead(record);
-        record.flags |= kReadFlag;
-        if (!WriteRecord(store, record, number)) return false;
-        if (wasUnread && store.unreadCount > 0) --store.unreadCount;
+uint32_t MarkRead(IndexRecord* records, uint32_t count) {
+    uint32_t marked = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (!IsRead(records[i])) ++marked;
+        records[i].flags |= kReadFlag;
     }
-    store.unreadCount = 0;
-    return true;
+    return marked;
+}
+
+bool MarkRecordsRead(GroupStore& store) {
+    const bool marked = VisitRecords(store, [&](IndexRecord* records, uint32_t first, uint32_t count) {
+        const uint32_t newlyRead = MarkRead(records, count);
+        SeekTo(store.index, OffsetOf(first));
+        if (!WriteBytes(store.index, records, count * kRecordSize)) return false;
+        store.unreadCount -= Smallest(newlyRead, store.unreadCount, count);
+        return true;
+    });
+    if (marked) store.unreadCount = 0;
+    return marked;
 }
 
 bool RefilterRecord(GroupStore& store, const KeywordFilter& filter, uint32_t number) {
@@ -166,13 +174,13 @@ bool RefilterRecord(GroupStore& store, const KeywordFilter& filter, uint32_t num
 
 bool CountPriorities(GroupStore& store) {
     store.highCount = store.lowCount = 0;
-    for (uint32_t number = 0; number < store.recordCount; ++number) {
-        IndexRecord record;
-        if (!ReadRecord(store, record, number)) return false;
-        if (PriorityOf(record) == kPriorityHigh) ++store.highCount;
-        if (PriorityOf(record) == kPriorityLow) ++store.lowCount;
-    }
-    return true;
+    return VisitRecords(store, [&](const IndexRecord* records, uint32_t, uint32_t count) {
+        for (uint32_t i = 0; i < count; ++i) {
+            if (PriorityOf(records[i]) == kPriorityHigh) ++store.highCount;
+            if (PriorityOf(records[i]) == kPriorityLow) ++store.lowCount;
+        }
+        return true;
+    });
 }
 
 bool RefilterRecords(GroupStore& store) {

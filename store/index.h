@@ -2,9 +2,12 @@
 // were stored (store/record.h). All functions answer false with the reason in the last-error value.
 #pragma once
 
+#include <array>
+
 #include "filters/keyword_filter.h"
 #include "store/group_store.h"
 #include "store/record.h"
+#include "text/last_error.h"
 
 // Resets the store and takes the header's values over. Error 13 for a short file or another version, 87
 // without names, 8. Every use of a group begins with it, so a deletion that was cut off is finished first,
@@ -31,6 +34,21 @@
 
 // One record, which must be there: error 13 when the file is shorter than the header says.
 [[nodiscard]] bool ReadRecord(GroupStore& store, IndexRecord& record, uint32_t number);
+
+// Calls visit(records, first, count) for all records that the header counts, some at a time, until it answers
+// false. Error 13 when the file has fewer.
+template <class Visit>
+[[nodiscard]] bool VisitRecords(GroupStore& store, Visit visit) {
+    std::array<IndexRecord, 32> records;
+    uint32_t count = 0;
+    for (uint32_t first = 0; first < store.recordCount; first += count) {
+        count = static_cast<uint32_t>(records.size());
+        if (!ReadRecords(store, records.data(), first, count)) return false;
+        if (count == 0) return Fail(kErrorInvalidData);
+        if (!visit(records.data(), first, count)) return false;
+    }
+    return true;
+}
 
 constexpr uint32_t kCurrentPosition = 0xFFFFFFFF;
 

@@ -69,11 +69,10 @@ bool ScanHead(LogScanner& scanner) {
 }
 
 bool ScanBody(LogScanner& scanner) {
-    std::string_view line;
-    while (TakeLine(scanner, line)) {
-        if (line == kSeparator) return true;
-    }
-    return false;
+    uint32_t taken = 0;
+    if (!SkipPastLine(*scanner.log, kSeparator, scanner.line, kLineSize, taken)) return false;
+    scanner.count += taken;
+    return true;
 }
 
 }  // namespace

@@ -22,7 +22,12 @@ inline bool IsFull(const LineAssembler& line) {
     return line.length == line.capacity;
 }
 
-LineState AddToLine(LineAssembler& line, char byte);
+// Adds as many of the `count` bytes as belong to the line; `added` says how many.
+LineState AddToLine(LineAssembler& line, const char* bytes, std::size_t count, std::size_t& added);
+
+// Length of the line that bytes[0..count) begins with, CR LF included, when its CR stands just before its LF
+// as it nearly always does; 0 when that cannot be told at a glance.
+std::size_t PlainLineLength(const char* bytes, std::size_t count);
 
 // Terminates what was collected with a NUL. With `cut`, the line end (CR LF, or the LF alone) goes.
 void FinishLine(LineAssembler& line, bool cut);
