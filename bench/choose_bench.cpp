@@ -1,15 +1,14 @@
-// What choosing costs: a large server's list of groups, a large category in the dialog, and new keywords for
-// a group of many articles. Prints the rows of run.sh's table.
+// What choosing costs: a large server's list of groups, and a large category in the dialog. Prints rows of
+// run.sh's table.
 #include <functional>
 #include <string>
 #include <thread>
 
 #include "bench/groups.h"
 #include "bench/measure.h"
-#include "filters/keyword_filter.h"
+#include "bench/memory.h"
 #include "platform/platform.h"
 #include "resources/resource.h"
-#include "store/index.h"
 #include "subscribe/group_list.h"
 #include "subscribe/group_list_dialog.h"
 #include "subscribe/subscribe_dialog.h"
@@ -152,13 +151,6 @@ void BenchList(const BenchFolder& folder, uint32_t groups, ListRows& rows) {
 
 // A category in the dialog.
 
-void WriteText(const std::wstring& path, const std::string& text) {
-    DataFile file;
-    Require(OpenDataFile(file, path.c_str(), FileMode::kReplace), "making a list");
-    Require(WriteBytes(file, text.data(), static_cast<uint32_t>(text.size())) && CloseDataFile(file),
-            "writing a list");
-}
-
 // The server's order is not the alphabet's. Every tenth group is subscribed.
 void WriteCategory(const ListPaths& paths, uint32_t groups) {
     std::string active, chosen;
@@ -167,9 +159,9 @@ void WriteCategory(const ListPaths& paths, uint32_t groups) {
         active += name;
         if (i % 10 == 0) chosen += name;
     }
-    WriteText(paths.active, active);
-    WriteText(paths.category, "fj\r\n");
-    WriteText(paths.group, chosen);
+    WriteText(paths.active.c_str(), active);
+    WriteText(paths.category.c_str(), "fj\r\n");
+    WriteText(paths.group.c_str(), chosen);
 }
 
 void SelectRow(HWND list, int row) {
@@ -269,32 +261,6 @@ void BenchCategory(const BenchFolder& folder, uint32_t groups, CategoryRows& row
     Require(RunSubscribeDialog(state, GetModuleHandleW(nullptr), nullptr) == 2, "running the dialog");
 }
 
-// Keywords.
-
-// Twenty, of which one changes its priority with `high`, and a tenth of the articles theirs.
-std::string Keywords(bool high) {
-    std::string keywords = high ? "+ urgent\r\n" : "- urgent\r\n";
-    for (int i = 1; i < 20; ++i)
-        keywords += std::string(i % 2 ? "+ " : "- ") + "\x93\xFA\x96\x7B\x82\xCC\x98\x62" +
-                    std::to_string(i) + "\r\n";
-    return keywords;
-}
-
-void BenchRefilter(const BenchFolder& folder, uint32_t articles, Rows& rows) {
-    GroupStore store;
-    MakeGroup(store, folder, (L"fj.filter" + std::to_wstring(articles)).c_str(), articles, 30);
-    bool high = true;
-    const auto ours = [&] {
-        high = !high;
-        WriteText(store.filterPath.get(), Keywords(high));
-        const double time = Once([&] { Require(Refilter(store), "re-filtering"); });
-        Require(store.highCount == (high ? articles / 10 : 0), "finding the keyword");
-        return time;
-    };
-    const auto theirs = [&] { return Once([&] { PlainRead(store.logPath.get()); }); };
-    rows.AddTimes(articles, "articles", SideBySide(ours, theirs));
-}
-
 }  // namespace
 
 int main() {
@@ -306,8 +272,5 @@ int main() {
     CategoryRows categoryRows;
     for (const uint32_t groups : {200u, 2'000u, 20'000u})
         BenchCategory(folder, groups, categoryRows);
-    Rows refilter("re-filtering with 20 keywords", "reading the log once");
-    for (const uint32_t articles : {100u, 1'000u, 10'000u})
-        BenchRefilter(folder, articles, refilter);
     return 0;
 }

@@ -52,13 +52,6 @@ void MarkEverySecondRead(GroupStore& store) {
     }
 }
 
-void WriteKeywords(const wchar_t* path) {
-    constexpr char kKeywords[] = "+ urgent\r\n- offer\r\n";
-    DataFile file;
-    Require(OpenDataFile(file, path, FileMode::kReplace), "making the keyword file");
-    Require(WriteBytes(file, kKeywords, sizeof(kKeywords) - 1) && CloseDataFile(file), "writing keywords");
-}
-
 FileOwner Open(const wchar_t* path, DWORD access, DWORD disposition) {
     FileOwner file(CreateFileW(path, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
     Require(static_cast<bool>(file), "opening a plain file");
@@ -83,6 +76,8 @@ BenchFolder::BenchFolder() {
     wchar_t temporary[MAX_PATH + 1] = {};
     GetTempPathW(MAX_PATH, temporary);
     path_ = temporary + (L"pelnor-bench-" + std::to_wstring(GetCurrentProcessId())) + L"\\";
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);  // of a run that failed
     Require(CreateDirectoryW(path_.c_str(), nullptr), "making the folder");
 }
 
@@ -94,7 +89,7 @@ BenchFolder::~BenchFolder() {
 void MakeGroup(GroupStore& store, const BenchFolder& folder, const wchar_t* name, uint32_t articles,
                uint32_t bodyLines) {
     Require(SetNames(store, folder.Path(), name), "naming the group");
-    WriteKeywords(store.filterPath.get());
+    WriteText(store.filterPath.get(), "+ urgent\r\n- offer\r\n");
     Require(WriteHeader(store) && OpenIndex(store) && OpenLog(store), "making the group");
     AddArticles(store, articles, bodyLines);
     MarkEverySecondRead(store);
@@ -106,6 +101,15 @@ void PlainRead(const wchar_t* path) {
     const FileOwner file = Open(path, GENERIC_READ, OPEN_EXISTING);
     std::array<char, kStep> buffer;
     while (Read(file, buffer) > 0) {
+    }
+}
+
+void PlainRewrite(const wchar_t* path) {
+    const FileOwner file = Open(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
+    std::array<char, kStep> buffer;
+    while (const DWORD got = Read(file, buffer)) {
+        SetFilePointer(file.Get(), -static_cast<LONG>(got), nullptr, FILE_CURRENT);
+        Write(file, buffer, got);
     }
 }
 
@@ -129,6 +133,13 @@ void PlainOverwrite(const wchar_t* path, uint32_t count) {
     const FileOwner file = Open(path, GENERIC_WRITE, OPEN_EXISTING);
     const std::array<char, kStep> buffer = {};
     Write(file, buffer, count);
+}
+
+void WriteText(const wchar_t* path, const std::string& text) {
+    DataFile file;
+    Require(OpenDataFile(file, path, FileMode::kReplace), "making a file");
+    Require(WriteBytes(file, text.data(), static_cast<uint32_t>(text.size())) && CloseDataFile(file),
+            "writing a file");
 }
 
 void CopyWhole(const wchar_t* from, const wchar_t* to) {

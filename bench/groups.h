@@ -28,10 +28,15 @@ void MakeGroup(GroupStore& store, const BenchFolder& folder, const wchar_t* name
                uint32_t bodyLines);
 
 // The least that the platform can do, in steps of the file layer's buffer: reads a file from end to end,
-// copies it, reads `count` bytes at `offset`, or writes over the first `count` bytes.
+// writes back what it reads, copies it, reads `count` bytes at `offset`, or writes over the first `count`
+// bytes.
 void PlainRead(const wchar_t* path);
+void PlainRewrite(const wchar_t* path);
 void PlainCopy(const wchar_t* from, const wchar_t* to);
 void PlainReadAt(const wchar_t* path, uint32_t offset, uint32_t count);
 void PlainOverwrite(const wchar_t* path, uint32_t count);
+
+// Makes the file anew with these bytes.
+void WriteText(const wchar_t* path, const std::string& text);
 
 void CopyWhole(const wchar_t* from, const wchar_t* to);

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/platform.h"
+#include "text/last_error.h"
 
 namespace {
 
@@ -13,11 +14,8 @@ constexpr int kRounds = 5;
 constexpr double kEnough = 20;  // milliseconds; the clock counts tenths of a microsecond
 
 double Now() {
-    LARGE_INTEGER ticks;
-    LARGE_INTEGER frequency;
-    QueryPerformanceCounter(&ticks);
-    QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(ticks.QuadPart) / static_cast<double>(frequency.QuadPart);
+    const auto since = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(since).count();
 }
 
 double Median(std::array<double, kRounds> values) {
@@ -25,22 +23,24 @@ double Median(std::array<double, kRounds> values) {
     return values[kRounds / 2];
 }
 
-uint64_t BusyBytes(HANDLE heap) {
-    uint64_t bytes = 0;
-    PROCESS_HEAP_ENTRY entry = {};
-    HeapLock(heap);
-    while (HeapWalk(heap, &entry)) {
-        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) bytes += entry.cbData;
+void Print(const char* format, double value) {
+    std::printf(format, value);
+    std::printf("\t");
+}
+
+void PrintGoal(double ratio, double goal) {
+    if (goal > 0) {
+        std::printf("%.2f %s\n", goal, ratio <= goal ? "met" : "MISSED");
+    } else {
+        std::printf("-\n");
     }
-    HeapUnlock(heap);
-    return bytes;
 }
 
 }  // namespace
 
 void Require(bool succeeded, const char* what) {
     if (succeeded) return;
-    std::printf("%s failed, error %lu\n", what, GetLastError());
+    std::printf("%s failed, error %u\n", what, GetError());
     std::exit(1);
 }
 
@@ -71,40 +71,34 @@ Medians SideBySide(const Sample& ours, const Sample& theirs) {
     return {Median(ourTimes), Median(theirTimes)};
 }
 
-uint64_t HeapBytes() {
-    HANDLE heaps[64];
-    const DWORD count = GetProcessHeaps(64, heaps);
-    Require(count > 0 && count <= 64, "listing the heaps");
-    uint64_t bytes = 0;
-    for (DWORD i = 0; i < count; ++i)
-        bytes += BusyBytes(heaps[i]);
-    return bytes;
-}
-
 void Rows::AddTimes(uint32_t size, const char* unit, Medians times) {
-    Add(size, unit, "%.3f ms", times);
+    Add(size, unit, {"%.3f ms", times.ours, times.theirs}, times);
 }
 
 void Rows::AddBytes(uint32_t size, const char* unit, uint64_t ours, uint64_t theirs) {
-    Add(size, unit, "%.0f bytes", {static_cast<double>(ours), static_cast<double>(theirs)});
+    const Medians bytes = {static_cast<double>(ours), static_cast<double>(theirs)};
+    Add(size, unit, {"%.0f bytes", bytes.ours, bytes.theirs}, bytes);
 }
 
-void Rows::Add(uint32_t size, const char* unit, const char* measure, Medians values) {
+void Rows::AddSpeeds(uint32_t bytes, Medians times) {
+    const double perSecond = bytes / 1000.0;  // bytes a millisecond into megabytes a second
+    Add(bytes, "bytes", {"%.0f MB/s", perSecond / times.ours, perSecond / times.theirs}, times);
+}
+
+void Rows::Add(uint32_t size, const char* unit, const Shown& shown, Medians values) {
     const double cost = values.ours / size;
-    const auto print = [](const char* format, double value) {
-        std::printf(format, value);
-        std::printf("\t");
-    };
+    const double ratio = values.ours / values.theirs;
     std::printf("%s\t%lu %s\t", subject_.c_str(), static_cast<unsigned long>(size), unit);
-    print(measure, values.ours);
+    Print(shown.format, shown.ours);
     std::printf("%s\t", against_.c_str());
-    print(measure, values.theirs);
-    print("%.2f", values.ours / values.theirs);
+    Print(shown.format, shown.theirs);
+    Print("%.2f", ratio);
     if (costBefore_ > 0) {
-        std::printf("%.2f\n", cost / costBefore_);
+        Print("%.2f", cost / costBefore_);
     } else {
-        std::printf("-\n");
+        std::printf("-\t");
     }
+    PrintGoal(ratio, goal_);
     std::fflush(stdout);
     costBefore_ = cost;
 }

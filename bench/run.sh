@@ -1,9 +1,17 @@
 #!/bin/bash
-# Builds the benchmarks, runs them under Wine and prints one table, which docs/performance.md explains. Installs what is
-# missing; all that it starts ends with it.
+# bench/run.sh [quick] [PART...]: builds the benchmarks, runs them and prints one table, which docs/performance.md
+# explains. Parts: layout choose store text startup download; all when none is named. `quick` has the download
+# measured once and with few articles. Installs what is missing; all that it starts ends with it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/environment.sh
+
+quick=
+if [ "${1-}" = quick ]; then
+    quick=quick
+    shift
+fi
+parts=${*:-layout choose store text startup download}
 
 build=$PWD/build/bench
 display_pid=
@@ -14,11 +22,13 @@ finish() {
 trap finish EXIT
 trap 'exit 130' INT TERM HUP
 
-require_packages $build_packages $wine_packages bsdextrautils
+require_packages $build_packages $wine_packages bsdextrautils g++ python3
 require_locale
 {
     cmake --preset desktop -B "$build" -DPELNOR_BENCH=ON -DBUILD_TESTING=OFF
-    cmake --build "$build" --target reading_bench choose_bench
+    cmake --build "$build"
+    cmake -S bench/native -B "$build/native" -G Ninja
+    cmake --build "$build/native"
 } >&2
 
 # All on one core: a call that asks the wineserver costs three times as much when that runs on the other one, and where
@@ -30,17 +40,25 @@ start_display
 tools/wine_session start "$build/wine" unmanaged
 export LC_ALL=ja_JP.UTF-8 WINEPREFIX=$build/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
 
-# A program prints its rows as fields with tabs between them, or what has failed.
+run_part() {
+    case $1 in
+    text) "$build/native/text_bench" ;;
+    download) /usr/bin/python3 bench/download.py "$build" $quick ;;
+    *) tools/wine_run "$build/bench/${1}_bench.exe" ;;
+    esac
+}
+
+# A part prints its rows as fields with tabs between them, or what has failed.
 rows=$build/rows.txt
 : >"$rows"
-for program in reading_bench choose_bench; do
-    tools/wine_run "$build/bench/$program.exe" | tr -d '\r' >"$rows.part" || {
+for part in $parts; do
+    run_part "$part" | tr -d '\r' >"$rows.part" || {
         cat "$rows.part" >&2
         exit 1
     }
     cat "$rows.part" >>"$rows"
 done
 {
-    printf 'Pelnor\tsize\ttakes\tagainst\ttakes\tratio\tgrowth\n'
+    printf 'Pelnor\tsize\ttakes\tagainst\ttakes\tratio\tgrowth\tgoal\n'
     cat "$rows"
 } | column -t -s $'\t' -o ' | ' -R 2,3,5,6,7
