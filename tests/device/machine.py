@@ -1,0 +1,211 @@
+"""The device's executable in memory, on the processor that the device has.
+
+The processor is a StrongARM, an ARMv4: a later machine's instruction stops it, and so does here what stops it there and
+the emulator would let pass, a word read or written across its boundary. An import slot leads to a trap; behind it
+stands the method of the system (an object of the caller's) that bears the import's name. Its parameters are the
+registers and words on the stack that its caller filled. A method that calls the program's code is a generator: it
+yields (address, arguments...) and gets what that answers.
+"""
+import inspect
+import struct
+import subprocess
+
+import pefile
+import unicorn
+from unicorn import arm_const
+
+PAGE = 0x1000
+STACK, STACK_SIZE = 0x20000000, 0x10000  # what the executable's headers ask for, and nothing on either side
+HEAP, HEAP_SIZE = 0x30000000, 0x2000000
+TRAPS, TRAPS_SIZE = 0x40000000, PAGE
+FENCE = 16  # bytes behind a block that nobody may touch
+RETURN_TO_CALLER = 0xE1A0F00E  # mov pc, lr
+
+# What a section's header says of it, and what the processor lets it be used for.
+RIGHTS = {0x20000000: unicorn.UC_PROT_EXEC, 0x40000000: unicorn.UC_PROT_READ, 0x80000000: unicorn.UC_PROT_WRITE}
+REGISTERS = [getattr(arm_const, f"UC_ARM_REG_R{number}") for number in range(4)]
+RESULT, SP, LR, PC = REGISTERS[0], arm_const.UC_ARM_REG_SP, arm_const.UC_ARM_REG_LR, arm_const.UC_ARM_REG_PC
+
+
+class Fault(Exception):
+    """The program did what the device would stop it for."""
+
+
+def symbols(elf):
+    """{name: address} of a linked program."""
+    lines = subprocess.run(["arm-none-eabi-nm", elf], capture_output=True, text=True, check=True).stdout.splitlines()
+    return {line.split()[-1]: int(line.split()[0], 16) for line in lines if len(line.split()) == 3}
+
+
+class Machine:
+    def __init__(self, executable, system):
+        self.system = system
+        system.machine = self
+        self.exe = pefile.PE(executable)
+        self.cpu = unicorn.Uc(unicorn.UC_ARCH_ARM, unicorn.UC_MODE_ARM)
+        self.cpu.ctl_set_cpu_model(arm_const.UC_CPU_ARM_SA1110)
+        self.heap = Heap(self)
+        self.started = None  # a method that wants to call the program
+        self.watch = {}  # {import's name: what tells its calls apart, a function of this machine}
+        self.watched = []  # (name, what it told) of the calls to these, in order
+        self.load()
+        self.cpu.mem_map(STACK, STACK_SIZE)
+        self.cpu.mem_map(HEAP, HEAP_SIZE)
+        self.cpu.mem_map(TRAPS, TRAPS_SIZE, unicorn.UC_PROT_READ | unicorn.UC_PROT_EXEC)
+        self.cpu.mem_write(TRAPS, struct.pack("<I", RETURN_TO_CALLER) * (TRAPS_SIZE // 4))
+        self.cpu.reg_write(SP, STACK + STACK_SIZE)
+        self.cpu.hook_add(unicorn.UC_HOOK_CODE, self.on_trap, begin=TRAPS, end=TRAPS + TRAPS_SIZE - 1)
+        self.cpu.hook_add(unicorn.UC_HOOK_MEM_READ | unicorn.UC_HOOK_MEM_WRITE, self.on_access)
+
+    def load(self):
+        """Each section at its address, with its rights, then the imports."""
+        base = self.exe.OPTIONAL_HEADER.ImageBase
+        self.cpu.mem_map(base, PAGE, unicorn.UC_PROT_READ)
+        self.cpu.mem_write(base, self.exe.header[:PAGE])
+        for section in self.exe.sections:
+            size = -(-section.Misc_VirtualSize // PAGE) * PAGE
+            rights = sum(right for bit, right in RIGHTS.items() if section.Characteristics & bit)
+            self.cpu.mem_map(base + section.VirtualAddress, size, rights)
+            self.cpu.mem_write(base + section.VirtualAddress, section.get_data()[:section.Misc_VirtualSize])
+        self.imports = [entry for library in self.exe.DIRECTORY_ENTRY_IMPORT for entry in library.imports]
+        for number, entry in enumerate(self.imports):
+            self.put_words(entry.address, TRAPS + 4 * (number + 1))
+        self.methods = [self.method(entry.name.decode()) for entry in self.imports]
+
+    def method(self, name):
+        """An import's name, the method that stands for it and the number of that one's parameters."""
+        function = getattr(self.system, name, None)
+        return name, function, function and len(inspect.signature(function).parameters)
+
+    def on_trap(self, cpu, address, _size, _data):
+        number = (address - TRAPS) // 4 - 1
+        if number < 0:  # where `run` lets the program's functions return to
+            cpu.emu_stop()
+            return
+        name, function, count = self.methods[number]
+        if name in self.watch:
+            self.watched.append((name, self.watch[name](self)))
+        if not function:
+            raise Fault(f"the fake system has no {name}")
+        answer = function(*(self.argument(place) for place in range(count)))
+        if inspect.isgenerator(answer):
+            self.started = answer
+            cpu.emu_stop()
+        elif answer is not None:
+            cpu.reg_write(RESULT, answer & 0xFFFFFFFF)
+
+    def on_access(self, cpu, _kind, address, size, _value, _data):
+        if address % size:
+            raise Fault(f"{size} bytes at {address:#x} reached from {cpu.reg_read(PC):#x}")
+
+    def argument(self, place):
+        """The word that a trapped call has as its argument number `place`, counted from 0."""
+        if place < 4:
+            return self.cpu.reg_read(REGISTERS[place])
+        return self.words(self.cpu.reg_read(SP) + 4 * (place - 4), 1)[0]
+
+    def run(self, address, *arguments):
+        """Calls a function of the program's and gives what it answers."""
+        suspended = []  # methods of the system that wait for what they called
+        self.enter(address, *arguments)
+        while True:
+            self.cpu.emu_start(self.cpu.reg_read(PC), 0)
+            result = self.cpu.reg_read(RESULT)
+            if self.started:
+                suspended.append((self.started, self.cpu.reg_read(LR), self.cpu.reg_read(SP)))
+                self.started, result = None, None
+            elif not suspended:
+                return result
+            self.resume(suspended, result)
+
+    def resume(self, suspended, result):
+        method, back, stack = suspended[-1]
+        self.cpu.reg_write(SP, stack)
+        try:
+            self.enter(*method.send(result))
+        except StopIteration as end:
+            suspended.pop()
+            self.cpu.reg_write(RESULT, (end.value or 0) & 0xFFFFFFFF)
+            self.cpu.reg_write(PC, back)
+
+    def enter(self, address, *arguments):
+        stack = self.cpu.reg_read(SP)
+        for register, argument in zip(REGISTERS, arguments):
+            self.cpu.reg_write(register, argument & 0xFFFFFFFF)
+        if len(arguments) > 4:
+            stack -= 4 * (len(arguments) - 4)
+            self.put_words(stack, *arguments[4:])
+            self.cpu.reg_write(SP, stack)
+        self.cpu.reg_write(LR, TRAPS)
+        self.cpu.reg_write(PC, address)
+
+    # Memory, as the system's functions see it.
+
+    def read(self, address, size):
+        return bytes(self.cpu.mem_read(address, size))
+
+    def write(self, address, data):
+        self.cpu.mem_write(address, data)
+
+    def words(self, address, count):
+        return struct.unpack(f"<{count}I", self.cpu.mem_read(address, 4 * count))
+
+    def put_words(self, address, *values):
+        self.cpu.mem_write(address, struct.pack(f"<{len(values)}I", *(value & 0xFFFFFFFF for value in values)))
+
+    def text(self, address):
+        """The bytes up to a NUL."""
+        found = b""
+        while True:
+            piece = self.cpu.mem_read(address + len(found), 64 - (address + len(found)) % 64)
+            end = piece.find(0)
+            if end >= 0:
+                return found + bytes(piece[:end])
+            found += bytes(piece)
+
+    def wide(self, address):
+        """The UTF-16 text up to a NUL; None for no address."""
+        if address == 0:
+            return None
+        found = b""
+        while True:
+            piece = bytes(self.cpu.mem_read(address + len(found), 64 - (address + len(found)) % 64))
+            for place in range(0, len(piece), 2):
+                if piece[place:place + 2] == b"\0\0":
+                    return (found + piece[:place]).decode("utf-16-le", "surrogatepass")
+            found += piece
+
+    def put_wide(self, address, text):
+        self.cpu.mem_write(address, (text + "\0").encode("utf-16-le", "surrogatepass"))
+
+
+class Heap:
+    """Blocks that hold rubbish when they are taken, and a fence behind each."""
+
+    def __init__(self, machine):
+        self.machine = machine
+        self.blocks = {}  # address: size
+        self.free = {}  # room: addresses
+        self.end = HEAP
+
+    def take(self, size):
+        room = -(-(size + FENCE) // 16) * 16
+        if self.free.get(room):
+            place = self.free[room].pop()
+        elif self.end + room > HEAP + HEAP_SIZE:
+            return 0
+        else:
+            place, self.end = self.end, self.end + room
+        self.machine.write(place, b"\xCD" * size + b"\xFD" * (room - size))
+        self.blocks[place] = size
+        return place
+
+    def give_back(self, place):
+        if place not in self.blocks:
+            raise Fault(f"{place:#x} is released and is no block")
+        size = self.blocks.pop(place)
+        room = -(-(size + FENCE) // 16) * 16
+        if self.machine.read(place + size, room - size).strip(b"\xFD"):
+            raise Fault(f"something wrote past the {size} bytes at {place:#x}")
+        self.machine.write(place, b"\xDD" * size)
+        self.free.setdefault(room, []).append(place)
