@@ -93,7 +93,7 @@ void FuzzOne(std::string_view input) {
         CheckFinished(input, capacity, input.size(), found, false);
         CheckFinished(input, capacity, 1 + capacity % 7, found, true);
         if (found.state != LineState::kComplete) break;
-        CheckFinished(input, capacity * 2, found, false);
+        CheckFinished(input, capacity * 2, input.size(), found, false);
         CheckDots(found);
         input.remove_prefix(found.bytes.size());
     }

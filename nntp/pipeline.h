@@ -24,7 +24,7 @@
 #include "nntp/article_plan.h"
 
 constexpr unsigned kMostOnTheWay = 16;
-constexpr unsigned kFewestOnTheWay = 8;
+constexpr unsigned kFewestOnTheWay = 12;
 constexpr std::size_t kCommandSize = 17;  // "HEAD 4294967295" CR LF
 
 // Commands in the order in which they left.
