@@ -12,14 +12,6 @@ constexpr wchar_t kConfirmed[] = L"PelnorTestConfirmed";
 
 DialogUser* user = nullptr;
 
-std::string Narrow(UINT codePage, const std::wstring& text) {
-    std::string bytes(text.size() * 3 + 1, '\0');
-    const int size = WideCharToMultiByte(codePage, 0, text.data(), static_cast<int>(text.size()),
-                                         bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr);
-    bytes.resize(static_cast<size_t>(size));
-    return bytes;
-}
-
 std::wstring TextOf(HWND window) {
     wchar_t text[2048] = L"";
     GetWindowTextW(window, text, 2048);
@@ -57,10 +49,11 @@ std::string Describe(HWND box, HICON icon) {
 }  // namespace
 
 std::string Utf8(const std::wstring& text) {
-    return Narrow(CP_UTF8, text);
-}
-std::string Sjis(const std::wstring& text) {
-    return Narrow(932, text);
+    std::string bytes(text.size() * 3 + 1, '\0');
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
+                                         static_cast<int>(bytes.size()), nullptr, nullptr);
+    bytes.resize(static_cast<size_t>(size));
+    return bytes;
 }
 std::wstring Wide(const std::string& utf8) {
     wchar_t text[256] = L"";

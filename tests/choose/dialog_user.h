@@ -12,9 +12,8 @@
 
 #include "platform/platform.h"
 
-// UTF-8, and Shift_JIS, as which it stands in files.
+// UTF-8.
 std::string Utf8(const std::wstring& text);
-std::string Sjis(const std::wstring& text);
 std::wstring Wide(const std::string& utf8);
 
 struct UserStep {

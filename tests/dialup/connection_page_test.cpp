@@ -101,12 +101,6 @@ TEST_F(ConnectionPageTest, APhoneBookThatFailsTurnsDiallingOff) {
         EXPECT_EQ(run.Close(PSBTN_OK), 1) << row.why;
         EXPECT_EQ(Stored().Dialup, 0u) << row.why;
     }
-    *ras = FakeRas();
-    for (int i = 0; i < 100; ++i)
-        AddNames({L"Entry " + std::to_wstring(i)});
-    const SheetRun run(settings);
-    EXPECT_EQ(Ask(run.Turn(kConnection), IDC_ENTRY_NAME, CB_GETCOUNT), 100);
-    run.Close(PSBTN_CANCEL);
 }
 
 TEST(MissingLibraryTest, TheConnectionPageTurnsDiallingOff) {

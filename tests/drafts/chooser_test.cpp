@@ -148,28 +148,6 @@ TEST_F(ChooserTest, PathsUpToTheBuffersEnd) {
     RemoveFolder(over);
 }
 
-TEST_F(ChooserTest, FiveThousandEntries) {
-    constexpr int kEach = 2500;
-    for (int i = 0; i < kEach; ++i) {
-        const std::wstring name = std::to_wstring(i * 7 % kEach + 10000);
-        MakeFolder(name);
-        CloseHandle(CreateFileW((folder.Path() + name + L".exe").c_str(), GENERIC_WRITE, 0, nullptr,
-                                CREATE_NEW, 0, nullptr));
-    }
-    ChooserRun run(L"*.exe");
-    const HTREEITEM top = Walk(run.Tree(), root);
-    const DWORD start = GetTickCount();
-    Open(run.tree, top);
-    Fold(run.tree, top);
-    Open(run.tree, top);
-    EXPECT_LT(GetTickCount() - start, 5000u);
-    const std::vector<std::wstring> names = Children(run.tree, top);
-    ASSERT_EQ(names.size(), 2u * kEach);
-    EXPECT_TRUE(std::is_sorted(names.begin(), names.begin() + kEach));
-    EXPECT_TRUE(std::is_sorted(names.begin() + kEach, names.end()));
-    EXPECT_EQ(names[kEach], L"10000.exe");
-}
-
 TEST_F(ChooserTest, WithoutItsImagesItDoesNotOpen) {
     const ChooserRun run(nullptr, GetModuleHandleW(L"kernel32.dll"));
     EXPECT_EQ(run.thread.Result(), 2);

@@ -72,28 +72,6 @@ TEST_F(DraftCommandsTest, ComposingNeedsAnIdentity) {
     }
 }
 
-TEST_F(DraftCommandsTest, TheChosenProgramIsShown) {
-    Store();
-    folder.Write(L"a.exe", "");
-    wchar_t before[MAX_PATH] = {};
-    GetCurrentDirectoryW(MAX_PATH, before);
-    SetCurrentDirectoryW(folder.Path().c_str());
-    {
-        const FrameRun run;
-        ASSERT_TRUE(run.Window());
-        for (const int button : {IDCANCEL, IDC_CHOOSER_OK}) {
-            run.Command(IDC_CHOOSE_EXE);
-            const HWND chooser = run.thread.Window(L"Choose EXE");
-            const HWND tree = GetDlgItem(chooser, IDC_CHOOSER_TREE);
-            Choose(tree, Walk(tree, folder.FilePath(L"a.exe").substr(2)));
-            PostMessageW(chooser, WM_COMMAND, static_cast<WPARAM>(button), 0);
-            EXPECT_TRUE(Await([&] { return !IsWindow(chooser); }));
-        }
-        EXPECT_EQ(run.thread.CloseBox(L"SELECTED"), folder.FilePath(L"a.exe").substr(2));
-    }
-    SetCurrentDirectoryW(before);
-}
-
 // Nothing is stored yet, so the sheet comes before the panes.
 TEST_F(DraftCommandsTest, AFirstStartKnowsItsDraftFolder) {
     const FrameRun run;

@@ -28,17 +28,14 @@ TEST(KeywordFilterTest, FilesGiveTwoLists) {
         Texts high;
         Texts low;
     } rows[] = {
-        {"empty", "", {}, {}},
         {"the last line comes first", "+ a\r\n- b\r\n+ c\r\n- d\r\n", {"c", "a"}, {"d", "b"}},
         {"any other mark is low", "x abc\r\n", {}, {"abc"}},
         {"the second byte goes, whatever it is", "+-abc\r\n", {"abc"}, {}},
         {"a single byte is no keyword", "+\r\n\r\n- a\r\n", {}, {"a"}},
         {"two bytes are an empty keyword", "+ \r\n", {""}, {}},
-        {"the last line has no end", "+ a\r\n+ b", {"b", "a"}, {}},
         {"blanks belong to the keyword", "+  a b \r\n", {" a b "}, {}},
         {"511 bytes with the line end fit", "+ " + x509.substr(2) + "\r\n+ a\r\n", {"a", x509.substr(2)}, {}},
         {"one byte more ends the reading", "+ a\r\n+ " + x509.substr(1) + "\r\n+ b\r\n", {"a"}, {}},
-        {"600 bytes end it too", "- a\r\n" + std::string(600, 'x') + "\r\n+ b\r\n", {}, {"a"}},
     };
     const std::wstring path = folder.FilePath(L"fj.test.flt");
     KeywordFilter filter;
@@ -68,18 +65,11 @@ TEST(KeywordFilterTest, SubjectsAreMatchedBothWays) {
         uint32_t priority;
     } rows[] = {
         {"the keyword in the subject", {"+ fj"}, "Re: fj.comp question", 2},
-        {"the same text", {"+ fj"}, "fj", 2},
         {"the subject in the keyword", {"+ fj"}, "f", 2},
-        {"at the subject's end", {"- end"}, "the end", 1},
-        {"neither holds the other", {"+ fj"}, "fk", 0},
         {"equal lengths must be equal", {"+ ab"}, "ba", 0},
         {"letters differ in case", {"+ FJ"}, "fj", 0},
         {"high wins over low", {"- fj", "+ fj"}, "fj", 2},
-        {"low when high does not match", {"+ sun", "- fj"}, "fj", 1},
-        {"every keyword is tried", {"+ a", "+ b", "+ c"}, "xbx", 2},
         {"an empty keyword matches", {"- "}, "fj", 1},
-        {"an empty subject matches", {"- fj"}, "", 1},
-        {"no keyword at all", {}, "fj", 0},
         {"bytes, not characters: a match across two characters", {"+ \x96{\x8C"}, "\x93\x96{\x8C\xEA", 2},
     };
     for (const auto& row : rows) {

@@ -3,11 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
-
 #include "nntp/password_prompt.h"
 #include "resources/resource.h"
 #include "tests/nntp/session_run.h"
+#include "tests/support/ui_thread.h"
 #include "text/convert.h"
 
 namespace {
@@ -15,7 +14,6 @@ namespace {
 using namespace std::string_literals;
 using testing::IsEmpty;
 
-constexpr UINT kTimerPeriod = 10;
 constexpr DWORD kPatience = 10000;  // milliseconds
 
 // A window that takes the run-finished message as the frame does.
@@ -132,6 +130,7 @@ struct JobCase {
     const char* shown;
     bool escape = false;
     bool noDialog = false;
+    bool stored = false;  // the password
 };
 
 const std::string kTwo = "S: 211 9 5 6 fj.test\n" + ArticleScript(5) + ArticleScript(6);
@@ -142,8 +141,8 @@ constexpr wchar_t kLimited[] = L"制限数の3件の記事を取得しました�
 const JobCase kJobs[] = {
     {"the bar ends one short of the range", kTwo, kFetched, 0,
      "group fj.test\nrange 0..1\nposition 0\nstep 1\nstep 1\n"},
-    {"the bar ends at the limit", kMany, kLimited, 0,
-     "group fj.test\nrange 0..3\nposition 0\nstep 1\nstep 1\nstep 1\n"},
+    {"the bar ends at the limit, and a stored password goes before a typed one", kMany, kLimited, 0,
+     "group fj.test\nrange 0..3\nposition 0\nstep 1\nstep 1\nstep 1\n", false, false, true},
     {"an error ends the dialog too", "! hang up\n", L"受信に失敗しました(38).", 2, ""},
     {"the run outlives a dialog that Esc closes", kTwo, kFetched, 0, "group fj.test\nrange 0..1\n", true},
     {"the run does without a dialog that cannot be made", kTwo, kFetched, 0, "", false, true},
@@ -160,8 +159,9 @@ TEST(DownloadJob, RunsOnItsThreadWhileTheDialogStands) {
         ScriptedServer server(Script(kLogin + row.script + "C: QUIT\n"));
         RunFiles files(server.Start());
         files.settings.UserID = CopyText("taro");
-        std::unique_ptr<DownloadJob> job =
-            MakeDownloadJob(files.settings, files.list.Window(), frame.Window(), CopyText("secret"));
+        if (row.stored) files.settings.Password = CopyText("secret");
+        std::unique_ptr<DownloadJob> job = MakeDownloadJob(
+            files.settings, files.list.Window(), frame.Window(), CopyText(row.stored ? "typed" : "secret"));
         ASSERT_TRUE(job);
         files.settings = Settings();  // what the user changes now is not this run's
         ASSERT_TRUE(StartDownloadWorker(*job));
@@ -181,114 +181,32 @@ TEST(DownloadJob, RunsOnItsThreadWhileTheDialogStands) {
     UnhookWindowsHookEx(hook);
 }
 
-struct MakeCase {
-    const char* sentence;
-    const char* user;
-    const char* stored;
-    const char* typed;
-    const char* password;
-};
-
-const MakeCase kMakes[] = {
-    {"no login", nullptr, nullptr, nullptr, nullptr},
-    {"the stored password goes before a typed one", "taro", "stored", "typed", "stored"},
-    {"the typed password where none is stored", "taro", nullptr, "typed", "typed"},
-    {"a stored empty password is one", "taro", "", "typed", ""},
-};
-
-std::string TextOf(const NarrowText& text) {
-    return text ? text.get() : "(none)";
-}
-
-TEST(DownloadJob, CopiesWhatItNeeds) {
-    for (const MakeCase& row : kMakes) {
-        SCOPED_TRACE(row.sentence);
-        RunFiles files(119);
-        if (row.user) files.settings.UserID = CopyText(row.user);
-        if (row.stored) files.settings.Password = CopyText(row.stored);
-        NarrowText typed = row.typed ? CopyText(row.typed) : nullptr;
-        const HWND list = files.list.Window();
-        const HWND main = GetDesktopWindow();
-        const std::unique_ptr<DownloadJob> job =
-            MakeDownloadJob(files.settings, list, main, std::move(typed));
-        ASSERT_TRUE(job);
-        files.settings = Settings();
-        EXPECT_EQ(job->server, L"127.0.0.1"s);
-        EXPECT_EQ(job->folder, files.folder.Path());
-        EXPECT_EQ(job->port, 119);
-        EXPECT_EQ(job->limit, 3u);
-        EXPECT_EQ(job->cursor->list, list);
-        EXPECT_EQ(job->mainWindow, main);
-        EXPECT_EQ(job->result->text, L""s);
-        EXPECT_EQ(job->result->severity, kInformation);
-        EXPECT_EQ(TextOf(job->user), row.user ? row.user : "(none)");
-        EXPECT_EQ(TextOf(job->password), row.password ? row.password : "(none)");
-    }
-}
-
-// Done once, in the first dialog of this thread, when it stands on the screen.
-std::function<void(HWND)> actInDialog;
-
-BOOL CALLBACK FindDialog(HWND window, LPARAM found) {
-    wchar_t name[16] = {};
-    GetClassNameW(window, name, 16);
-    if (name != L"#32770"s || !IsWindowVisible(window)) return TRUE;
-    *reinterpret_cast<HWND*>(found) = window;
-    return FALSE;
-}
-
-void CALLBACK ActWhenShown(HWND, UINT, UINT_PTR timer, DWORD) {
-    HWND dialog = nullptr;
-    EnumThreadWindows(GetCurrentThreadId(), FindDialog, reinterpret_cast<LPARAM>(&dialog));
-    if (!dialog) return;
-    KillTimer(nullptr, timer);
-    actInDialog(dialog);
-}
-
-struct PromptCase {
-    const char* sentence;
-    const char* user;
-    const wchar_t* shownUser;
-    std::wstring typed;
-    WPARAM button;
-    std::string password;  // "(none)" when nothing is handed on
-};
-
-const PromptCase kPrompts[] = {
-    {"OK hands on what was typed", "taro", L"taro", L"pass word", IDOK, "pass word"},
-    {"Cancel hands on nothing", "taro", L"taro", L"secret", IDCANCEL, "(none)"},
-    {"Japanese comes and goes as Shift_JIS", "\x8e\x52\x93\x63", L"山田", L"テスト", IDOK,
-     "\x83\x65\x83\x58\x83\x67"},
-    {"a password is cut to the field's size", "taro", L"taro", std::wstring(400, L'p'), IDOK,
-     std::string(259, 'p')},
-};
-
 TEST(PasswordPrompt, AsksForThePassword) {
-    const HINSTANCE instance = GetModuleHandleW(nullptr);
-    for (const PromptCase& row : kPrompts) {
+    const struct {
+        const char* sentence;
+        const char* user;
+        const wchar_t* shownUser;
+        std::wstring typed;
+        std::string password;
+    } rows[] = {
+        {"Japanese comes and goes as Shift_JIS", "\x8e\x52\x93\x63", L"山田", L"テスト",
+         "\x83\x65\x83\x58\x83\x67"},
+        {"a password is cut to the field's size", "taro", L"taro", std::wstring(400, L'p'),
+         std::string(259, 'p')},
+    };
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
-        const MainWindow frame;
-        std::wstring shownUser;
-        bool focused = false;
-        bool masked = false;
-        actInDialog = [&](HWND dialog) {
-            const HWND edit = GetDlgItem(dialog, IDC_PASSWORD_EDIT);
-            wchar_t text[64] = {};
-            GetDlgItemTextW(dialog, IDC_PASSWORD_USER, text, 64);
-            shownUser = text;
-            focused = GetFocus() == edit;
-            masked = (GetWindowLongW(edit, GWL_STYLE) & ES_PASSWORD) != 0;
-            SetWindowTextW(edit, row.typed.c_str());
-            PostMessageW(dialog, WM_COMMAND, row.button, 0);
-        };
-        SetTimer(nullptr, 0, kTimerPeriod, ActWhenShown);
         NarrowText password;
-        EXPECT_EQ(RunPasswordPrompt(instance, frame.Window(), row.user, password),
-                  static_cast<INT_PTR>(row.button));
-        EXPECT_EQ(shownUser, row.shownUser);
-        EXPECT_TRUE(focused) << "the password has the focus";
-        EXPECT_TRUE(masked);
-        EXPECT_EQ(TextOf(password), row.password);
+        const UiThread thread(
+            [&] { return RunPasswordPrompt(GetModuleHandleW(nullptr), nullptr, row.user, password); });
+        const HWND dialog = thread.Window(L"ﾊﾟｽﾜｰﾄﾞの入力"), edit = GetDlgItem(dialog, IDC_PASSWORD_EDIT);
+        EXPECT_EQ(TextOf(GetDlgItem(dialog, IDC_PASSWORD_USER)), row.shownUser);
+        EXPECT_TRUE(Await([&] { return thread.Focus() == edit; })) << "the password has the focus";
+        EXPECT_TRUE(GetWindowLongW(edit, GWL_STYLE) & ES_PASSWORD);
+        Type(dialog, IDC_PASSWORD_EDIT, row.typed);
+        PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+        ASSERT_EQ(thread.Result(), IDOK);
+        EXPECT_EQ(password.get(), row.password);
     }
 }
 

@@ -114,7 +114,7 @@ LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
     }
 }
 
-SHMENUBARINFO InfoOf(HWND frame, UINT id, int bitmap, int images) {
+HWND MakeBar(HWND frame, UINT id, int bitmap, int images) {
     SHMENUBARINFO info{};
     info.cbSize = sizeof(info);
     info.hwndParent = frame;
@@ -122,17 +122,8 @@ SHMENUBARINFO InfoOf(HWND frame, UINT id, int bitmap, int images) {
     info.hInstRes = GetModuleHandleW(nullptr);
     info.nBmpId = bitmap;
     info.cBmpImages = images;
-    return info;
-}
-
-HWND MakeBar(HWND frame, UINT id, int bitmap, int images) {
-    SHMENUBARINFO info = InfoOf(frame, id, bitmap, images);
     EXPECT_TRUE(SHCreateMenuBar(&info)) << "bar " << id << ", error " << GetLastError();
     return info.hwndMB;
-}
-
-HMENU PopupOf(HWND bar, int button) {
-    return reinterpret_cast<HMENU>(SendMessageW(bar, SHCMBM_GETSUBMENU, 0, button));
 }
 
 class MenuBarTest : public testing::Test {
@@ -204,27 +195,16 @@ TEST_F(MenuBarTest, CommandsReachTheFrame) {
     const Action escape = Key(VK_ESCAPE);
     const Row rows[] = {
         {"A click presses the image button.", {Down(kBack), Up(kBack)}, {IDC_BACK_TO_SUBJECTS}},
-        {"A button that is left before the release is not pressed.", {Down(kBack), Up(kTools)}, {}},
         {"A release that began elsewhere presses nothing.", {Up(kBack)}, {}},
         {"The bar's empty end is no button.", {Down(kBesideAll), Up(kBesideAll)}, {}},
         {"Alt and Enter press the first button.", {alt, enter}, {IDC_BACK_TO_SUBJECTS}},
-        {"F10 does what Alt does, Space what Enter does.",
-         {MenuKey(VK_F10), Key(VK_SPACE)},
-         {IDC_BACK_TO_SUBJECTS}},
         {"A popup opened by a key starts on its first item.", {alt, right, down, enter}, {IDC_COPY}},
-        {"Its second item is one key further.", {alt, right, enter, down, enter}, {IDC_SHOW_HEADER}},
         {"Left of the first button is the last.", {alt, left, enter, enter}, {IDC_ABOUT}},
-        {"Down opens nothing at a button without a popup.", {alt, down, escape}, {}},
         {"Right leads from an open popup to the next.", {alt, right, enter, right, enter}, {IDC_ABOUT}},
-        {"Left passes over the button without a popup.", {alt, right, enter, left, enter}, {IDC_ABOUT}},
         {"Escape closes the popup alone: the bar goes on.",
          {alt, right, enter, escape, right, enter, enter},
          {IDC_ABOUT}},
-        {"A second Alt leaves the bar, so Enter presses nothing.", {alt, alt, enter}, {}},
         {"A click opens the popup, without an item selected.", {Down(kArticle), Up(kArticle), enter}, {}},
-        {"A clicked popup is used with the keys too.",
-         {Down(kArticle), Up(kArticle), down, enter},
-         {IDC_COPY}},
         {"The mouse over another drop-down opens that one.",
          {Down(kArticle), Up(kArticle), Move(kTools), down, enter},
          {IDC_ABOUT}},
@@ -256,53 +236,9 @@ TEST_F(MenuBarTest, AltGoesToTheBarThatShows) {
     EXPECT_EQ(GetFocus(), pane_) << "a hidden bar took the focus";
 }
 
-TEST_F(MenuBarTest, AnsweredPopupsAreTheOnesThatOpen) {
-    struct Row {
-        const char* sentence;
-        HWND bar;
-        int button;
-        std::vector<Action> actions;  // from the bar's first button on
-    };
-    const Action right = Key(VK_RIGHT), enter = Key(VK_RETURN);
-    const Row rows[] = {
-        {"the group bar starts with a drop-down", bars_.group, IDC_DROP_GROUP, {enter}},
-        {"its tools", bars_.group, IDC_DROP_GROUP_TOOLS, {right, enter}},
-        {"the check marks of the subject bar", bars_.subject, IDC_DROP_SUBJECT, {right, enter}},
-        {"the subject bar's tools", bars_.subject, IDC_DROP_SUBJECT_TOOLS, {right, right, enter}},
-        {"the check mark of the article bar", bars_.article, IDC_DROP_ARTICLE, {right, enter}},
-        {"the article bar's tools", bars_.article, IDC_DROP_ARTICLE_TOOLS, {right, right, enter}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.sentence);
-        Show(row.bar);
-        std::vector<Action> actions = row.actions;
-        actions.insert(actions.begin(), MenuKey(VK_MENU));
-        Do(actions);
-        EXPECT_THAT(record_.popups, testing::ElementsAre(PopupOf(row.bar, row.button)));
-        SetFocus(pane_);
-    }
-    EXPECT_EQ(PopupOf(bars_.article, IDC_BACK_TO_SUBJECTS), nullptr);
-    EXPECT_EQ(PopupOf(bars_.article, IDC_DROP_GROUP), nullptr);
-}
-
-TEST_F(MenuBarTest, BarsStayAtTheBottom) {
-    SetWindowPos(frame_, nullptr, 0, 0, 400, 200, SWP_NOMOVE | SWP_NOZORDER);
-    RECT client{};
-    GetClientRect(frame_, &client);
-    for (HWND bar : {bars_.group, bars_.subject, bars_.article}) {
-        RECT area{};
-        GetWindowRect(bar, &area);
-        MapWindowPoints(nullptr, frame_, reinterpret_cast<POINT*>(&area), 2);
-        EXPECT_EQ(area.left, 0);
-        EXPECT_EQ(area.right, client.right);
-        EXPECT_EQ(area.bottom, client.bottom);
-        EXPECT_GE(area.bottom - area.top, 20) << "no room for an image";
-        EXPECT_LE(area.bottom - area.top, 40);
-    }
-}
-
 TEST_F(MenuBarTest, NothingOutlivesTheBars) {
-    HMENU popup = PopupOf(bars_.subject, IDC_DROP_SUBJECT);
+    const auto popup =
+        reinterpret_cast<HMENU>(SendMessageW(bars_.subject, SHCMBM_GETSUBMENU, 0, IDC_DROP_SUBJECT));
     ASSERT_TRUE(IsMenu(popup));
     DestroyWindow(bars_.subject);
     EXPECT_FALSE(IsMenu(popup));
@@ -318,34 +254,6 @@ TEST_F(MenuBarTest, AFrameMayCloseUnderAnOpenPopup) {
     Do({MenuKey(VK_MENU), Key(VK_RIGHT), Key(VK_RETURN), {Action::kClose, 0}});
     EXPECT_FALSE(IsWindow(frame_));
     EXPECT_THAT(record_.actions, testing::IsEmpty());
-}
-
-TEST_F(MenuBarTest, AFailureLeavesNothing) {
-    struct Row {
-        const char* sentence;
-        SHMENUBARINFO info;
-    };
-    const Row rows[] = {
-        {"no such bar", InfoOf(frame_, 9999, IDB_GROUP_BAR, 1)},
-        {"a menu without a bar", InfoOf(frame_, IDM_DRAFTS, IDB_GROUP_BAR, 1)},
-        {"no such bitmap", InfoOf(frame_, IDM_ARTICLE, 9999, 2)},
-        {"a strip without the image that a button wants", InfoOf(frame_, IDM_ARTICLE, IDB_GROUP_BAR, 1)},
-        {"no parent", InfoOf(nullptr, IDM_ARTICLE, IDB_ARTICLE_BAR, 2)},
-    };
-    for (HWND bar : {bars_.group, bars_.subject, bars_.article})
-        DestroyWindow(bar);
-    HWND child = GetWindow(frame_, GW_CHILD);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.sentence);
-        SHMENUBARINFO info = row.info;
-        info.hwndMB = pane_;
-        SetLastError(0);
-        EXPECT_FALSE(SHCreateMenuBar(&info));
-        EXPECT_NE(GetLastError(), 0u);
-        EXPECT_EQ(info.hwndMB, nullptr);
-        EXPECT_EQ(GetWindow(frame_, GW_CHILD), child);
-        EXPECT_EQ(GetWindowLongPtrW(frame_, GWLP_WNDPROC), reinterpret_cast<LONG_PTR>(FrameProcedure));
-    }
 }
 
 }  // namespace

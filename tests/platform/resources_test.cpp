@@ -1,5 +1,5 @@
 // What the resource compiler cannot see: that everything fits the device's screen and can be made there.
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -90,40 +90,6 @@ TEST(Resources, EverythingIsJapanese) {
                 << "type " << reinterpret_cast<ULONG_PTR>(type) << ", name "
                 << reinterpret_cast<ULONG_PTR>(name);
         }
-    }
-}
-
-// Texts go through the resource compiler as UTF-8; read in another code page they come out as other letters,
-// and half-width kana as full-width or not at all.
-TEST(Resources, TextsKeepTheirLetters) {
-    struct Row {
-        const char* sentence;
-        UINT id;
-        std::wstring text;
-    };
-    const Row rows[] = {
-        {"half-width katakana", IDS_COLUMN_GROUP,
-         L"\xFF86\xFF6D\xFF70\xFF7D\xFF78\xFF9E\xFF99\xFF70\xFF8C\xFF9F"},
-        {"kanji", IDS_COLUMN_UNREAD, L"\x672A\x8AAD"},
-        {"the text with a place for the reply", IDS_UNEXPECTED_REPLY,
-         L"\x4E88\x671F\x305B\x306C\x6587\x5B57\x5217\x304C\x8FD4\x308A\x307E\x3057\x305F : %s"},
-        {"the text that the table lacked", IDS_DELETE_NO_GROUPS,
-         L"\x30B0\x30EB\x30FC\x30D7\x4E00\x89A7\x304C\x53D6\x5F97\x3067\x304D\x307E\x305B\x3093\x3067\x3057"
-         L"\x305F(%d)"},
-    };
-    for (const Row& row : rows) {
-        WCHAR text[256] = L"";
-        LoadStringW(GetModuleHandleW(nullptr), row.id, text, 256);
-        EXPECT_EQ(row.text, text) << row.sentence;
-    }
-}
-
-TEST(Resources, IconHasBothSizes) {
-    for (int side : {16, 32}) {
-        auto icon = static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDI_PELNOR),
-                                                  IMAGE_ICON, side, side, LR_DEFAULTCOLOR));
-        ASSERT_TRUE(icon) << side;
-        DestroyIcon(icon);
     }
 }
 

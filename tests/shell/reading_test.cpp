@@ -130,12 +130,18 @@ TEST_F(ReadingTest, TheListOfSubjects) {
     const std::string left = folder.Read(kGroup + L".idx");
     Command(IDC_TOGGLE_READ);
     EXPECT_TRUE(folder.Read(kGroup + L".idx") == left) << "a mark of a group that is not open";
+    OpenGroup(1);
+    for (const int key : {VK_RETURN, VK_SPACE, VK_DOWN, VK_UP, VK_NEXT, VK_PRIOR})
+        Key(key);
+    Command(IDC_TOGGLE_READ);
+    EXPECT_EQ(frame->currentView, ViewKind::kSubject) << "an empty group";
     EXPECT_THAT(boxes, IsEmpty());
 }
 
 TEST_F(ReadingTest, TheViewOptions) {
     MakeGroups();
     Open();
+    EXPECT_EQ(frame->priorityLevel, 1u) << "everything at first";
     OpenGroup(0);
     MakeRows();
     Tap(WM_LBUTTONDOWN, 3);
@@ -330,40 +336,6 @@ TEST_F(ReadingTest, OddArticlesOpen) {
     }
     EXPECT_EQ(WordAt(kGroup, 88), 0u);
     EXPECT_THAT(boxes, IsEmpty());
-}
-
-TEST_F(ReadingTest, DamagedGroupsAreTold) {
-    MakeGroup(L"fj.empty", {});
-    MakeGroup(kGroup, {{0}, {0}});
-    MakeGroup(L"fj.counted", {{0}});
-    std::string index = folder.Read(kGroup + L".idx");
-    folder.Write(kGroup + L".idx", index.replace(100 + 8, 8, Word(0xFFFFFFF0) + Word(0x20)));
-    index = folder.Read(L"fj.counted.idx");
-    folder.Write(L"fj.counted.idx", index.replace(16, 4, Word(2)));
-    Open();
-    OpenGroup(0);
-    for (const int key : {VK_RETURN, VK_SPACE, VK_DOWN, VK_UP, VK_NEXT, VK_PRIOR})
-        Key(key);
-    Command(IDC_TOGGLE_READ);
-    EXPECT_EQ(frame->currentView, ViewKind::kSubject) << "an empty group";
-    EXPECT_THAT(boxes, IsEmpty());
-    Key(VK_ESCAPE);
-    const Box failed = {L"PELNOR", L"インデックスの初期化に失敗しました(13)"};
-    OpenGroup(1);
-    Key(VK_RETURN);
-    EXPECT_EQ(frame->currentView, ViewKind::kSubject) << "an article outside the log";
-    EXPECT_THAT(boxes, ElementsAre(failed));
-    Key(VK_DOWN);
-    Key(VK_RETURN);
-    EXPECT_TRUE(Shown() == ArticleText(2, SomeBody(2))) << "its neighbour";
-    Key(VK_ESCAPE);
-    Key(VK_ESCAPE);
-    const std::string before = folder.Read(L"fj.counted.idx");
-    OpenGroup(2);
-    EXPECT_EQ(frame->currentView, ViewKind::kGroup) << "more records counted than there are";
-    EXPECT_THAT(boxes, ElementsAre(failed, failed));
-    Close();
-    EXPECT_TRUE(folder.Read(L"fj.counted.idx") == before);
 }
 
 TEST_F(ReadingTest, DeletionGoesOnPastAGroupThatFails) {

@@ -26,33 +26,4 @@ TEST(DataFolderTest, StartUpMakesWhatIsMissing) {
     EXPECT_FALSE(MakeListFiles(missing.c_str()));
 }
 
-TEST_F(GroupTest, PathsComeFromFolderAndName) {
-    EXPECT_EQ(store.indexPath.get(), folder.FilePath(L"fj.test.idx"));
-    EXPECT_EQ(store.logPath.get(), folder.FilePath(L"fj.test.log"));
-    EXPECT_EQ(store.filterPath.get(), folder.FilePath(L"fj.test.flt"));
-    for (const wchar_t* bad :
-         {L"", L".", L"..", L"a\\b", L"a/b", L"c:d", L"*", L"a?", L"\"", L"<", L">", L"|", L"a\n"}) {
-        EXPECT_FALSE(SetNames(store, folder.Path().c_str(), bad)) << bad;
-        EXPECT_EQ(GetLastError(), 87u) << bad;
-    }
-    EXPECT_FALSE(OpenIndex(store));
-    EXPECT_EQ(GetLastError(), 87u) << "the names before are gone";
-}
-
-TEST_F(GroupTest, NamesAndResetClearWhatWasRead) {
-    store.lastFetched = store.serverLast = store.reserved = store.recordCount = 1;
-    store.savedPosition = store.unreadCount = store.highCount = store.lowCount = 1;
-    ASSERT_TRUE(SetStatusText(store, L"x") && OpenIndex(store));
-    ASSERT_TRUE(SetNames(store, folder.Path().c_str(), L"fj.other"));
-    EXPECT_EQ(store.lastFetched + store.serverLast + store.unreadCount, 0u);
-    EXPECT_EQ(store.reserved + store.recordCount + store.savedPosition + store.highCount + store.lowCount,
-              5u);
-    Reset(store);
-    EXPECT_EQ(store.reserved + store.recordCount + store.savedPosition + store.highCount + store.lowCount,
-              0u);
-    EXPECT_STREQ(StatusText(store), L"");
-    EXPECT_FALSE(IsOpen(store.index));
-    EXPECT_TRUE(store.indexPath) << "the paths stay";
-}
-
 }  // namespace

@@ -68,21 +68,18 @@ inline std::string IndexBytes(const HeaderBytes& header, const std::vector<Recor
     return bytes;
 }
 
-// Lets every call to the system count, and the `faultAt`-th of a kind in `faultKinds` fail with error 1117.
+// Lets every call to the system count, and the `faultAt`-th fail with error 1117.
 struct FaultPlan {
     int faultAt = 0;  // 0: none
     int calls = 0;
     int writes = 0;
-    FileCall failed = FileCall::kOpen;
 };
 inline FaultPlan faultPlan;
 
 inline DWORD FailByPlan(FileCall call) {
     ++faultPlan.calls;
     if (call == FileCall::kWrite) ++faultPlan.writes;
-    if (faultPlan.calls != faultPlan.faultAt) return 0;
-    faultPlan.failed = call;
-    return ERROR_IO_DEVICE;
+    return faultPlan.calls == faultPlan.faultAt ? ERROR_IO_DEVICE : 0;
 }
 
 // The plan holds until the end of the scope.
@@ -96,11 +93,7 @@ class FileFaults {
     ~FileFaults() { SetFileFault(nullptr); }
     FileFaults(const FileFaults&) = delete;
     FileFaults& operator=(const FileFaults&) = delete;
-
-    bool Happened() const { return faultPlan.calls >= faultPlan.faultAt; }
 };
-
-constexpr int kMostFaults = 500;  // no operation of the tests makes as many calls
 
 class GroupTest : public testing::Test {
   protected:

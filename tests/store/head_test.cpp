@@ -34,26 +34,12 @@ TEST(HeaderBlockTest, LinesAreNotedAndJoined) {
         const char* text;
         const char* notes;
     } rows[] = {
-        {"nothing", {}, "", ""},
-        {"two lines", {"From: a\r\n", "Subject: b\r\n"}, "From: a\r\nSubject: b\r\n", " subject 9+12 from 0"},
         {"names in other letters", {"subject: b\r\n", "FROM: a\r\n"}, "subject: b\r\nFROM: a\r\n", ""},
         {"a subject without its blank", {"Subject:b\r\n"}, "Subject:b\r\n", ""},
-        {"the later", {"Subject: b\r\n", "Subject: c\r\n"}, "Subject: b\r\nSubject: c\r\n", " subject 12+12"},
         {"two folds", {"Subject: b\r\n", " c\r\n", "\t d\r\n"}, "Subject: bcd\r\n", " subject 0+14"},
-        {"not its fold",
-         {"Subject: b\r\n", "To: c\r\n", " d\r\n"},
-         "Subject: b\r\nTo: cd\r\n",
-         " subject 0+12"},
-        {"a fold of blanks alone", {"Subject: b\r\n", "  \r\n"}, "Subject: b\r\n", " subject 0+12"},
         {"a fold comes first", {" x\r\n", "From: a\r\n"}, "x\r\nFrom: a\r\n", " from 3"},
-        {"the standard header has another name", {"Newsgroups: fj\r\n"}, "Newsgroups: fj\r\n", ""},
         {"the singular counts", {"Newsgroup: fj\r\n", " ,a\r\n"}, "Newsgroup: fj,a\r\n", " newsgroup 0+17"},
-        {"a large number",
-         {"X-Local-Seq: 4294967294\r\n"},
-         "X-Local-Seq: 4294967294\r\n",
-         " number 4294967294"},
         {"a number ends at a blank", {"X-Local-Seq: 12 3\r\n"}, "X-Local-Seq: 12 3\r\n", " number 12"},
-        {"no number", {"X-Local-Seq: 12x\r\n"}, "X-Local-Seq: 12x\r\n", ""},
     };
     for (const auto& row : rows) {
         HeaderBlock block;
@@ -66,27 +52,6 @@ TEST(HeaderBlockTest, LinesAreNotedAndJoined) {
     }
 }
 
-TEST(HeaderBlockTest, GrowsByItsLinesAndStartsAnew) {
-    HeaderBlock block;
-    ASSERT_TRUE(StartHeaderBlock(block));
-    EXPECT_EQ(block.capacity, 2048u);
-    std::string expected = "References: <0>";
-    ASSERT_TRUE(AddHeaderLine(block, expected + "\r\n"));
-    for (int i = 0; i < 40; ++i) {
-        const std::string reference(static_cast<std::size_t>(i * 13 % 1000), 'r');
-        expected += "<" + reference + ">";
-        ASSERT_TRUE(AddHeaderLine(block, "\t<" + reference + ">\r\n"));
-        ASSERT_EQ(Text(block), expected + "\r\n");
-        ASSERT_EQ(block.capacity % 2048, 0u);
-    }
-    ASSERT_TRUE(AddHeaderLine(block, "Date: " + std::string(1015, 'd') + "\r\n"));
-    EXPECT_EQ(block.dateLine, expected.size() + 2);
-    ASSERT_TRUE(StartHeaderBlock(block));
-    EXPECT_EQ(block.capacity, 2048u);
-    EXPECT_EQ(Text(block), "");
-    EXPECT_EQ(block.dateLine, kNoLine) << "the next article has nothing of the one before";
-}
-
 TEST(RecordTest, DatesGiveMonthAndDay) {
     const struct {
         const char* why;
@@ -95,7 +60,6 @@ TEST(RecordTest, DatesGiveMonthAndDay) {
     } rows[] = {
         {"one digit", "Thu, 5 Mar 1998 10:00:00 +0900\r\n", "0305"},
         {"two digits", "Thu, 05 Mar 1998\r\n", "0305"},
-        {"without the day's name", "31 Dec 1999\r\n", "1231"},
         {"the first month", "1 Jan\r\n", "0101"},
         {"any byte between day and month", "12-Oct-98\r\n", "1012"},
         {"month before day", "Mar 5 1998\r\n", "0000"},
@@ -104,8 +68,6 @@ TEST(RecordTest, DatesGiveMonthAndDay) {
         {"three digits", "123 Mar\r\n", "0000"},
         {"no digit in the line", "today\r\n5 Mar\r\n", "0000"},
         {"the line ends behind the day", "5\r\nMar\r\n", "0000"},
-        {"the text ends behind the day", "5", "0000"},
-        {"empty", "", "0000"},
     };
     for (const auto& row : rows) {
         char field[kDateSize];
@@ -125,21 +87,11 @@ TEST(RecordTest, SendersGiveAName) {
         {"a name in parentheses", "t@a.jp (Taro Yamada)\r\n", "Taro Yamada"},
         {"parentheses within", "t@a.jp (Taro (Lab))\r\n", "Taro (Lab)"},
         {"a bare address, cut", "taro.yamada@a.b.c.jp\r\n", "taro.yamada@a.b"},
-        {"a bare address of 15 bytes", "yamada@abcde.jp\r\n", "yamada@abcde.jp"},
         {"written against the angle, a byte goes", "Taro<t@a.jp>\r\n", "Tar"},
-        {"quoted and against the angle, both go", "\"Taro\"<t@a.jp>\r\n", "Tar"},
-        {"two angles: the last counts", "a <b> <t@a.jp>\r\n", "a <b>"},
         {"an angle without its opening is the address", "t@a.jp>\r\n", "t@a.jp>"},
-        {"text behind the angle: no form", "Taro <t@a> x\r\n", "Taro <t@a> x"},
-        {"no name before the angle", "<t@a.jp>\r\n", "(Unknown)"},
         {"empty quotes", "\"\" <t@a.jp>\r\n", "(Unknown)"},
-        {"empty parentheses", "t@a.jp ()\r\n", "(Unknown)"},
-        {"nothing", "\r\n", "(Unknown)"},
-        {"no line", "", "(Unknown)"},
         {"the line's end ends the name", "t@a.jp\r\nDate: (x)", "t@a.jp"},
         {"the cut falls inside a character", "abcdefghijklmn\x93\xFA <t@a.jp>\r\n", "abcdefghijklmn"},
-        {"the cut falls behind a character", "abcdefghijklm\x93\xFAz <t@a.jp>\r\n", "abcdefghijklm\x93\xFA"},
-        {"a character against the angle goes whole", "\x93\xFA\x96{<t@a.jp>\r\n", "\x93\xFA"},
         {"half a character takes the bracket behind it", "\x89(z (Taro)\r\n", "Taro"},
         {"and so does one at the end", "\x93\xFA\x81)\r\n", "\x93\xFA\x81)"},
     };
@@ -159,10 +111,8 @@ TEST(RecordTest, SubjectsAreCutToTheirField) {
         std::string text;
         std::string expected;
     } rows[] = {
-        {"short", "Re: a\r\nDate: b", "Re: a"},
         {"47 bytes", x46 + "yz\r\n", x46 + "y"},
         {"a character across the cut", x46 + "\x93\xFA\r\n", x46},
-        {"a character up to the cut", x46.substr(1) + "\x93\xFA\r\n", x46.substr(1) + "\x93\xFA"},
         {"an empty subject stays empty", "\r\n", ""},
     };
     for (const auto& row : rows) {

@@ -6,8 +6,6 @@
 
 namespace {
 
-const std::string kSeparator = "================\r\n";
-
 struct Sample {
     uint32_t number;
     std::vector<std::string> head;
@@ -94,36 +92,6 @@ TEST_F(LogIndexTest, ArticlesAreAppendedByteForByte) {
     EXPECT_EQ(Index(), IndexBytes({5, 7, 9, 0x01020304, 3, 0, "3", 3, 2, 1}, Records()));
 }
 
-// Whatever call fails, the index on disk names nothing that is not in the log, and the log keeps what it had.
-TEST_F(LogIndexTest, AnInterruptedAppendNeverNamesWhatIsNotThere) {
-    const std::string before = kSamples[2].stored;
-    bool happened = true;
-    for (int fault = 1; happened && fault < kMostFaults; ++fault) {
-        WriteLog(before);
-        WriteIndex(Bytes(HeaderBytes()));
-        Reset(store);
-        {
-            const FileFaults faults(fault);
-            const bool done = AppendAll();
-            happened = faults.Happened();
-            EXPECT_EQ(done, !happened) << "fault " << fault;
-            if (!done) EXPECT_EQ(GetLastError(), DWORD{ERROR_IO_DEVICE}) << "fault " << fault;
-        }
-        CloseBoth();
-        const std::string index = Index();
-        const std::string log = Log();
-        EXPECT_EQ(log.substr(0, before.size()), before) << "fault " << fault;
-        for (std::size_t at = 100; at + 92 <= index.size(); at += 92) {
-            uint32_t extent[2];
-            index.copy(reinterpret_cast<char*>(extent), 8, at + 8);
-            ASSERT_LE(extent[0] + extent[1], log.size()) << "fault " << fault;
-            EXPECT_EQ(log.substr(extent[0] + extent[1] - 18, 18), kSeparator) << "fault " << fault;
-        }
-    }
-    EXPECT_FALSE(happened) << "never ran through";
-    EXPECT_EQ(Log(), before + kThreeArticles);
-}
-
 TEST_F(LogIndexTest, RebuildingGivesTheSameRecords) {
     StoreSamples();
     const std::string original = Index();
@@ -146,10 +114,7 @@ TEST_F(LogIndexTest, ScanningTakesLogsAsTheyAre) {
         DWORD error;
         uint32_t records;
     } rows[] = {
-        {"nothing behind it", "", 0, 1},
         {"torn in a header line", "From: a", 0, 1},
-        {"torn behind the head", "From: a\r\n\r\n", 0, 1},
-        {"torn in the body", "From: a\r\n\r\nbody\r\n", 0, 1},
         {"torn in the separator", "From: a\r\n\r\nbody\r\n================", 0, 1},
         {"a separator with text behind it is body", "\r\n================ \r\n================\r\n", 0, 2},
         {"a body line like the separator splits the article",
@@ -169,122 +134,40 @@ TEST_F(LogIndexTest, ScanningTakesLogsAsTheyAre) {
     }
 }
 
-TEST_F(LogIndexTest, HeadersAreReadBack) {
-    const HeaderBytes header{5, 0xFFFFFFFF, 2, 3, 4, 5, "ok", 6, 7, 8};
-    WriteIndex(Bytes(header));
-    ASSERT_TRUE(ReadHeader(store));
-    EXPECT_EQ(store.lastFetched, kNoneFetched);
-    EXPECT_EQ(store.recordCount, 4u);
-    EXPECT_STREQ(StatusText(store), L"ok");
-    DeleteFileW(store.indexPath.get());
-    ASSERT_TRUE(WriteHeader(store));
-    EXPECT_EQ(Index(), Bytes(header));
-
-    const struct {
-        const char* why;
-        std::string bytes;
-    } rows[] = {
-        {"too short", Bytes(header).substr(0, 99)},
-        {"empty", ""},
-        {"another version", Word(4) + Bytes(header).substr(4)},
-    };
-    for (const auto& row : rows) {
-        WriteIndex(row.bytes);
-        EXPECT_FALSE(ReadHeader(store)) << row.why;
-        EXPECT_EQ(GetLastError(), 13u) << row.why;
-        EXPECT_EQ(store.recordCount, 0u) << row.why;
-    }
-    DeleteFileW(store.indexPath.get());
-    EXPECT_FALSE(ReadHeader(store));
-    EXPECT_EQ(GetLastError(), 2u);
-    GroupStore unnamed;
-    EXPECT_FALSE(ReadHeader(unnamed));
-    EXPECT_EQ(GetLastError(), 87u);
-}
-
 TEST_F(LogIndexTest, StatusTextsAreCutBetweenCharacters) {
-    const std::wstring kanji(31, L'\u65E5');
-    std::string narrow;
-    for (int i = 0; i < 31; ++i)
-        narrow += "\x93\xFA";
     if (TextCodePage() != 932) GTEST_SKIP() << "code page 932 is not installed";
-    const struct {
-        const char* why;
-        std::wstring text;
-        std::string stored;
-    } rows[] = {
-        {"63 bytes", std::wstring(63, L'x'), std::string(63, 'x')},
-        {"64 bytes", std::wstring(64, L'x'), std::string(63, 'x')},
-        {"a character up to the cut", L"x" + kanji, "x" + narrow},
-        {"a character across the cut", kanji + L"\u65E5", narrow},
-    };
-    for (const auto& row : rows) {
-        ASSERT_TRUE(SetStatusText(store, row.text.c_str()) && WriteHeader(store));
-        EXPECT_EQ(Index().substr(24, 64), Padded(row.stored, 64)) << row.why;
-    }
+    std::string cut;
+    for (int i = 0; i < 31; ++i)
+        cut += "\x93\xFA";
+    ASSERT_TRUE(SetStatusText(store, std::wstring(32, L'\u65E5').c_str()) && WriteHeader(store));
+    EXPECT_EQ(Index().substr(24, 64), Padded(cut, 64));
 }
 
 TEST_F(LogIndexTest, RecordsAreReadWithinBounds) {
-    const std::vector<RecordBytes> records(3);
-    struct Row {
-        const char* why;
-        uint32_t headerCount;
-        uint32_t first;
-        uint32_t wanted;
-        DWORD error;
-        uint32_t got;
-    };
-    const Row rows[] = {
-        {"all", 3, 0, 3, 0, 3},
-        {"more than there are", 3, 1, 10, 0, 2},
-        {"fewer", 3, 1, 1, 0, 1},
-        {"the first behind the last", 3, 3, 1, 87, 0},
-        {"far behind", 3, 0xFFFFFFFF, 1, 87, 0},
-        {"none", 0, 0, 1, 87, 0},
-        {"the header counts more than the file has", 5, 2, 3, 0, 1},
-        {"beyond the file", 5, 4, 1, 0, 0},
-    };
-    for (const Row& row : rows) {
-        WriteIndex(IndexBytes({5, 0, 0, 0, 3}, records));
-        ASSERT_TRUE(ReadHeader(store));
-        store.recordCount = row.headerCount;
-        IndexRecord read[10];
-        uint32_t count = row.wanted;
-        EXPECT_EQ(ReadRecords(store, read, row.first, count), row.error == 0) << row.why;
-        if (row.error) EXPECT_EQ(GetLastError(), row.error) << row.why;
-        EXPECT_EQ(count, row.got) << row.why;
-        EXPECT_FALSE(IsOpen(store.index)) << row.why;
-        EXPECT_EQ(ReadRecord(store, read[0], row.first), row.got > 0) << row.why;
-        if (row.got == 0) EXPECT_EQ(GetLastError(), row.error ? row.error : 13) << row.why;
-    }
+    WriteIndex(IndexBytes({5, 0, 0, 0, 2}, std::vector<RecordBytes>(3)));  // one more than is counted
+    ASSERT_TRUE(ReadHeader(store));
+    IndexRecord records[5];
+    uint32_t count = 5;
+    EXPECT_TRUE(ReadRecords(store, records, 1, count));
+    EXPECT_EQ(count, 1u);
+    EXPECT_FALSE(ReadRecord(store, records[0], 2));
+    EXPECT_EQ(GetLastError(), 87u);
+    store.recordCount = count = 5;  // as damage may have it
+    EXPECT_TRUE(ReadRecords(store, records, 1, count));
+    EXPECT_EQ(count, 2u);
 }
 
 TEST_F(LogIndexTest, ArticlesAreReadWithinTheLog) {
     WriteLog("abc\r\ndef\r\n");
-    const struct {
-        const char* why;
-        uint32_t offset;
-        uint32_t length;
-        const wchar_t* text;
-    } rows[] = {
-        {"all", 0, 10, L"abc\r\ndef\r\n"},  {"a part", 5, 3, L"def"},
-        {"nothing at the end", 10, 0, L""}, {"a byte too many", 5, 6, nullptr},
-        {"behind the end", 11, 0, nullptr}, {"an extent that wraps round", 5, 0xFFFFFFFC, nullptr},
-    };
-    for (const auto& row : rows) {
-        const WideText text = ReadArticle(store, row.offset, row.length);
-        EXPECT_STREQ(text.get(), row.text) << row.why;
-        if (!row.text) EXPECT_EQ(GetLastError(), 13u) << row.why;
-    }
+    EXPECT_STREQ(ReadArticle(store, 5, 5).get(), L"def\r\n");
+    EXPECT_EQ(ReadArticle(store, 5, 6), nullptr) << "a byte too many";
+    EXPECT_EQ(GetLastError(), 13u);
     IndexRecord record;
     record.subjectTextOffset = 5;
     record.subjectTextLength = 100;
     EXPECT_STREQ(ReadSubjectText(store, record).get(), L"def\r\n") << "old offsets may reach beyond the log";
     record.subjectTextOffset = 100;
     EXPECT_STREQ(ReadSubjectText(store, record).get(), L"");
-    DeleteFileW(store.logPath.get());
-    EXPECT_EQ(ReadArticle(store, 0, 1), nullptr);
-    EXPECT_EQ(GetLastError(), 2u);
 }
 
 TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
@@ -299,7 +182,6 @@ TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
         {"the other way round", "+ sale\r\n- fj\r\n", {3, 4, 4}, 2, 1, 2},
         {"the same again: only the header", "+ sale\r\n- fj\r\n", {3, 4, 4}, 2, 1, 1},
         {"a keyword longer than the subject", "- Re: fj.comp\r\n", {3, 0, 2}, 0, 2, 2},
-        {"no keyword: nothing matches", "", {1, 0, 0}, 0, 0, 2},
         {"an empty keyword matches all", "+ \r\n", {5, 4, 4}, 3, 0, 2},
         {"back", "+ fj\r\n- sale\r\n", {5, 2, 4}, 2, 1, 2},
     };
@@ -343,39 +225,6 @@ TEST_F(LogIndexTest, ADamagedIndexKeepsTheCountsThatWereReached) {
     EXPECT_FALSE(Refilter(store));
     EXPECT_EQ(GetLastError(), 13u);
     EXPECT_EQ(Index().substr(92, 8), Word(1) + Word(1));
-}
-
-// After any failure the same command, given again, brings everything right.
-TEST_F(LogIndexTest, AnInterruptedChangeCanBeDoneAgain) {
-    const struct {
-        const char* why;
-        bool (*change)(GroupStore&);
-    } rows[] = {{"re-filter", Refilter}, {"catch-up", MarkAllRead}};
-    StoreSamples();
-    WriteFilter("+ sale\r\n- fj\r\n");
-    const std::string before = Index();
-    for (const auto& row : rows) {
-        WriteIndex(before);
-        ASSERT_TRUE(row.change(store));
-        const std::string after = Index();
-        bool happened = true;
-        for (int fault = 1; happened && fault < kMostFaults; ++fault) {
-            WriteIndex(before);
-            {
-                const FileFaults faults(fault);
-                const bool done = row.change(store);
-                happened = faults.Happened();
-                // A filter that cannot be read to its end counts as far as it was read.
-                if (!happened || faultPlan.failed == FileCall::kWrite) {
-                    EXPECT_EQ(done, !happened) << row.why << ", fault " << fault;
-                }
-            }
-            EXPECT_EQ(Index().size(), before.size()) << row.why << ", fault " << fault;
-            EXPECT_TRUE(row.change(store)) << row.why << ", fault " << fault;
-            EXPECT_EQ(Index(), after) << row.why << ", fault " << fault;
-        }
-        EXPECT_FALSE(happened) << row.why << " never ran through";
-    }
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "tests/support/scripted_server.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <sstream>
@@ -32,21 +31,16 @@ std::string Shown(std::string_view bytes) {
     return "\"" + shown + "\"";
 }
 
-bool ReadFault(const std::string& line, Step& step, std::vector<size_t>& pieces) {
+Step ReadFault(const std::string& line) {
     std::istringstream words(line.substr(2));
     std::string word;
     words >> word;
-    if (word == "split") {
-        for (size_t size; words >> size;)
-            pieces.push_back(size);
-        return false;
-    }
+    Step step;
     if (word == "hang") step.act = Act::kHangUp;
     if (word == "reset") step.act = Act::kReset;
     if (word == "next") step.act = Act::kNextConnection;
     if (word == "wait" && words >> step.milliseconds) step.act = Act::kWait;
-    if (step.act == Act::kSay) step = Hear("an unknown fault of the script: " + line);
-    return true;
+    return step.act == Act::kSay ? Hear("an unknown fault of the script: " + line) : step;
 }
 
 }  // namespace
@@ -61,7 +55,6 @@ Step Hear(std::string bytes) {
 
 std::vector<Step> Script(std::string_view text) {
     std::vector<Step> script;
-    std::vector<size_t> pieces;
     std::istringstream lines{std::string(text)};
     for (std::string line; std::getline(lines, line);) {
         const std::string kind = line.substr(0, 2);
@@ -69,26 +62,18 @@ std::vector<Step> Script(std::string_view text) {
         std::string bytes = line.size() > 3 ? line.substr(3) : std::string();
         if (kind == "S:" || kind == "C:") bytes += "\r\n";
         if (blankFollows && (kind == "S:" || kind == "S-")) {
-            const bool goesOn = !script.empty() && script.back().act == Act::kSay && pieces.empty();
-            if (!goesOn) script.push_back(Say("", std::exchange(pieces, {})));
+            const bool goesOn = !script.empty() && script.back().act == Act::kSay;
+            if (!goesOn) script.push_back(Say(""));
             script.back().bytes += bytes;
         } else if (blankFollows && (kind == "C:" || kind == "C-")) {
             script.push_back(Hear(std::move(bytes)));
         } else if (kind == "! ") {
-            Step step;
-            if (ReadFault(line, step, pieces)) script.push_back(std::move(step));
+            script.push_back(ReadFault(line));
         } else {
             script.push_back(Hear("a line of the script that has no form: " + line));
         }
     }
     return script;
-}
-
-size_t SpokenBytes(const std::vector<Step>& script) {
-    size_t total = 0;
-    for (const Step& step : script)
-        total += step.act == Act::kSay ? step.bytes.size() : 0;
-    return total;
 }
 
 ScriptedServer::~ScriptedServer() {
@@ -144,7 +129,8 @@ bool ScriptedServer::Play(const Step& step) {
             EndSending(client_);
             return true;
         case Act::kReset:
-            BreakConnection();
+            std::this_thread::sleep_for(std::chrono::milliseconds(kResetMilliseconds));
+            ResetConnection(client_);
             return true;
         case Act::kWait:
             std::this_thread::sleep_for(std::chrono::milliseconds(step.milliseconds));
@@ -176,15 +162,10 @@ bool ScriptedServer::SayPieces(const Step& step) {
 }
 
 bool ScriptedServer::SayBytes(std::string_view bytes) {
-    const size_t faultAt = std::min(hangUpAfter_, resetAfter_);
-    if (faultAt > said_ + bytes.size()) return SayUpToFault(bytes);
-    if (!SayUpToFault(bytes.substr(0, faultAt - said_))) return false;
+    if (hangUpAfter_ > said_ + bytes.size()) return SayUpToFault(bytes);
+    if (!SayUpToFault(bytes.substr(0, hangUpAfter_ - said_))) return false;
     faultDone_ = true;
-    if (resetAfter_ <= hangUpAfter_) {
-        BreakConnection();
-    } else {
-        EndSending(client_);
-    }
+    EndSending(client_);
     return false;
 }
 
@@ -204,11 +185,6 @@ bool ScriptedServer::SayUpToFault(std::string_view bytes) {
     return false;
 }
 
-void ScriptedServer::BreakConnection() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(kResetMilliseconds));
-    ResetConnection(client_);
-}
-
 bool ScriptedServer::HearBytes(const std::string& expected) {
     std::string heard;
     bool open = true;
@@ -216,7 +192,6 @@ bool ScriptedServer::HearBytes(const std::string& expected) {
         if (!AwaitReadable(client_, stopping_)) break;
         open = Receive(client_, expected.size() - heard.size(), heard);
     }
-    received_ += heard;
     if (heard == expected) return true;
     Complain("expected " + Shown(expected) + ", got " + Shown(heard) + (open ? "" : " and the end"));
     ++next_;
@@ -225,19 +200,20 @@ bool ScriptedServer::HearBytes(const std::string& expected) {
 
 // The client owes nothing more but to close.
 bool ScriptedServer::AwaitEnd() {
-    const size_t before = received_.size();
+    std::string rest;
     bool open = client_.IsOpen();
     while (open && AwaitReadable(client_, stopping_))
-        open = Receive(client_, 4096, received_);
-    if (received_.size() != before) Complain("after the end: " + Shown(received_.substr(before)));
+        open = Receive(client_, 4096, rest);
+    if (!rest.empty()) Complain("after the end: " + Shown(rest));
     if (open) Complain("the client did not close the connection");
     client_.Close();
-    return !open && received_.size() == before;
+    return !open && rest.empty();
 }
 
 void ScriptedServer::Drain() {
+    std::string rest;
     while (client_.IsOpen() && AwaitReadable(client_, stopping_)) {
-        if (!Receive(client_, 4096, received_)) client_.Close();
+        if (!Receive(client_, 4096, rest)) client_.Close();
     }
     if (client_.IsOpen()) Complain("the client did not close the connection that the server ended");
 }

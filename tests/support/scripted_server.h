@@ -39,16 +39,12 @@ Step Hear(std::string bytes);
 //   S: text            the server sends the text and CR LF; S lines in a row go out in one send
 //   C: text            the client must send the text and CR LF
 //   S- text, C- text   the same without CR LF
-//   ! split 1 20 3     the S lines after this one go out in sends of 1, 20 and 3 bytes and the rest
 //   ! wait 30          30 ms pass
-//   ! hang up          the client reads the end of the stream here; what it sends afterwards is still
-//   compared ! reset            the connection breaks ! next connection  the client must close and connect
-//   again
+//   ! hang up          the client reads the end of the stream here; what it then sends is compared
+//   ! reset            the connection breaks
+//   ! next connection  the client must close and connect again
 // A line of another form makes a step that no client can fulfil, so a slip in a script does not pass unseen.
 std::vector<Step> Script(std::string_view text);
-
-// Number of bytes that the server says in all: the upper end of a loop over CutAt or HangUpAfter.
-size_t SpokenBytes(const std::vector<Step>& script);
 
 class ScriptedServer {
   public:
@@ -59,10 +55,9 @@ class ScriptedServer {
     //
     // A recv of the client ends after exactly the k-th byte, however late the client reads. Once a server.
     void CutAt(size_t k) { cutAt_ = k; }
-    // The server ends the stream, or breaks the connection, after k bytes. The rest of the script is then not
-    // missed, and what the client still sends is only kept.
+    // The server ends the stream after k bytes. The rest of the script is then not missed, and what the
+    // client still sends is not looked at.
     void HangUpAfter(size_t k) { hangUpAfter_ = k; }
-    void ResetAfter(size_t k) { resetAfter_ = k; }
 
     // How long to wait for the client at each step; 5000 unless set.
     void SetLimit(int milliseconds) { limit_ = std::chrono::milliseconds(milliseconds); }
@@ -74,9 +69,6 @@ class ScriptedServer {
     // no more. Call when the client is through: a connection that has not come by now is not waited for.
     std::vector<std::string> Finish();
 
-    // Every byte that the clients sent. Call after Finish.
-    const std::string& Received() const { return received_; }
-
   private:
     void Run();
     bool Play(const Step& step);
@@ -86,7 +78,6 @@ class ScriptedServer {
     bool SayUpToFault(std::string_view bytes);
     bool HearBytes(const std::string& expected);
     bool AwaitEnd();
-    void BreakConnection();
     void Drain();
     bool AwaitReadable(const Socket& socket, const std::atomic<bool>& noLonger);
     void Complain(std::string text);
@@ -96,7 +87,6 @@ class ScriptedServer {
     std::vector<Step> script_;
     size_t cutAt_ = kNever;
     size_t hangUpAfter_ = kNever;
-    size_t resetAfter_ = kNever;
     std::chrono::milliseconds limit_{5000};
 
     Socket listener_;
@@ -109,6 +99,5 @@ class ScriptedServer {
     size_t next_ = 0;
     size_t said_ = 0;
     bool faultDone_ = false;
-    std::string received_;
     std::vector<std::string> complaints_;
 };

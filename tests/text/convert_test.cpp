@@ -5,7 +5,6 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "text/messages.h"
 
 namespace {
 
@@ -34,29 +33,6 @@ TEST(Convert, StoredTextIsShiftJis) {
     ASSERT_TRUE(cut);
     EXPECT_EQ(cut[0], L'a') << "half a character at the end";
     EXPECT_LE(wcslen(cut.get()), 2u);
-}
-
-TEST(Messages, TextsAreFilledAndCut) {
-    SetLastError(13);
-    EXPECT_STREQ(FormatLastError(L"failed(%d)"), L"failed(13)");
-    EXPECT_STREQ(FormatLastError(nullptr), L"(13)") << "the string table lacks the text";
-    EXPECT_EQ(LoadResString(9999), nullptr);
-    const std::wstring longText(2000, L'x');
-    const std::wstring cut = L"got " + std::wstring(kTextCapacity - 1 - 4, L'x');
-    const struct {
-        const char* why;
-        const wchar_t* format;
-        std::wstring text;
-        std::wstring expected;
-    } rows[] = {
-        {"in the middle", L"a %s b", L"x", L"a x b"},
-        {"a percent sign in a server's reply is text", L"a %s", L"%s %d", L"a %s %d"},
-        {"no place for it", L"a", L"x", L"a"},
-        {"no format", nullptr, L"x", L"x"},
-        {"too long", L"got %s.", longText, cut},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(FormatText(row.format, row.text.c_str()), row.expected) << row.why;
 }
 
 }  // namespace

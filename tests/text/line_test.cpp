@@ -69,6 +69,8 @@ TEST(Sjis, OnlyWholeCharactersAreCopied) {
         {"the text ends inside a character", "ab\x88", 9, "ab"},
         {"a line end where the trail byte belongs", "ab\x88\r\n", 9, "ab"},
         {"a trail byte that looks like a letter", "\x83\x5C\x83\x5C", 3, "\x83\x5C"},
+        {"the edges of the lead bytes", "\x80\xA0\xDF\xFD", 3, "\x80\xA0\xDF"},
+        {"the bytes behind them", "\xFD\x40", 1, "\xFD"},
         {"the highest lead byte", "a\xFC\x40", 2, "a"},
         {"the lowest lead byte of the upper range", "a\xE0\x40", 2, "a"},
         {"stops at CR", "a\rb", 9, "a"},

@@ -25,31 +25,19 @@ TEST(Mime, WordsAreDecoded) {
         std::string expected;
     } rows[] = {
         {"no word", "Subject: a = b ?\r\n", "Subject: a = b ?\r\n"},
-        {"small letters", "=?iso-2022-jp?B?GyRCJEEbKEI=?=", a},
         {"capitals", "=?ISO-2022-JP?B?GyRCJEEbKEI=?=", a},
-        {"text around", "Re: =?iso-2022-jp?B?GyRCJEEbKEI=?= x\r\n", "Re: " + a + " x\r\n"},
         {"the blank between two words stays", "=?iso-2022-jp?B?YQ==?= =?iso-2022-jp?B?Yg==?=", "a b"},
-        {"two words without a blank", "=?iso-2022-jp?B?YQ==?==?iso-2022-jp?B?Yg==?=", "ab"},
         {"mixed case is not known", "=?Iso-2022-JP?B?YQ==?=", "=?Iso-2022-JP?B?YQ==?="},
-        {"a small b is not known", "=?iso-2022-jp?b?YQ==?=", "=?iso-2022-jp?b?YQ==?="},
         {"the Q encoding is not known", "=?iso-2022-jp?Q?a?=", "=?iso-2022-jp?Q?a?="},
-        {"another charset is not known", "=?utf-8?B?YQ==?=", "=?utf-8?B?YQ==?="},
         {"a word right behind a false opening", "=?=?iso-2022-jp?B?YQ==?=", "=?a"},
-        {"an opening cut short", "x=?iso-2022-jp?B", "x=?iso-2022-jp?B"},
-        {"an opening at the line's end", "x=?", "x=?"},
         {"an empty word",
          "a=?iso-2022-jp?B?"
          "?=b",
          "ab"},
-        {"no padding, one byte left", "=?iso-2022-jp?B?YWJjYQ?=", "abca"},
         {"no padding, two bytes left", "=?iso-2022-jp?B?YWJjYWI?=", "abcab"},
-        {"a lone character at the end is no byte", "=?iso-2022-jp?B?YWJjY?=d", "abcd"},
-        {"the last two digits of the alphabet", "=?iso-2022-jp?B?+/+/?=", "\xFB\xFF\xBF"},
         {"a word goes on after padding", "=?iso-2022-jp?B?YQ==YWI=?=", "aab"},
-        {"never closed", "x=?iso-2022-jp?B?YWJj", "xabc"},
         {"never closed, cut inside a group", "x=?iso-2022-jp?B?YWJjYW", "xabca"},
         {"closed by ? without =", "=?iso-2022-jp?B?YWJj? lost", "abc"},
-        {"closed by ? at the line's end", "=?iso-2022-jp?B?YWJj?", "abc"},
         {"the line end counts as wrong digits", "=?iso-2022-jp?B?YWJj\r\n", "abc\x04"},
     };
     for (const auto& row : rows)
@@ -95,18 +83,12 @@ TEST(Mime, WordsBreakBelow26Bytes) {
         std::string text;
         std::vector<std::string> base64;  // of each word; an empty word is wholly empty
     } rows[] = {
-        {"nothing gives no word", "", {}},
         {"22 letters fit", Letters(22), {"YWFhYWFhYWFhYWFhYWFhYWFhYWFhYQ=="}},
         {"the 23rd does not", Letters(23), {"YWFhYWFhYWFhYWFhYWFhYWFhYWFhYQ==", "YQ=="}},
         {"the closing escape alone: an empty word", on + Pairs(9) + off, {kNinePairs, ""}},
         {"the tenth pair opens again", on + Pairs(10) + off, {kNinePairs, "GyRCMCEbKEI="}},
-        {"the escape at the edge is not repeated", on + Pairs(9) + off + "a", {kNinePairs, "YQ=="}},
-        {"a pair fits", Letters(17) + on + Pairs(1) + off, {"YWFhYWFhYWFhYWFhYWFhYWEbJEIwIRsoQg==", ""}},
         {"an opening moves on", Letters(18) + on + Pairs(1), {"YWFhYWFhYWFhYWFhYWFhYWFh", "GyRCMCEbKEI="}},
-        {"no room for one", Letters(20) + on + Pairs(1), {"YWFhYWFhYWFhYWFhYWFhYWFhYWE=", "GyRCMCEbKEI="}},
         {"8-bit text, all digits of the alphabet's end", "\xFB\xFF\xBF", {"+/+/"}},
-        {"two bytes left", "ab", {"YWI="}},
-        {"never closed", on + Pairs(1), {"GyRCMCEbKEI="}},
     };
     for (const auto& row : rows)
         EXPECT_EQ(Words(row.text), row.base64) << row.why;
