@@ -121,7 +121,7 @@ void BenchSize() {
     const auto ours = std::filesystem::file_size(folder / L"pelnor.exe", error);
     const auto least = std::filesystem::file_size(folder / L"bench" / L"empty_program.exe", error);
     Require(!error, "finding the programs");
-    Rows("size of the program", "an empty program").AddBytes(1, "program", ours, least);
+    Rows("the stripped program", "an empty program").AddBytes(1, "program", ours, least);
 }
 
 }  // namespace
