@@ -9,6 +9,8 @@ require_packages $build_packages $wine_packages $check_packages
 require_locale
 # The news server of the end-to-end tests.
 /usr/bin/python3 tests/e2e/inn.py build/desktop/inn
+# The benchmarks are built, not run: bench/run.sh does that.
+cmake --preset desktop -DPELNOR_BENCH=ON >/dev/null
 build_desktop
 
 display_pid=
