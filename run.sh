@@ -98,7 +98,8 @@ require_packages $build_packages $wine_packages
 require_locale
 [ -n "${PELNOR_BUILD-}" ] || build_desktop --target pelnor demo_server
 
-export LC_ALL=ja_JP.UTF-8 WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
+# A locale that was made just now is one that this shell does not know yet.
+export LC_ALL=ja_JP.UTF-8 WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml= 2>/dev/null
 
 # Each has a Wine of its own, outside the folders that a build writes: the demonstration never touches your settings.
 if [ -n "$own" ]; then WINEPREFIX=$state/own/wine; else WINEPREFIX=$state/demo/wine; fi
