@@ -50,4 +50,20 @@ TEST_F(ArticleListTest, AMarkThatIsNotOnDiskIsNotShown) {
     EXPECT_EQ(list.store.unreadCount, 4u) << "a second mark counts nothing";
 }
 
+// A run whose progress was put away may end while its group is open.
+TEST_F(ArticleListTest, WhatARunStoredMeanwhileStays) {
+    GroupStore run;
+    ASSERT_TRUE(SetNames(run, folder.Path().c_str(), L"fj.test") && ReadHeader(run));
+    run.lastFetched = 9;
+    run.recordCount = 6;
+    run.unreadCount = 6;
+    WriteIndex(Index() + Bytes(RecordBytes{}));
+    ASSERT_TRUE(WriteHeader(run));
+    ASSERT_TRUE(SetFlags(list, 0, kReadFlag) && CloseArticleList(list));
+    ASSERT_TRUE(ReadHeader(run));
+    EXPECT_EQ(run.lastFetched, 9u);
+    EXPECT_EQ(run.recordCount, 6u);
+    EXPECT_EQ(run.unreadCount, 5u);
+}
+
 }  // namespace
