@@ -64,10 +64,12 @@ bool GrowCopyBuffer(Rewrite& rewrite, uint32_t size) {
     return true;
 }
 
+bool LiesInLog(const DataFile& log, const IndexRecord& record) {
+    return record.logOffset <= log.size && record.logLength <= log.size - record.logOffset;
+}
+
 bool KeepRecord(Rewrite& rewrite, IndexRecord record) {
-    const DataFile& log = rewrite.oldLog;
-    const bool inLog = record.logOffset <= log.size && record.logLength <= log.size - record.logOffset;
-    if (!inLog) return Fail(kErrorInvalidData);
+    if (!LiesInLog(rewrite.oldLog, record)) return Fail(kErrorInvalidData);
     if (!GrowCopyBuffer(rewrite, record.logLength)) return false;
     SeekTo(rewrite.oldLog, record.logOffset);
     if (!ReadExactly(rewrite.oldLog, rewrite.copyBuffer.get(), record.logLength)) return false;
@@ -155,8 +157,7 @@ bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
 bool EndsArticle(DataFile& log, const IndexRecord& record) {
     constexpr uint32_t kEndLength = sizeof(kSeparator) - 1;
     char end[kEndLength];
-    const bool inLog = record.logOffset <= log.size && record.logLength <= log.size - record.logOffset;
-    if (!inLog || record.logLength < kEndLength) return Fail(kErrorInvalidData);
+    if (!LiesInLog(log, record) || record.logLength < kEndLength) return Fail(kErrorInvalidData);
     SeekTo(log, record.logOffset + record.logLength - kEndLength);
     if (!ReadExactly(log, end, kEndLength)) return false;
     return std::memcmp(end, kSeparator, kEndLength) == 0 || Fail(kErrorInvalidData);
