@@ -134,8 +134,8 @@ const ListCase kLists[] = {
     {"any line with a dot in front ends the list", kList + "S: a.b\nS: .hidden\n", "", "a.b\r\n", "a\r\n"},
     {"the end amid a line", kList + "S: a.b\nS- c.d\n! hang up\n", "正常に受信できませんでした(38)",
      "a.b\r\n", "a\r\n"},
-    {"the connection breaks", kList + "S: a.b\nS: c.d\nS: e\n! reset\n", "正常に受信できませんでした(13)",
-     "a.b\r\nc.d\r\ne\r\n", "a\r\nc\r\ne\r\n"},
+    {"the connection breaks", kList + "S: a.b\nS: c.d\nS: e\n! wait 200\n! reset\n",
+     "正常に受信できませんでした(13)", "a.b\r\nc.d\r\ne\r\n", "a\r\nc\r\ne\r\n"},
 };
 
 TEST_F(GroupListTest, EveryConversation) {
@@ -203,7 +203,7 @@ TEST_F(GroupListTest, TheCounterMovesAndEndsRight) {
     ScriptedServer slow(Script(kList + "S: a.b\n! wait 5\nS: c.d\n! wait 40\nS: e.f\n! wait 5\nS: .\n"));
     EXPECT_THAT(Run(Request(slow.Start())), IsEmpty());
     EXPECT_THAT(shown, ElementsAre("1 group(s).", "2 group(s).", "3 group(s)."));
-    for (const char* end : {"", "S: x\n! reset\n"}) {
+    for (const char* end : {"", "S: x\n! wait 200\n! reset\n"}) {
         shown.clear();
         const std::string list = LongList(5000, false);
         ScriptedServer fast(Script(kList + (*end ? list.substr(0, list.size() - 5) + end : list)));

@@ -41,7 +41,9 @@ Step Hear(std::string bytes);
 //   S- text, C- text   the same without CR LF
 //   ! wait 30          30 ms pass
 //   ! hang up          the client reads the end of the stream here; what it then sends is compared
-//   ! reset            the connection breaks
+//   ! reset            the connection breaks; after a wait, for a client that nothing keeps from recv then:
+//   to one
+//                      that is not there yet Wine may tell the end of the stream instead
 //   ! next connection  the client must close and connect again
 // A line of another form makes a step that no client can fulfil, so a slip in a script does not pass unseen.
 std::vector<Step> Script(std::string_view text);
