@@ -90,8 +90,7 @@ bool ReadHead(Fetch& fetch) {
     return false;
 }
 
-// Reads and drops lines up to the final dot. A 0 byte breaks a line in two; what follows of it cannot be the
-// dot.
+// Drops lines up to the final dot. A 0 byte breaks a line in two; what follows of it cannot be the dot.
 bool SkipLines(Fetch& fetch, bool insideLine) {
     while (true) {
         const bool complete = ReadLineOf(fetch);
@@ -107,8 +106,7 @@ bool ReadBody(Fetch& fetch) {
         const std::string_view line = ConvertLine(fetch, Unstuffed(fetch.line), false);
         if (!WriteBodyLine(fetch.writer, line)) return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
     }
-    // A 0 byte ends the body for the store; the rest goes, so that the next reply is not taken for a part of
-    // it.
+    // A 0 byte ends the body for the store; the rest is dropped, or it would be taken for the next reply.
     const bool atZeroByte = GetError() == 0;
     if (atZeroByte && SkipLines(fetch, true)) return true;
     return FailGroup(fetch, IDS_RECEIVE_INCOMPLETE);

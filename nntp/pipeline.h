@@ -7,15 +7,14 @@
 //   BODY n      once the status of HEAD n has said that n is there
 //   HEAD n + 1  together with BODY n, unless n may be the last article that the limit allows
 //   BODY n      together with HEAD n where the group's count says that no number is missing. Should n be
-//   missing
-//               all the same, its BODY is refused too, and that refusal is dropped.
+//               missing all the same, its BODY is refused too, and that refusal is dropped.
 // At most kMostOnTheWay commands wait for their reply. They are less than 300 bytes, which any socket's
 // buffers take in while the server is itself held up in sending, so the two never wait for each other.
 //
 // A server that throws away what it is sent ahead shows itself by silence, by a refusal "5xx" of a command
 // sent ahead, or by a reply that names a later command ("221 n", "222 n"). Then the commands without a reply
 // are asked again, one by one, and so is the rest of the run. A reply to their first asking that comes late
-// is known by its name and dropped.
+// is known by its name and dropped; a refusal, which has no name, counts only when silence follows it.
 #pragma once
 
 #include <array>
