@@ -56,11 +56,10 @@ class DialUpTest : public testing::Test {
     void ExpectIdle(const FrameRun& run, HWND dialog) const {
         const HWND frame = run.frame.mainWindow;
         EXPECT_TRUE(Await([&] { return !IsWindow(dialog) && IsWindowEnabled(frame); }));
-        // The loop of a dialog that a message from the worker ended may take one more posted message with it.
-        PostMessageW(frame, WM_NULL, 0, 0);
-        SendMessageW(frame, WM_NULL, 0, 0);
-        EXPECT_EQ(run.thread.Find({}), frame);
-        EXPECT_FALSE(run.frame.dialled || run.frame.job);
+        // The loop of a dialog that a message from the worker ended goes on, and may show the dialog once more,
+        // until a posted message reaches it.
+        EXPECT_TRUE(Await([&] { return PostMessageW(frame, WM_NULL, 0, 0) && run.thread.Find({}) == frame; }));
+        EXPECT_TRUE(Await([&] { return !run.frame.dialled && !run.frame.job; }));
     }
 
     RegistryGuard guard;
