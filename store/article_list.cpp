@@ -37,25 +37,21 @@ bool OpenExistingIndex(GroupStore& store) {
     return OpenDataFile(store.index, store.indexPath.get(), FileMode::kReadWriteExisting);
 }
 
-void CountRecord(GroupStore& store, const IndexRecord& record) {
-    if (!IsRead(record)) ++store.unreadCount;
-    if (PriorityOf(record) == kPriorityHigh) ++store.highCount;
-    if (PriorityOf(record) == kPriorityLow) ++store.lowCount;
-}
-
 // Reads every record once; counts the rows of each run. What the header counts is counted anew: a program
 // that ended between a record's change and the header's left an old number there.
 bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
-    GroupStore& store = list.store;
-    store.unreadCount = store.highCount = store.lowCount = 0;
-    return VisitRecords(store, [&](const IndexRecord* records, uint32_t first, uint32_t count) {
-        for (uint32_t i = 0; i < count; ++i) {
-            CountRecord(store, records[i]);
-            classes[first + i] = ClassOf(list, records[i]);
-            ++counts[classes[first + i]];
-        }
-        return true;
-    });
+    RecordCounts counted;
+    const bool visited =
+        VisitRecords(list.store, [&](const IndexRecord* records, uint32_t first, uint32_t count) {
+            for (uint32_t i = 0; i < count; ++i) {
+                CountRecord(counted, records[i]);
+                classes[first + i] = ClassOf(list, records[i]);
+                ++counts[classes[first + i]];
+            }
+            return true;
+        });
+    if (visited) CopyCounts(list.store, counted);
+    return visited;
 }
 
 // A damaged header may count any number of records: no memory is taken for them before the last is known to
@@ -65,22 +61,12 @@ bool HasLastRecord(GroupStore& store) {
     return store.recordCount == 0 || ReadRecord(store, last, store.recordCount - 1);
 }
 
-bool ClassifyAll(ArticleList& list, std::unique_ptr<uint8_t[]>& classes, uint32_t (&counts)[kRunCount + 1]) {
-    if (!OpenExistingIndex(list.store)) return false;
-    bool classified = HasLastRecord(list.store);
-    if (classified) {
-        classes = NewArray<uint8_t>(list.store.recordCount);
-        classified = classes ? Classify(list, classes.get(), counts) : Fail(kErrorNoMemory);
-    }
-    const ErrorKeeper keeper;
-    CloseDataFile(list.store.index);
-    return classified;
-}
-
 bool MakeRowMap(ArticleList& list) {
     uint32_t counts[kRunCount + 1] = {};
-    std::unique_ptr<uint8_t[]> classes;
-    if (!ClassifyAll(list, classes, counts)) return false;
+    if (!HasLastRecord(list.store)) return false;
+    const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.recordCount);
+    if (!classes) return Fail(kErrorNoMemory);
+    if (!Classify(list, classes.get(), counts)) return false;
     uint32_t next[kRunCount] = {0, counts[kHighRow], counts[kHighRow] + counts[kNormalRow]};
     const uint32_t visible = next[kLowRow] + counts[kLowRow];
     list.rowMap = AllocateOn<uint32_t>(list.heap, visible);
@@ -107,21 +93,41 @@ bool AllocatePage(ArticleList& list, uint32_t pageSize) {
     return list.page || Fail(kErrorNoMemory);
 }
 
+// From the open index. Past the end the page is empty.
+bool ReadPage(ArticleList& list, uint32_t firstRow) {
+    list.firstRow = firstRow;
+    list.rowsInPage = 0;
+    const uint32_t left = firstRow < list.visibleCount ? list.visibleCount - firstRow : 0;
+    const uint32_t wanted = left < list.pageSize ? left : list.pageSize;
+    while (list.rowsInPage < wanted) {
+        const uint32_t number = list.rowMap[firstRow + list.rowsInPage];
+        if (!ReadRecord(list.store, list.page[list.rowsInPage], number)) return false;
+        ++list.rowsInPage;
+    }
+    return true;
+}
+
 // A run may have ended since the list was made: its numbers stay in the header. What the list counted holds
 // only for as many records as it knows.
 bool TakeNewerHeader(GroupStore& store) {
     const uint32_t savedPosition = store.savedPosition;
     const uint32_t records = store.recordCount;
-    const uint32_t unread = store.unreadCount;
-    const uint32_t high = store.highCount;
-    const uint32_t low = store.lowCount;
+    RecordCounts counts;
+    CopyCounts(counts, store);
     if (!RefreshHeader(store)) return false;
     store.savedPosition = savedPosition;
-    if (store.recordCount != records) return true;
-    store.unreadCount = unread;
-    store.highCount = high;
-    store.lowCount = low;
+    if (store.recordCount == records) CopyCounts(store, counts);
     return true;
+}
+
+// Whether the index still has the page's record at its place: to mark another would lose it its article.
+bool StandsInIndex(ArticleList& list, uint32_t row) {
+    IndexRecord standing;
+    if (!ReadRecord(list.store, standing, list.rowMap[row])) return false;
+    const IndexRecord& shown = list.page[row - list.firstRow];
+    const bool same = standing.articleNumber == shown.articleNumber &&
+                      standing.logOffset == shown.logOffset && standing.logLength == shown.logLength;
+    return same || Fail(kErrorInvalidData);
 }
 
 bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) {
@@ -131,7 +137,8 @@ bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) 
     changed.flags = (record.flags | set) & ~clear;
     if (changed.flags == record.flags) return true;
     if (!OpenExistingIndex(list.store)) return false;
-    bool written = TakeNewerHeader(list.store) && WriteRecord(list.store, changed, list.rowMap[row]);
+    bool written = TakeNewerHeader(list.store) && StandsInIndex(list, row) &&
+                   WriteRecord(list.store, changed, list.rowMap[row]);
     if (written) {
         if (!IsRead(record) && IsRead(changed)) --list.store.unreadCount;
         if (IsRead(record) && !IsRead(changed)) ++list.store.unreadCount;
@@ -168,14 +175,12 @@ bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* gr
 
 bool BuildArticleList(ArticleList& list, uint32_t pageSize) {
     Forget(list);
-    const bool built = ReadStandingHeader(list.store) && AllocatePage(list, pageSize) && MakeRowMap(list) &&
-                       LoadPage(list, 0);
-    if (built) return true;
+    const bool built = OpenExistingIndex(list.store) && RefreshHeader(list.store) &&
+                       AllocatePage(list, pageSize) && MakeRowMap(list) && ReadPage(list, 0);
     const ErrorKeeper keeper;
-    Forget(list);
-    // The values in memory may not be the header's any more: closing must not write them.
-    list.open = false;
-    return false;
+    CloseDataFile(list.store.index);
+    if (!built) Forget(list);
+    return built;
 }
 
 bool SetPageSize(ArticleList& list, uint32_t pageSize) {
@@ -191,15 +196,8 @@ bool LoadPage(ArticleList& list, uint32_t firstRow) {
     list.firstRow = firstRow;
     list.rowsInPage = 0;
     if (firstRow >= list.visibleCount) return true;
-    const uint32_t left = list.visibleCount - firstRow;
-    const uint32_t wanted = left < list.pageSize ? left : list.pageSize;
     if (!OpenExistingIndex(list.store)) return false;
-    bool loaded = true;
-    while (loaded && list.rowsInPage < wanted) {
-        const uint32_t number = list.rowMap[firstRow + list.rowsInPage];
-        loaded = ReadRecord(list.store, list.page[list.rowsInPage], number);
-        if (loaded) ++list.rowsInPage;
-    }
+    const bool loaded = ReadPage(list, firstRow);
     const ErrorKeeper keeper;
     CloseDataFile(list.store.index);
     return loaded;

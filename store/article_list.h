@@ -26,7 +26,7 @@ struct ArticleList {
 [[nodiscard]] bool OpenArticleList(ArticleList& list, const wchar_t* folder, const wchar_t* group);
 
 // Reads the header, makes the row map for the view options and loads the page at row 0. A failure leaves the
-// list empty and closed.
+// list empty; it may be built again.
 [[nodiscard]] bool BuildArticleList(ArticleList& list, uint32_t pageSize);
 
 // Gives a list that was built pages of another size, and loads the one at the same row. What the list shows

@@ -42,8 +42,7 @@ struct Rewrite {
     NarrowText copyBuffer;
     uint32_t copyCapacity = 0;
     uint32_t kept = 0;
-    uint32_t keptHigh = 0;
-    uint32_t keptLow = 0;
+    RecordCounts keptCounts;
 };
 
 bool OpenOldLog(Rewrite& rewrite, const GroupStore& store) {
@@ -77,8 +76,7 @@ bool KeepRecord(Rewrite& rewrite, IndexRecord record) {
     if (!WriteBytes(rewrite.newLog, rewrite.copyBuffer.get(), record.logLength)) return false;
     if (!WriteBytes(rewrite.newIndex, &record, kRecordSize)) return false;
     ++rewrite.kept;
-    if (PriorityOf(record) == kPriorityHigh) ++rewrite.keptHigh;
-    if (PriorityOf(record) == kPriorityLow) ++rewrite.keptLow;
+    CountRecord(rewrite.keptCounts, record);
     return true;
 }
 
@@ -98,8 +96,8 @@ bool WriteNewFiles(Rewrite& rewrite, GroupStore& store) {
     SeekTo(rewrite.newIndex, kHeaderSize);
     if (!KeepUnread(rewrite, store)) return false;
     store.recordCount = rewrite.kept;
-    store.highCount = rewrite.keptHigh;
-    store.lowCount = rewrite.keptLow;
+    store.highCount = rewrite.keptCounts.highCount;
+    store.lowCount = rewrite.keptCounts.lowCount;
     store.savedPosition = 0;
     return FlushDataFile(rewrite.newLog) && WriteHeaderTo(rewrite.newIndex, store);
 }

@@ -48,6 +48,23 @@ OpenArguments ArgumentsOf(FileMode mode) {
     return {GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS};
 }
 
+// CREATE_ALWAYS refuses to replace a hidden file; emptying it does not.
+HANDLE OpenNewOrEmptied(const wchar_t* path, const OpenArguments& arguments) {
+    const HANDLE handle = CreateFileW(path, arguments.access, arguments.sharing, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    const bool exists = handle == INVALID_HANDLE_VALUE &&
+                        (GetError() == kErrorFileExists || GetError() == kErrorAlreadyExists);
+    if (!exists) return handle;
+    return CreateFileW(path, arguments.access, arguments.sharing, nullptr, TRUNCATE_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+HANDLE OpenHandle(const wchar_t* path, const OpenArguments& arguments) {
+    if (arguments.disposition == CREATE_ALWAYS) return OpenNewOrEmptied(path, arguments);
+    return CreateFileW(path, arguments.access, arguments.sharing, nullptr, arguments.disposition,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
 bool MoveSystemPosition(DataFile& file, uint32_t position) {
     if (file.systemPosition == position) return true;
     LONG high = 0;  // given so that the low half counts as unsigned
@@ -158,9 +175,7 @@ bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode) {
     if (!file.buffer) file.buffer = NewArray<char>(kBufferSize);
     if (!file.buffer) return Fail(kErrorNoMemory);
     if (!Allowed(FileCall::kOpen)) return false;
-    const OpenArguments arguments = ArgumentsOf(mode);
-    FileOwner handle(CreateFileW(path, arguments.access, arguments.sharing, nullptr, arguments.disposition,
-                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileOwner handle(OpenHandle(path, ArgumentsOf(mode)));
     if (!handle) return false;
     DWORD high = 0;
     const DWORD size = GetFileSize(handle.Get(), &high);
@@ -264,9 +279,9 @@ bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* t
 bool SkipPastLine(DataFile& file, std::string_view wanted, char* buffer, uint32_t size, uint32_t& taken) {
     std::string_view line;
     for (taken = 0; line != wanted; taken += static_cast<uint32_t>(line.size())) {
-        const uint32_t offset = file.position - file.windowStart;
+        const uint32_t offset = InWindow(file) ? file.position - file.windowStart : file.windowLength;
         const char* bytes = file.buffer.get() + offset;
-        const std::size_t plain = InWindow(file) ? PlainLineLength(bytes, file.windowLength - offset) : 0;
+        const std::size_t plain = PlainLineLength(bytes, file.windowLength - offset);
         if (plain > 0 && plain < size) {
             line = {bytes, plain};
             file.position += static_cast<uint32_t>(plain);

@@ -1,6 +1,6 @@
 // The file layer: every file of the store, the filters and the group files goes through it. It buffers, so a
-// line or a record costs no call to the system; what was written stands on disk once FlushFile or CloseFile
-// succeeded. All functions answer false with the reason in the last-error value.
+// line or a record costs no call to the system; what was written stands on disk once FlushDataFile or
+// CloseDataFile succeeded. All functions answer false with the reason in the last-error value.
 #pragma once
 
 #include <cstdint>
@@ -35,7 +35,7 @@ struct DataFile {
     DataFile() = default;
     DataFile(const DataFile&) = delete;
     DataFile& operator=(const DataFile&) = delete;
-    ~DataFile();  // closes; whoever needs to know that everything reached the disk calls CloseFile
+    ~DataFile();  // closes; whoever needs to know that everything reached the disk calls CloseDataFile
 };
 
 [[nodiscard]] bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode);

@@ -26,9 +26,8 @@ uint32_t RecordsInFile(const DataFile& index) {
     return index.size < kHeaderSize ? 0 : (index.size - kHeaderSize) / kRecordSize;
 }
 
-uint32_t Smallest(uint32_t a, uint32_t b, uint32_t c) {
-    const uint32_t ab = a < b ? a : b;
-    return ab < c ? ab : c;
+uint32_t Smaller(uint32_t a, uint32_t b) {
+    return a < b ? a : b;
 }
 
 bool MakeHeader(const GroupStore& store, IndexHeader& header) {
@@ -40,9 +39,7 @@ bool MakeHeader(const GroupStore& store, IndexHeader& header) {
     header.reserved = store.reserved;
     header.recordCount = store.recordCount;
     header.savedPosition = store.savedPosition;
-    header.unreadCount = store.unreadCount;
-    header.highCount = store.highCount;
-    header.lowCount = store.lowCount;
+    CopyCounts(header, store);
     return true;
 }
 
@@ -55,9 +52,7 @@ bool TakeHeader(GroupStore& store, IndexHeader& header) {
     store.reserved = header.reserved;
     store.recordCount = header.recordCount;
     store.savedPosition = header.savedPosition;
-    store.unreadCount = header.unreadCount;
-    store.highCount = header.highCount;
-    store.lowCount = header.lowCount;
+    CopyCounts(store, header);
     return true;
 }
 
@@ -108,13 +103,6 @@ bool ReadSubjectLine(DataFile& log, uint32_t start, const HeaderBlock& head, Nar
     return read;
 }
 
-void CountNewRecord(GroupStore& store, uint32_t priority) {
-    ++store.recordCount;
-    ++store.unreadCount;
-    if (priority == kPriorityHigh) ++store.highCount;
-    if (priority == kPriorityLow) ++store.lowCount;
-}
-
 bool AppendAllArticles(GroupStore& store, const KeywordFilter& filter) {
     std::unique_ptr<LogScanner> scanner(new (std::nothrow) LogScanner);
     if (!scanner) return Fail(kErrorNoMemory);
@@ -128,7 +116,8 @@ bool AppendAllArticles(GroupStore& store, const KeywordFilter& filter) {
 
 bool RebuildRecords(GroupStore& store) {
     KeywordFilter filter;
-    store.recordCount = store.unreadCount = store.highCount = store.lowCount = 0;
+    store.recordCount = 0;
+    CopyCounts(store, RecordCounts());
     if (!OpenIndex(store) || !OpenLog(store) || !LoadKeywordFilter(filter, store.filterPath.get()))
         return false;
     return AppendAllArticles(store, filter);
@@ -148,7 +137,7 @@ bool MarkRecordsRead(GroupStore& store) {
         const uint32_t newlyRead = MarkRead(records, count);
         SeekTo(store.index, OffsetOf(first));
         if (!WriteBytes(store.index, records, count * kRecordSize)) return false;
-        store.unreadCount -= Smallest(newlyRead, store.unreadCount, count);
+        store.unreadCount -= Smaller(newlyRead, store.unreadCount);
         return true;
     });
     if (marked) store.unreadCount = 0;
@@ -167,20 +156,24 @@ bool RefilterRecord(GroupStore& store, const KeywordFilter& filter, uint32_t num
     if (!WriteRecord(store, record, number)) return false;
     if (before == kPriorityHigh) --store.highCount;
     if (before == kPriorityLow) --store.lowCount;
-    if (priority == kPriorityHigh) ++store.highCount;
-    if (priority == kPriorityLow) ++store.lowCount;
+    CountPriority(store, priority);
     return true;
 }
 
-bool CountPriorities(GroupStore& store) {
-    store.highCount = store.lowCount = 0;
+bool CountRecords(GroupStore& store, RecordCounts& counts) {
     return VisitRecords(store, [&](const IndexRecord* records, uint32_t, uint32_t count) {
-        for (uint32_t i = 0; i < count; ++i) {
-            if (PriorityOf(records[i]) == kPriorityHigh) ++store.highCount;
-            if (PriorityOf(records[i]) == kPriorityLow) ++store.lowCount;
-        }
+        for (uint32_t i = 0; i < count; ++i)
+            CountRecord(counts, records[i]);
         return true;
     });
+}
+
+bool CountPriorities(GroupStore& store) {
+    RecordCounts counts;
+    const bool counted = CountRecords(store, counts);
+    store.highCount = counts.highCount;
+    store.lowCount = counts.lowCount;
+    return counted;
 }
 
 bool RefilterRecords(GroupStore& store) {
@@ -199,12 +192,19 @@ bool MakeMissingIndex(GroupStore& store) {
     return upgrade == CutOffUpgrade::kTaken || (upgrade == CutOffUpgrade::kNone && MakeIndex(store));
 }
 
+// What was counted may have been lost on its way to the disk.
+void CountWhatStands(GroupStore& store) {
+    RecordCounts counts;
+    if (CountRecords(store, counts)) CopyCounts(store, counts);
+}
+
 // Runs `change` over the open index, then writes the header with the counts reached, and closes, whatever
 // happened. The first failure's error is the one that stays.
 bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
     if (!ReadHeader(store) || !OpenIndex(store)) return false;
-    const bool changed = change(store);
+    const bool changed = change(store) && FlushDataFile(store.index);
     const unsigned error = GetError();
+    if (!changed) CountWhatStands(store);
     const bool saved = WriteHeader(store);
     const unsigned saveError = GetError();
     CloseDataFile(store.index);
@@ -259,7 +259,7 @@ bool ReadRecords(GroupStore& store, IndexRecord* records, uint32_t first, uint32
     if (!session.Open()) return false;
     const uint32_t inFile = RecordsInFile(store.index);
     if (first >= inFile) return true;
-    const uint32_t readable = Smallest(wanted, store.recordCount - first, inFile - first);
+    const uint32_t readable = Smaller(wanted, Smaller(store.recordCount, inFile) - first);
     SeekTo(store.index, OffsetOf(first));
     if (!ReadExactly(store.index, records, readable * kRecordSize)) return false;
     count = readable;
@@ -293,7 +293,8 @@ bool AppendRecord(GroupStore& store, uint32_t start, uint32_t end, const HeaderB
     const uint32_t priority = PriorityOfSubject(filter, subjectLine);
     SetPriority(record, priority);
     if (!WriteRecord(store, record, store.recordCount)) return false;
-    CountNewRecord(store, priority);
+    ++store.recordCount;
+    CountRecord(store, record);
     return true;
 }
 

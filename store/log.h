@@ -15,7 +15,7 @@
 #include "store/record.h"
 
 constexpr char kSeparator[] = "================\r\n";  // an article's last line
-constexpr uint32_t kLineSize = 1024;                   // longest line of a log with its NUL, and of a reply
+constexpr uint32_t kLineSize = 1024;                   // longest line that a scan takes, its NUL included
 
 // One article being appended. The store's log and index are open; the store outlives the writer. One writer
 // may append any number of articles of its group, one after the other.

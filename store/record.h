@@ -82,6 +82,33 @@ inline void SetPriority(IndexRecord& record, uint32_t priority) {
     record.flags = (record.flags & ~kPriorityMask) | (priority << kPriorityShift);
 }
 
+// What the header, and the group's handle, count of the records.
+struct RecordCounts {
+    uint32_t unreadCount = 0;
+    uint32_t highCount = 0;
+    uint32_t lowCount = 0;
+};
+
+template <class To, class From>
+void CopyCounts(To& to, const From& from) {
+    to.unreadCount = from.unreadCount;
+    to.highCount = from.highCount;
+    to.lowCount = from.lowCount;
+}
+
+// For all that counts records, by the names above.
+template <class Counts>
+void CountPriority(Counts& counts, uint32_t priority) {
+    if (priority == kPriorityHigh) ++counts.highCount;
+    if (priority == kPriorityLow) ++counts.lowCount;
+}
+
+template <class Counts>
+void CountRecord(Counts& counts, const IndexRecord& record) {
+    if (!IsRead(record)) ++counts.unreadCount;
+    CountPriority(counts, PriorityOf(record));
+}
+
 // Fills the subject, date and from fields from an article's head: "(none)", "0000" and "(Unknown)" where it
 // has nothing to show.
 void FillHeadFields(IndexRecord& record, const HeaderBlock& head);

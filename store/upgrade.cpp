@@ -23,8 +23,10 @@ WideText TemporaryPath(const GroupStore& store) {
     return JoinPath(store.indexPath.get(), L"~");
 }
 
+// There may be no old index.
 bool ReplaceIndex(const GroupStore& store, const wchar_t* temporary) {
-    return DeleteDataFile(store.indexPath.get()) && RenameDataFile(temporary, store.indexPath.get());
+    const wchar_t* index = store.indexPath.get();
+    return (!FileExists(index) || DeleteDataFile(index)) && RenameDataFile(temporary, index);
 }
 
 void DropTemporary(const wchar_t* temporary) {
@@ -41,6 +43,7 @@ struct Conversion {
     LogScanner scanner;
     bool logEnded = false;
     IndexHeader header;
+    RecordCounts counts;
 };
 
 // The n-th article of the log belongs to the n-th record. A log that ends early leaves the rest without a
@@ -67,11 +70,14 @@ bool FillNewFields(Conversion& conversion, IndexRecord& record) {
     return true;
 }
 
-void CountRecord(Conversion& conversion, const IndexRecord& record) {
-    if (conversion.from + 1 == kVersionWithUnread && !IsRead(record)) ++conversion.header.unreadCount;
-    if (conversion.from + 1 != kVersionWithSubjectRange) return;
-    if (PriorityOf(record) == kPriorityHigh) ++conversion.header.highCount;
-    if (PriorityOf(record) == kPriorityLow) ++conversion.header.lowCount;
+// Only what the old header did not count yet.
+void FillNewCounts(Conversion& conversion) {
+    const uint32_t version = conversion.from + 1;
+    IndexHeader& header = conversion.header;
+    if (version == kVersionWithUnread) header.unreadCount = conversion.counts.unreadCount;
+    if (version != kVersionWithSubjectRange) return;
+    header.highCount = conversion.counts.highCount;
+    header.lowCount = conversion.counts.lowCount;
 }
 
 bool ConvertRecords(Conversion& conversion) {
@@ -83,7 +89,7 @@ bool ConvertRecords(Conversion& conversion) {
         if (!ReadExactly(conversion.oldIndex, &record, oldLayout.recordSize)) return false;
         if (!FillNewFields(conversion, record)) return false;
         if (!WriteBytes(conversion.newIndex, &record, newLayout.recordSize)) return false;
-        CountRecord(conversion, record);
+        CountRecord(conversion.counts, record);
     }
     return true;
 }
@@ -96,6 +102,7 @@ bool WriteNewIndex(Conversion& conversion, GroupStore& store, const wchar_t* tem
     if (!ReadExactly(conversion.oldIndex, &conversion.header, kLayouts[conversion.from].headerSize))
         return false;
     if (!ConvertRecords(conversion)) return false;
+    FillNewCounts(conversion);
     conversion.header.version = conversion.from + 1;
     SeekTo(conversion.newIndex, 0);
     return WriteBytes(conversion.newIndex, &conversion.header, kLayouts[conversion.from + 1].headerSize) &&
@@ -169,13 +176,21 @@ bool RebuildAside(GroupStore& store, WideText& temporary) {
     return rebuilt;
 }
 
+// A line that is too long will be so the next time: the articles before it need not wait for it.
+bool RebuildInPlace(GroupStore& store, WideText& temporary) {
+    const bool rebuilt = RebuildAside(store, temporary);
+    const unsigned error = GetError();
+    if (rebuilt || (error == kErrorMoreData && IsWholeIndex(temporary.get()))) {
+        return ReplaceIndex(store, temporary.get()) && (rebuilt || Fail(error));
+    }
+    DropTemporary(temporary.get());
+    return Fail(error);
+}
+
 bool ConvertTextIndex(GroupStore& store) {
     Reset(store);
     WideText temporary = TemporaryPath(store);
-    if (!temporary || !ReadTextHeader(store)) return false;
-    if (RebuildAside(store, temporary)) return ReplaceIndex(store, temporary.get());
-    DropTemporary(temporary.get());
-    return false;
+    return temporary && ReadTextHeader(store) && RebuildInPlace(store, temporary);
 }
 
 }  // namespace
@@ -196,15 +211,7 @@ CutOffUpgrade FinishUpgrade(const GroupStore& store) {
 bool MakeIndex(GroupStore& store) {
     Reset(store);
     WideText temporary = TemporaryPath(store);
-    if (!temporary) return false;
-    const bool rebuilt = RebuildAside(store, temporary);
-    const unsigned error = GetError();
-    // A line that is too long will be so the next time: the articles before it need not wait for it.
-    if (rebuilt || (error == kErrorMoreData && IsWholeIndex(temporary.get()))) {
-        return RenameDataFile(temporary.get(), store.indexPath.get()) && (rebuilt || Fail(error));
-    }
-    DropTemporary(temporary.get());
-    return Fail(error);
+    return temporary && RebuildInPlace(store, temporary);
 }
 
 bool UpgradeIndex(GroupStore& store, uint32_t version) {

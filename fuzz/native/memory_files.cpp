@@ -59,11 +59,13 @@ HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD sharing, void*, DWOR
     const bool exists = memoryFiles.count(path) != 0;
     const bool writes = (access & GENERIC_WRITE) != 0;
     DWORD error = 0;
-    if (!exists && disposition == OPEN_EXISTING) error = kErrorFileNotFound;
+    if (!exists && (disposition == OPEN_EXISTING || disposition == TRUNCATE_EXISTING))
+        error = kErrorFileNotFound;
+    if (exists && disposition == CREATE_NEW) error = kErrorFileExists;
     if (!MayBeOpened(path, writes, sharing != 0)) error = ERROR_SHARING_VIOLATION;
     SetError(error);
     if (error != 0) return INVALID_HANDLE_VALUE;
-    if (!exists || disposition == CREATE_ALWAYS) memoryFiles[path].clear();
+    if (!exists || disposition == TRUNCATE_EXISTING) memoryFiles[path].clear();
     return *openFiles.insert(new OpenFile{path, writes, sharing != 0}).first;
 }
 

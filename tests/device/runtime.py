@@ -5,7 +5,7 @@ import re
 
 import machine
 
-MISSING, NO_PATH, REFUSED, NO_MORE, EXISTS, NO_HANDLE = 2, 3, 5, 18, 183, 6
+MISSING, NO_PATH, REFUSED, NO_MORE, FILE_EXISTS, EXISTS, NO_HANDLE = 2, 3, 5, 18, 80, 183, 6
 INVALID = 0xFFFFFFFF
 
 
@@ -197,17 +197,19 @@ class Runtime:
 
     def CreateFileW(self, path, access, _sharing, _security, how, _attributes, _template):
         path = self.path(path)
-        create_always, open_existing, open_always = 2, 3, 4
+        create_new, open_existing, open_always, truncate_existing = 1, 3, 4, 5
         if path.rpartition("\\")[0] not in self.files:
             return self.fail(NO_PATH, INVALID)
         if self.files.get(path, b"") is None:
             return self.fail(REFUSED, INVALID)
-        if how == open_existing and path not in self.files:
+        if how in (open_existing, truncate_existing) and path not in self.files:
             return self.fail(MISSING, INVALID)
-        if how not in (create_always, open_existing, open_always):
+        if how == create_new and path in self.files:
+            return self.fail(FILE_EXISTS, INVALID)
+        if how not in (create_new, open_existing, open_always, truncate_existing):
             raise machine.Fault(f"a file is opened with disposition {how}")
-        self.error = EXISTS if path in self.files and how != open_existing else 0
-        if how == create_always or path not in self.files:
+        self.error = EXISTS if path in self.files and how == open_always else 0
+        if how == truncate_existing or path not in self.files:
             self.files[path] = b""
         return self.handle(File(path))
 

@@ -50,6 +50,29 @@ TEST_F(ArticleListTest, AMarkThatIsNotOnDiskIsNotShown) {
     EXPECT_EQ(list.store.unreadCount, 4u) << "a second mark counts nothing";
 }
 
+// Another record at that number would be marked, and its article never named again.
+TEST_F(ArticleListTest, ARecordThatHasMovedIsNotMarked) {
+    ASSERT_TRUE(LoadPage(list, 2));
+    std::vector<RecordBytes> kept(4);
+    for (uint32_t i = 0; i < 4; ++i)
+        kept[i].number = i + 1;
+    WriteIndex(IndexBytes({5, 0, 0, 0, 4, 0, "", 4}, kept));
+    const std::string before = Index();
+    EXPECT_FALSE(SetFlags(list, 2, kReadFlag));
+    EXPECT_EQ(GetLastError(), 13u);
+    EXPECT_EQ(Index(), before);
+}
+
+TEST_F(ArticleListTest, AListThatCouldNotBeBuiltIsBuiltLater) {
+    {
+        const FileFaults faults(1);
+        EXPECT_FALSE(BuildArticleList(list, 2));
+    }
+    EXPECT_EQ(list.visibleCount, 0u);
+    ASSERT_TRUE(BuildArticleList(list, 2) && SetFlags(list, 0, kReadFlag) && CloseArticleList(list));
+    EXPECT_EQ(Index().substr(88, 4), Word(4));
+}
+
 // A run whose progress was put away may end while its group is open.
 TEST_F(ArticleListTest, WhatARunStoredMeanwhileStays) {
     GroupStore run;

@@ -214,6 +214,34 @@ TEST_F(LogIndexTest, CatchUpMarksEveryRecord) {
     EXPECT_EQ(Index(), Bytes(HeaderBytes{5, 1, 2, 3})) << "no records: only the header";
 }
 
+// More records than the file's buffer holds: what is lost with it was counted already. The last call writes
+// the header itself.
+TEST_F(LogIndexTest, CountsAreThoseOnDiskAfterAWriteThatFailed) {
+    WriteLog("");
+    WriteFilter("+ \r\n");  // matches everything
+    bool (*const changes[])(GroupStore&) = {MarkAllRead, Refilter};
+    for (bool (*change)(GroupStore&) : changes) {
+        int calls = 100;
+        for (int fault = 0; fault < calls; ++fault) {
+            WriteIndex(IndexBytes({5, 0, 0, 0, 400, 0, "", 400}, std::vector<RecordBytes>(400)));
+            {
+                const FileFaults faults(fault);
+                EXPECT_TRUE(change(store) || fault > 0);
+                if (fault == 0) calls = faultPlan.calls;
+            }
+            RecordCounts counts;
+            ASSERT_TRUE(ReadHeader(store) &&
+                        VisitRecords(store, [&](const IndexRecord* records, uint32_t, uint32_t count) {
+                            for (uint32_t i = 0; i < count; ++i)
+                                CountRecord(counts, records[i]);
+                            return true;
+                        }));
+            EXPECT_EQ(store.unreadCount, counts.unreadCount) << "call " << fault;
+            EXPECT_EQ(store.highCount, counts.highCount) << "call " << fault;
+        }
+    }
+}
+
 TEST_F(LogIndexTest, ADamagedIndexKeepsTheCountsThatWereReached) {
     const std::vector<RecordBytes> records = {{4}, {2}, {}};
     const std::string bytes = IndexBytes({5, 0, 0, 0, 4, 0, "", 4, 9, 9}, records);

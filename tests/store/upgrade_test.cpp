@@ -51,6 +51,18 @@ TEST_F(UpgradeTest, EveryVersionBecomesFive) {
     }
 }
 
+// It will be so at each start: the articles before it are there from the second on.
+TEST_F(UpgradeTest, AnOverlongLineDoesNotKeepATextIndexForEver) {
+    WriteLog(kFirst + "\r\n" + std::string(2000, 'x') + "\r\n");
+    WriteIndex(OldIndex(1));
+    EXPECT_EQ(BringUpToDate(store), IndexState::kFailed);
+    EXPECT_EQ(GetLastError(), 234u);
+    EXPECT_EQ(BringUpToDate(store), IndexState::kReady);
+    ASSERT_TRUE(ReadHeader(store));
+    EXPECT_EQ(store.recordCount, 1u);
+    EXPECT_EQ(store.lastFetched, 9u);
+}
+
 TEST_F(UpgradeTest, RecordsKeepTheHeadThatTheyHave) {
     WriteLog(kFirst);
     std::vector<RecordBytes> records = {{0, 7, 0, kFirstSize, "kept", "1231", "me"}, {0, 8, 500, 50}};
