@@ -24,7 +24,7 @@ struct Fetch {
     Pipeline* pipeline = nullptr;  // the run's
     ReplyLine line;
     ReplyLine decoded;
-    ReplyLine converted;
+    char converted[sizeof(ReplyLine) + 1];  // and the CR that its line end may lack
 };
 
 bool FailGroup(const Fetch& fetch, UINT id) {
@@ -53,21 +53,26 @@ void ReplaceLineEnds(char* text) {
     }
 }
 
+// Ends `text`, which has room for it, as its line ended. A line that ended with a lone LF had its CR inside;
+// where the conversions took that one, the text gets a new one, or the log would read on past its end.
+std::size_t AppendLineEnd(char* text, std::size_t endLength) {
+    const std::size_t length = std::strlen(text);
+    const bool needsCr = endLength == 2 || (endLength == 1 && !std::memchr(text, '\r', length));
+    const char* end = endLength == 0 ? "" : needsCr ? "\r\n" : "\n";
+    std::strcpy(text + length, end);
+    return length + std::strlen(end);
+}
+
 // The line as the store keeps it. The line end stands outside the conversions: a broken encoded word or an
 // escape that is never closed cannot take it away.
 std::string_view ConvertLine(Fetch& fetch, const char* line, bool decodeWords) {
     const std::size_t length = std::strlen(line);
     const std::size_t endLength = LineEndLength(line, length);
-    const char* lineEnd = line + length - endLength;
-    char end[3] = {};
-    std::memcpy(end, lineEnd, endLength);
-    fetch.line[lineEnd - fetch.line] = '\0';
+    fetch.line[line + length - endLength - fetch.line] = '\0';
     if (decodeWords) DecodeEncodedWords(fetch.decoded, line);
     LineFromJis(decodeWords ? fetch.decoded : line, fetch.converted);
     if (decodeWords) ReplaceLineEnds(fetch.converted);
-    const std::size_t textLength = std::strlen(fetch.converted);
-    std::memcpy(fetch.converted + textLength, end, endLength + 1);
-    return {fetch.converted, textLength + endLength};
+    return {fetch.converted, AppendLineEnd(fetch.converted, endLength)};
 }
 
 bool IsKept(std::string_view line) {
@@ -245,21 +250,13 @@ bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetch
     return true;
 }
 
-// Both files are closed in every case; a failure to write what they buffered counts unless the fetch failed
-// before.
-bool CloseFiles(Fetch& fetch, bool fetched) {
-    const unsigned error = GetError();
-    const bool logClosed = CloseDataFile(fetch.store.log);
-    const bool indexClosed = CloseDataFile(fetch.store.index);
-    if (!fetched) return Fail(error);
-    return (logClosed && indexClosed) || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
-}
-
+// The log is on disk before the header says so, and nobody else gets at the index before it does.
 bool RecordOutcome(Fetch& fetch, uint32_t lastFetched, uint32_t serverLast) {
     GroupStore& store = fetch.store;
     store.lastFetched = lastFetched;
     store.serverLast = serverLast;
-    const bool recorded = SetStatusText(store, fetch.download->result->text) && WriteHeader(store);
+    const bool recorded =
+        CloseDataFile(store.log) && SetStatusText(store, fetch.download->result->text) && WriteHeader(store);
     return recorded || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
 }
 
@@ -276,24 +273,10 @@ bool RunFetch(Fetch& fetch) {
     if (!RefreshHeader(fetch.store)) return FailGroup(fetch, IDS_INIT_INDEX_FAILED);
     fetch.writer.store = &fetch.store;
     uint32_t lastFetched = 0;
-    const bool fetched = FetchNewArticles(fetch, reply, lastFetched);
-    return CloseFiles(fetch, fetched) && RecordOutcome(fetch, lastFetched, reply.last);
+    return FetchNewArticles(fetch, reply, lastFetched) && RecordOutcome(fetch, lastFetched, reply.last);
 }
 
 }  // namespace
-
-NarrowText MakeCommand(const char* word, const char* argument) {
-    const std::size_t wordLength = std::strlen(word);
-    const std::size_t argumentLength = std::strlen(argument);
-    NarrowText command = NewArray<char>(wordLength + argumentLength + 1);
-    if (!command) {
-        SetError(kErrorNoMemory);
-        return nullptr;
-    }
-    std::memcpy(command.get(), word, wordLength);
-    std::memcpy(command.get() + wordLength, argument, argumentLength + 1);
-    return command;
-}
 
 void DownloadGroup(const GroupDownload& download) {
     std::unique_ptr<Fetch> fetch(new (std::nothrow) Fetch);

@@ -19,9 +19,6 @@ struct GroupDownload {
 };
 
 // Selects the group, fetches what is new up to the limit and records in the index header how far it got and
-// the text of the outcome. The outcome is in `result`: with kError the header is as it was, so that the next
-// run fetches the same articles again.
+// the text of the outcome. The outcome is in `result`: with kError, and with kWarning for a group that
+// the server refused, the header is as it was, so that the next run fetches the same articles again.
 void DownloadGroup(const GroupDownload& download);
-
-// "GROUP " and the like followed by a text; null with error 8.
-NarrowText MakeCommand(const char* word, const char* argument);

@@ -111,3 +111,16 @@ bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
     FinishLine(assembler, strip);
     return true;
 }
+
+NarrowText MakeCommand(const char* word, const char* argument) {
+    const std::size_t wordLength = std::strlen(word);
+    const std::size_t argumentLength = std::strlen(argument);
+    NarrowText command = NewArray<char>(wordLength + argumentLength + 1);
+    if (!command) {
+        SetError(kErrorNoMemory);
+        return nullptr;
+    }
+    std::memcpy(command.get(), word, wordLength);
+    std::memcpy(command.get() + wordLength, argument, argumentLength + 1);
+    return command;
+}

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "platform/platform.h"
+#include "text/owned.h"
 
 constexpr uint32_t kReceiveBufferSize = 4096;
 constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
@@ -48,3 +49,6 @@ void SendText(NntpConnection& connection, const char* text, std::size_t length);
 // fit, 38 when the peer closed, 13 when receiving failed or nothing came for two minutes. A 0 byte fails too,
 // without setting an error of its own.
 [[nodiscard]] bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip);
+
+// "GROUP " and the like followed by a text; null with error 8.
+NarrowText MakeCommand(const char* word, const char* argument);

@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "nntp/article_download.h"
 #include "nntp/reply.h"
 #include "resources/resource.h"
 #include "store/file.h"
@@ -144,7 +143,7 @@ void ShowCount(GroupListJob& job) {
 }
 
 // Each change of the counter waits for the dialog's thread, so a change that nobody could see is left out:
-// the next reply is here, or comes before the counter is due again.
+// the next reply is here, or begins before the counter is due again.
 void CountGroup(GroupListJob& job) {
     ++job.groupCount;
     const DWORD passed = GetTickCount() - job.shownAt;

@@ -305,6 +305,10 @@ const ContentCase kContents[] = {
     {"dots are unstuffed", "", "..\r\n..x\r\n.x\r\n...\r\n. \r\na.\r\n", "",
      ".\r\n.x\r\nx\r\n..\r\n \r\na.\r\n"},
     {"a lone LF and a CR inside a line stay", "", "a\n.\nb\r\nc\rd\n", "", "a\n.\nb\r\nc\rd\n"},
+    {"the only CR of a header line becomes a blank: the line still ends", "Subject: a\rb\nFrom: f\r\n", "",
+     "Subject: a b\r\nFrom: f\r\n", ""},
+    {"the only CR of a body line becomes a kana: the line still ends", "", "\x1b(Ia\rb\nc\r\n", "",
+     "\xe1\x8d\xe2\r\nc\r\n"},
 };
 
 TEST(Download, StoresWhatTheServerSends) {
