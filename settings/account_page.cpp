@@ -16,13 +16,11 @@ void EnableEdits(HWND dialog) {
 }
 
 bool UpdateMode(HWND dialog, const Settings& settings) {
-    if (IsBoxChecked(dialog, IDC_USE_PASSWORD)) {
-        ShowNarrow(dialog, IDC_ACCOUNT_ID, settings.UserID);
-        ShowNarrow(dialog, IDC_ACCOUNT_PASSWORD, settings.Password);
-        ShowNarrow(dialog, IDC_ACCOUNT_REPEAT, settings.Password);
-    }
     EnableEdits(dialog);
-    return true;
+    return !IsBoxChecked(dialog, IDC_USE_PASSWORD) ||
+           (ShowNarrow(dialog, IDC_ACCOUNT_ID, settings.UserID) &&
+            ShowNarrow(dialog, IDC_ACCOUNT_PASSWORD, settings.Password) &&
+            ShowNarrow(dialog, IDC_ACCOUNT_REPEAT, settings.Password));
 }
 
 bool TakeUser(HWND dialog, Settings& settings) {
@@ -57,16 +55,19 @@ AccountPage::AccountPage() : SettingsPage(IDD_PAGE_ACCOUNT, IDS_PAGE_ACCOUNT) {}
 
 void AccountPage::Init(HWND dialog) {
     CheckBox(dialog, IDC_USE_PASSWORD, settings->UserID != nullptr);
-    if (UpdateMode(dialog, *settings)) return;
+    shown = UpdateMode(dialog, *settings);
+    if (shown) return;
     MessageBoxW(nullptr, FormatLastError(L"SetPassMode failed(%d)."), kProgramCaption, MB_OK | MB_ICONERROR);
 }
 
 INT_PTR AccountPage::Command(HWND dialog, int id, int notice) {
     if (id != IDC_USE_PASSWORD || notice != BN_CLICKED) return 0;
-    return UpdateMode(dialog, *settings);
+    shown = UpdateMode(dialog, *settings);
+    return shown;
 }
 
 bool AccountPage::Apply(HWND dialog) {
+    if (!shown) return true;
     if (IsBoxChecked(dialog, IDC_USE_PASSWORD))
         return TakeUser(dialog, *settings) && TakePassword(dialog, *settings);
     settings->UserID.reset();

@@ -36,7 +36,8 @@ void ListSizes(HWND dialog, int id, int32_t selected) {
         wsprintfW(text, L"%d", size);
         SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
     }
-    Select(combo, selected <= kLargestSize ? selected - kSmallestSize : 0);
+    const bool listed = selected >= kSmallestSize && selected <= kLargestSize;
+    Select(combo, listed ? selected - kSmallestSize : 0);
 }
 
 void EnableChoices(HWND dialog, bool enabled) {

@@ -19,8 +19,8 @@ uint32_t DwordOr(const RegistryKeyOwner& key, const wchar_t* name, uint32_t miss
 }
 
 // A value that memory has no room for is not missing: the next save would write its default over it.
-bool IsMissing() {
-    return GetError() != kErrorNoMemory;
+bool IsOutOfMemory() {
+    return GetError() == kErrorNoMemory;
 }
 
 // False only when memory runs out; `missing` is set, and the buffer stays, when there is no such value.
@@ -28,7 +28,7 @@ bool ReadOptional(const RegistryKeyOwner& key, const wchar_t* name, wchar_t* buf
                   bool& missing) {
     if (ReadTextInto(key, name, buffer, capacity)) return true;
     missing = true;
-    return IsMissing();
+    return !IsOutOfMemory();
 }
 
 // What the program cannot run without: a missing value takes its default and is noted.
@@ -38,8 +38,8 @@ bool ReadRequired(const RegistryKeyOwner& key, Settings& settings, bool& complet
     settings.Limit = kDefaultLimit;
     bool missing = false;
     if (!ReadOptional(key, L"Server", settings.Server, kServerSize, missing)) return false;
-    if (!ReadOptional(key, L"DataPath", settings.DataPath, kDataPathSize, missing)) return false;
     if (!ReadDword(key, L"Port", settings.Port)) missing = true;
+    if (!ReadOptional(key, L"DataPath", settings.DataPath, kDataPathSize, missing)) return false;
     if (!ReadDword(key, L"Limit", settings.Limit)) missing = true;
     if (missing) complete = false;
     return true;
@@ -73,9 +73,10 @@ bool ReadBehaviour(const RegistryKeyOwner& key, Settings& settings) {
     settings.KeyMode = DwordOr(key, L"KeyMode", 0);
     settings.AutoNextArticle = DwordOr(key, L"AutoNextArticle", 1);
     settings.Dialup = DwordOr(key, L"Dialup", 0);
-    settings.DisconnectWaitTime = DwordOr(key, L"DisconnectWaitTime", 0);
     settings.EntryName[0] = L'\0';
-    return ReadOptional(key, L"EntryName", settings.EntryName, kEntryNameSize, missing);
+    if (!ReadOptional(key, L"EntryName", settings.EntryName, kEntryNameSize, missing)) return false;
+    settings.DisconnectWaitTime = DwordOr(key, L"DisconnectWaitTime", 0);
+    return true;
 }
 
 bool ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
@@ -84,7 +85,7 @@ bool ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
     if (!ReadOptional(key, L"FontName", settings.FontName, kFontNameSize, missing)) return false;
     settings.FontSizeA = static_cast<int32_t>(DwordOr(key, L"FontSizeA", kDefaultFontSize));
     settings.FontSizeS = static_cast<int32_t>(DwordOr(key, L"FontSizeS", kDefaultFontSize));
-    // A face that gives no font leaves none: the views then draw with the system's.
+    // A face that gives no font leaves none: the views are then given the system's.
     (void)MakeViewFont(settings.FontName, settings.FontSizeA, settings.ArticleFont);
     (void)MakeViewFont(settings.FontName, settings.FontSizeS, settings.SubjectFont);
     settings.HeaderColor = DwordOr(key, L"HeaderColor", 0);
@@ -96,7 +97,7 @@ bool ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
 bool ReadNarrow(const RegistryKeyOwner& key, const wchar_t* name, NarrowText& value) {
     const WideText text = ReadText(key, name);
     value = text ? ToNarrow(text.get()) : nullptr;
-    return value || IsMissing();
+    return value || !IsOutOfMemory();
 }
 
 bool ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
@@ -123,7 +124,7 @@ bool MakeDraftPath(Settings& settings) {
 
 bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
     settings.EditorPath = ReadText(key, L"EditorPath");
-    if (!settings.EditorPath && IsMissing()) settings.EditorPath = CopyText(L"");
+    if (!settings.EditorPath && !IsOutOfMemory()) settings.EditorPath = CopyText(L"");
     return settings.EditorPath ? MakeDraftPath(settings) : Fail(kErrorNoMemory);
 }
 

@@ -10,7 +10,7 @@ INT_PTR OnNotify(HWND dialog, SettingsPage& page, const NMHDR& header) {
         SetDialogResult(dialog, page.Apply(dialog) ? 0 : 1);
         return TRUE;
     }
-    if (header.code == static_cast<UINT>(PSN_APPLY)) {
+    if (header.code == PSN_APPLY) {
         SetDialogResult(dialog, page.Apply(dialog) ? PSNRET_NOERROR : PSNRET_INVALID_NOCHANGEPAGE);
         return TRUE;
     }
@@ -66,9 +66,9 @@ void ShowDecimal(HWND dialog, int id, uint32_t value) {
     SetDlgItemTextW(dialog, id, text);
 }
 
-void ShowNarrow(HWND dialog, int id, const NarrowText& text) {
+bool ShowNarrow(HWND dialog, int id, const NarrowText& text) {
     const WideText wide = ToWide(text ? text.get() : "");
-    SetDlgItemTextW(dialog, id, wide ? wide.get() : L"");
+    return wide && SetDlgItemTextW(dialog, id, wide.get());
 }
 
 bool RefuseControl(HWND dialog, int id) {

@@ -10,7 +10,6 @@ class SettingsPage {
   public:
     // `titleId` is the string of the page's tab.
     SettingsPage(WORD dialogId, UINT titleId);
-    virtual ~SettingsPage() = default;
     SettingsPage(const SettingsPage&) = delete;
     SettingsPage& operator=(const SettingsPage&) = delete;
 
@@ -24,11 +23,14 @@ class SettingsPage {
     // text selected; those before it are copied already.
     [[nodiscard]] virtual bool Apply(HWND) { return true; }
 
+    virtual ~SettingsPage() = default;
+
     WORD dialogId;
     DLGPROC procedure;
     wchar_t title[kTextCapacity] = {};
     Settings* settings = nullptr;  // the record being edited; not owned
     HINSTANCE instance = nullptr;
+    bool shown = true;  // the controls show what the record holds; texts that they do not are not taken
 };
 
 // The procedure of all pages but the colour page, which calls it first.
@@ -46,8 +48,8 @@ void CheckBox(HWND dialog, int id, bool checked);
 void EnableControl(HWND dialog, int id, bool enabled);
 void ShowDecimal(HWND dialog, int id, uint32_t value);
 
-// Shows a text of the record; null shows as empty.
-void ShowNarrow(HWND dialog, int id, const NarrowText& text);
+// Shows a text of the record; null shows as empty. Error 8 shows nothing.
+[[nodiscard]] bool ShowNarrow(HWND dialog, int id, const NarrowText& text);
 
 // Gives the control the focus and selects its text. Answers false.
 bool RefuseControl(HWND dialog, int id);

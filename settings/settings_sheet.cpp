@@ -4,6 +4,7 @@
 
 #include "resources/resource.h"
 #include "settings/pages.h"
+#include "settings/registry.h"
 #include "text/last_error.h"
 
 namespace {
@@ -18,6 +19,16 @@ SheetPage DescribePage(const SettingsPage& page) {
     description.pfnDlgProc = page.procedure;
     description.lParam = reinterpret_cast<LPARAM>(&page);
     return description;
+}
+
+// False when only a part was read, which must not be written back over the rest. A registry that cannot be
+// opened at all has nothing to lose.
+bool StartFromRegistry(Settings& settings) {
+    bool complete = false;
+    RegistryKeyOwner key;
+    if (LoadSettings(settings, complete) || !OpenKey(HKEY_CURRENT_USER, kProgramKey, key)) return true;
+    MessageBoxW(nullptr, LoadResString(IDS_NO_MEMORY), kProgramCaption, MB_OK | MB_ICONERROR);
+    return false;
 }
 
 }  // namespace
@@ -64,9 +75,7 @@ INT_PTR RunPropertySheet(const SettingsPages& pages, int first, int count, HINST
 
 INT_PTR RunSettingsSheet(Settings& settings, HINSTANCE instance, HWND owner) {
     SettingsPages pages;
-    bool complete = false;
-    if (!MakeSettingsPages(pages, settings, instance)) return 2;
-    (void)LoadSettings(settings, complete);
+    if (!MakeSettingsPages(pages, settings, instance) || !StartFromRegistry(settings)) return 2;
     if (RunPropertySheet(pages, 0, kShownPageCount, instance, owner) != 1) return 2;
     (void)SaveSettings(settings);
     return 1;

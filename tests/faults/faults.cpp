@@ -4,8 +4,10 @@
 #include <mutex>
 #include <set>
 #include <utility>
+#include <vector>
 
 #include "platform/memory.h"
+#include "platform/platform.h"
 #include "store/file.h"
 
 namespace {
@@ -103,6 +105,26 @@ INT_PTR WINAPI RunDialogForUser(HINSTANCE instance, const DLGTEMPLATE* layout, H
     return dialogResult;
 }
 
+// All pages stand at once; the user works on the first, and OK asks each.
+INT_PTR WINAPI RunSheetForUser(const PROPSHEETHEADERW* sheet) {
+    std::vector<HWND> pages;
+    for (UINT i = 0; i < sheet->nPages; ++i) {
+        const PROPSHEETPAGEW& page = sheet->ppsp[i];
+        pages.push_back(CreateDialogParamW(page.hInstance, page.pszTemplate, nullptr, page.pfnDlgProc,
+                                           reinterpret_cast<LPARAM>(&page)));
+    }
+    const auto user = std::exchange(dialogUser, nullptr);
+    if (user) user(pages.front());
+    INT_PTR result = 1;
+    for (const HWND page : pages) {
+        NMHDR notice = {page, 0, static_cast<UINT>(PSN_APPLY)};
+        SendMessageW(page, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notice));
+        if (GetWindowLongPtrW(page, DWLP_MSGRESULT) != PSNRET_NOERROR) result = -1;
+        DestroyWindow(page);
+    }
+    return result;
+}
+
 BOOL WINAPI NoteDialogResult(HWND, INT_PTR result) {
     dialogResult = result;
     return TRUE;
@@ -114,9 +136,11 @@ BOOL WINAPI NoteDialogResult(HWND, INT_PTR result) {
 extern "C" {
 extern decltype(&AnswerBox) replacedMessageBox __asm__("__imp_MessageBoxW");
 extern decltype(&RunDialogForUser) replacedDialogBox __asm__("__imp_DialogBoxIndirectParamW");
+extern decltype(&RunSheetForUser) replacedSheet __asm__("__imp_PropertySheetW");
 extern decltype(&NoteDialogResult) replacedEndDialog __asm__("__imp_EndDialog");
 decltype(&AnswerBox) replacedMessageBox = AnswerBox;
 decltype(&RunDialogForUser) replacedDialogBox = RunDialogForUser;
+decltype(&RunSheetForUser) replacedSheet = RunSheetForUser;
 decltype(&NoteDialogResult) replacedEndDialog = NoteDialogResult;
 }
 

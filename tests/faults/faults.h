@@ -42,5 +42,6 @@ int HeldBlocks();
 std::string TakeBoxes();
 void AddBox(const wchar_t* text);
 
-// What the user does in the next modal dialog, once it stands. The dialog ends when its code ends it.
+// What the user does in the next modal dialog or on the first page of the next sheet, once it stands. The
+// dialog ends when its code ends it.
 void UseNextDialog(std::function<void(HWND)> user);

@@ -4,7 +4,7 @@
 #include "filters/keyword_filter.h"
 #include "nntp/session.h"
 #include "resources/resource.h"
-#include "settings/settings.h"
+#include "settings/settings_sheet.h"
 #include "shell/reload.h"
 #include "store/article_list.h"
 #include "store/delete_read.h"
@@ -414,13 +414,12 @@ void PutSettings(const TempFolder& folder) {
     EXPECT_TRUE(SaveSettings(settings));
 }
 
-// What the properties sheet does: load, change one value, store all.
 Outcome ChangeSettings(const TempFolder&) {
     Settings settings;
-    bool complete = false;
-    if (!LoadSettings(settings, complete)) return Answer(false);
-    settings.Limit = 30;
-    return Answer(SaveSettings(settings));
+    bool opened = false;
+    UseNextDialog([&](HWND page) { opened = SetDlgItemTextW(page, IDC_LIMIT, L"30") != 0; });
+    const bool ok = RunSettingsSheet(settings, GetModuleHandleW(nullptr), nullptr) == 1;
+    return {ok, TakeBoxes(), !opened};
 }
 
 // The disk works again after a start that failed, and the user goes on without a new one.
