@@ -83,11 +83,10 @@ void ShowNoMemory() {
     MessageBoxW(nullptr, LoadResString(IDS_NO_MEMORY), kProgramCaption, MB_OK | MB_ICONERROR);
 }
 
-// One line of the file, "+ keyword" or "- keyword".
+// One line of the file, "+ keyword" or "- keyword". A shorter one is none.
 bool AddLine(const KeywordDialogState& state, const char* line) {
-    const std::size_t length = std::strlen(line);
-    if (length == 0) return true;
-    const WideText keyword = ToWide(line + (length < 2 ? length : 2));
+    if (std::strlen(line) < 2) return true;
+    const WideText keyword = ToWide(line + 2);
     return keyword && AddKeyword(state, keyword.get(), line[0] == '+' ? kPriorityHigh : kPriorityLow);
 }
 
@@ -96,8 +95,8 @@ void NoteLoadFailure(KeywordDialogState& state) {
     ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
 }
 
-// What the list does not show would be lost with the next save, so a load that failed is remembered. A
-// line that is too long ends the list, as it does where subjects are matched.
+// What the list does not show would be lost with the next save, so a load that failed is remembered. Not so
+// for a line that is too long: what stands behind it is not matched either.
 void LoadKeywords(KeywordDialogState& state) {
     DataFile file;
     if (!OpenKeywordFile(file, state.filterPath)) {
@@ -115,16 +114,22 @@ void LoadKeywords(KeywordDialogState& state) {
     NoteLoadFailure(state);
 }
 
+// Up to its first line end: a keyword is one line of the file.
+WideText ProposedKeyword(const KeywordDialogState& state) {
+    WideText keyword = state.proposedKeyword ? CopyText(state.proposedKeyword) : nullptr;
+    if (keyword) keyword[wcscspn(keyword.get(), L"\r\n")] = L'\0';
+    return keyword;
+}
+
 INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
     SetWindowPointer(dialog, kUserData, state);
     state->dialog = dialog;
     ShowPriority(*state, kPriorityNormal);
+    const WideText proposed = ProposedKeyword(*state);
     // Selected at once: it stays so where memory runs out in the search for the first item of the same text.
-    if (state->proposedKeyword && AddKeyword(*state, state->proposedKeyword, kPriorityNormal)) {
-        TellList(*state, CB_SETCURSEL, 0, 0);
-    }
+    if (proposed && AddKeyword(*state, proposed.get(), kPriorityNormal)) TellList(*state, CB_SETCURSEL, 0, 0);
     LoadKeywords(*state);
-    if (state->proposedKeyword) SelectKeyword(*state, state->proposedKeyword);
+    if (proposed) SelectKeyword(*state, proposed.get());
     return TRUE;
 }
 

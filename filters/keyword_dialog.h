@@ -11,6 +11,7 @@ struct KeywordDialogState {
 };
 
 // Runs the dialog modally: 1 when the file was replaced (OK), else 2. A file that could not be read whole is
-// not replaced. Until the new file is complete the old one stands.
+// not replaced, but for lines behind one of 1024 bytes or more, which are matched with nothing. Until the new
+// file is complete the old one stands.
 INT_PTR RunKeywordDialog(KeywordDialogState& state, HINSTANCE instance, HWND owner, const wchar_t* filterPath,
                          const wchar_t* proposedKeyword);

@@ -8,8 +8,8 @@
 
 namespace {
 
-// The buffers are made for the longest result, so a conversion cannot come out short of room; what the system
-// refuses all the same reads as an empty text.
+// The buffers are made for the longest result in Shift_JIS; what the system refuses all the same, as it may
+// in other code pages, reads as an empty text.
 void EndAt(wchar_t* buffer, int written) {
     buffer[written > 0 ? written - 1 : 0] = L'\0';
 }
