@@ -49,8 +49,13 @@ void ShowEntries(HWND list, NameList& entries) {
     InvalidateRect(list, nullptr, TRUE);
 }
 
+// A button that is pressed has the focus; where it is disabled with it, the keyboard reaches nothing any
+// more.
 void EnableCategoryButton(const SubscribeState& state, bool enabled) {
-    EnableWindow(GetDlgItem(state.dialog, IDC_SUBSCRIBE_CATEGORIES), enabled);
+    const HWND button = GetDlgItem(state.dialog, IDC_SUBSCRIBE_CATEGORIES);
+    if (!enabled && GetFocus() == button)
+        SendMessageW(state.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(ListOf(state)), TRUE);
+    EnableWindow(button, enabled);
 }
 
 // What memory does not hold is not shown.
@@ -129,25 +134,28 @@ void OnDoubleClick(SubscribeState& state) {
     }
 }
 
+bool TellLoadFailure(UINT id) {
+    ShowLastError(id, kProgramCaption);
+    return false;
+}
+
 // Every line as it stands, comments and empty ones too: they are written back as they were.
 bool LoadSubscriptions(SubscribeState& state) {
     DataFile file;
     if (!CreateStringSet(state.subscriptions)) {
-        ShowLastError(IDS_SUBSCRIBE_HASH_FAILED, kProgramCaption);
-        return false;
+        state.loadError = GetError();
+        return TellLoadFailure(IDS_SUBSCRIBE_HASH_FAILED);
     }
     if (!OpenDataFile(file, state.groupPath, FileMode::kRead)) {
-        state.mayReplace = GetError() == kErrorFileNotFound;
-        ShowLastError(IDS_SUBSCRIBE_OPEN_FAILED, kProgramCaption);
-        return false;
+        state.loadError = GetError() == kErrorFileNotFound ? 0 : GetError();
+        return TellLoadFailure(IDS_SUBSCRIBE_OPEN_FAILED);
     }
     char line[kLongestName + 1];
-    bool added = true;
-    while (added && ReadLine(file, line, sizeof(line), true))
-        added = AddString(state.subscriptions, line) != nullptr;
-    state.mayReplace = added && GetError() == kErrorEndOfFile;
-    if (!state.mayReplace) ShowLastError(IDS_SUBSCRIBE_LOAD_FAILED, kProgramCaption);
-    return state.mayReplace;
+    while (ReadLine(file, line, sizeof(line), true) && AddString(state.subscriptions, line)) {
+    }
+    if (GetError() == kErrorEndOfFile) return true;
+    state.loadError = GetError();
+    return TellLoadFailure(IDS_SUBSCRIBE_LOAD_FAILED);
 }
 
 void PrepareList(SubscribeState& state) {
@@ -205,10 +213,14 @@ bool WriteNames(DataFile& file, const StringSet& names) {
 }
 
 // What was not read whole must not be written over.
+bool OpenForReplacing(const SubscribeState& state, DataFile& file) {
+    return state.loadError == 0 ? OpenDataFile(file, state.groupPath, FileMode::kRewrite)
+                                : Fail(state.loadError);
+}
+
 void SaveSubscriptions(const SubscribeState& state) {
     DataFile file;
-    if (!state.mayReplace) return;
-    if (!OpenDataFile(file, state.groupPath, FileMode::kRewrite)) {
+    if (!OpenForReplacing(state, file)) {
         ShowLastError(IDS_SUBSCRIBE_REPLACE_FAILED, kProgramCaption);
         return;
     }

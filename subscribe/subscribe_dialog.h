@@ -19,7 +19,7 @@ struct SubscribeState {
     HIMAGELIST imageList = nullptr;  // the marks; released when the dialog has closed
     StringSet subscriptions;         // the chosen names, as they stand in the file
     bool listsCategories = true;     // else the groups of one category
-    bool mayReplace = false;         // the set holds all of "group.dat"
+    unsigned loadError = 0;          // why the set does not hold the whole file; 0 when it does
 };
 
 // Runs the dialog modally: 1 when it was closed with OK, whether or not "group.dat" could be written, else 2.

@@ -97,14 +97,16 @@ const struct {
                 {"download", IDC_SUBSCRIBE_DOWNLOAD},
                 {"back", IDC_SUBSCRIBE_CATEGORIES}};
 
-// A button's word presses it; "? a b*" are the rows that must show, b marked; "on back" and "off back" say
-// whether the way back is open, "focus" and an id who has the focus, "below" is the empty space in the list.
-// All else is a row to double-click.
+// A button's word presses it, as a click does that gives it the focus; "? a b*" are the rows that must show,
+// b marked; "on back" and "off back" say whether the way back is open, "focus" and an id who has the focus,
+// "below" is the empty space in the list. All else is a row to double-click.
 bool Play(HWND dialog, const std::string& part) {
     const HWND list = ListOf(dialog);
     for (const auto& button : kButtons) {
-        if (part == button.word) Press(dialog, button.id);
-        if (part == button.word) return true;
+        if (part != button.word) continue;
+        SetFocus(GetDlgItem(dialog, button.id));
+        Press(dialog, button.id);
+        return true;
     }
     RECT area{};
     GetClientRect(list, &area);
@@ -171,7 +173,8 @@ const ChoiceCase kChoices[] = {
     {"categories are sorted and unmarked", {"fj"}, "? alt fj fjx junk | off back | focus 1015 | cancel", {}},
     {"a category lists what begins like it, in its own case, but no name that can be no file's",
      {"fj.ba"},
-     "fj | ? fj.ab fj.ba* fj.comp fj.test fj.日本 fjx.test | on back | back | off back | alt | ? alt.test | "
+     "fj | ? fj.ab fj.ba* fj.comp fj.test fj.日本 fjx.test | on back | back | off back | focus 1015 | alt | "
+     "? alt.test | "
      "cancel",
      {}},
     {"what was chosen is remembered while other categories show",
@@ -220,7 +223,9 @@ TEST_F(SubscribeTest, AFileThatWasNotReadWholeIsNotWrittenOver) {
         ASSERT_TRUE(!row.held || OpenDataFile(held, group_.c_str(), FileMode::kReadAlone));
         if (row.readError)
             SetFileFault([](FileCall call) -> DWORD { return call == FileCall::kRead ? ERROR_CRC : 0; });
-        Run("? | OK", {std::string("x|PELNOR|") + row.box},
+        const std::string error = row.held ? "(32)" : row.readError ? "(23)" : "(8)";
+        Run("? | OK",
+            {std::string("x|PELNOR|") + row.box, "x|PELNOR|グループファイルが開けませんでした" + error},
             {{IDC_SUBSCRIBE_LIST, [&](HWND) { return CloseDataFile(held); }}});
         SetFileFault(nullptr);
         EXPECT_EQ(Groups(), row.file);
