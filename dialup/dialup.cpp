@@ -31,10 +31,20 @@ void DisableCancel(HWND dialog) {
     EnableWindow(GetDlgItem(dialog, IDCANCEL), FALSE);
 }
 
-// The connect dialog. Its user data is the frame.
+// The connect dialog. Its user data is the frame until how the call ended is known: it is told once, whatever
+// else arrives while the dialog goes.
 
-HWND FrameOf(HWND dialog) {
-    return static_cast<HWND>(GetWindowPointer(dialog, kUserData));
+HWND TakeFrame(HWND dialog) {
+    const auto frame = static_cast<HWND>(GetWindowPointer(dialog, kUserData));
+    SetWindowPointer(dialog, kUserData, nullptr);
+    return frame;
+}
+
+void EndCall(HWND dialog, UINT message) {
+    const HWND frame = TakeFrame(dialog);
+    if (!frame) return;
+    PostMessageW(frame, message, 0, 0);
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
 }
 
 void OnConnected(HWND dialog) {
@@ -43,17 +53,19 @@ void OnConnected(HWND dialog) {
 }
 
 void OnDialFailed(HWND dialog) {
+    const HWND frame = TakeFrame(dialog);
     wchar_t caption[kTextCapacity];
     const wchar_t* loaded = LoadResString(IDS_DIAL_ERROR_CAPTION);
     CopyCut(caption, kTextCapacity, loaded ? loaded : L"");
     ShowWindow(dialog, SW_HIDE);
     MessageBoxW(dialog, LoadResString(IDS_DIAL_FAILED), caption, MB_OK | MB_ICONEXCLAMATION);
-    PostMessageW(FrameOf(dialog), kHangUpMessage, 0, 0);
+    PostMessageW(frame, kHangUpMessage, 0, 0);
     PostMessageW(dialog, WM_CLOSE, 0, 0);
 }
 
 // A state that fails comes a second time with its error: the call is over then.
 void OnRasEvent(HWND dialog, WPARAM state, LPARAM error) {
+    if (!GetWindowPointer(dialog, kUserData)) return;
     const auto reached = error != 0 ? RASCS_Disconnected : static_cast<RASCONNSTATE>(state);
     for (const StateText& text : kStateTexts) {
         if (text.state == reached) ShowStatus(dialog, text.stringId);
@@ -68,14 +80,7 @@ void OnConnectTimer(HWND dialog, WPARAM timer) {
         return;
     }
     KillTimer(dialog, kConnectedTimer);
-    PostMessageW(FrameOf(dialog), kStartRunMessage, 0, 0);
-    PostMessageW(dialog, WM_CLOSE, 0, 0);
-}
-
-void OnConnectCommand(HWND dialog, int id) {
-    if (id != IDCANCEL) return;
-    PostMessageW(FrameOf(dialog), kHangUpMessage, 0, 0);
-    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    EndCall(dialog, kStartRunMessage);
 }
 
 INT_PTR CALLBACK ConnectProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -91,9 +96,10 @@ INT_PTR CALLBACK ConnectProcedure(HWND dialog, UINT message, WPARAM wParam, LPAR
             OnConnectTimer(dialog, wParam);
             return TRUE;
         case WM_COMMAND:
-            OnConnectCommand(dialog, LOWORD(wParam));
+            if (LOWORD(wParam) == IDCANCEL) EndCall(dialog, kHangUpMessage);
             return TRUE;
         case WM_CLOSE:
+            EndCall(dialog, kHangUpMessage);  // closed by Alt+F4: nobody else would enable the frame again
             DestroyWindow(dialog);
             return TRUE;
         default:
@@ -193,10 +199,13 @@ void StartDial(HWND frame, HINSTANCE instance, const wchar_t* entry, HRASCONN* c
     *connection = nullptr;
     EnableWindow(frame, FALSE);
     const HWND dialog = ShowConnectDialog(frame, instance, entry);
+    if (!dialog) {  // without a window to report to, the call would hold the program up until it ends
+        PostMessageW(frame, kHangUpMessage, 0, 0);
+        return;
+    }
     const DWORD error = StartRasDial(&parameters, dialog, connection);
     // A call that does not even start reports nothing by itself.
     if (error != 0) PostMessageW(dialog, WM_RASDIALEVENT, RASCS_Disconnected, static_cast<LPARAM>(error));
-    if (!dialog) PostMessageW(frame, kHangUpMessage, 0, 0);
     Sleep(1);
 }
 

@@ -56,9 +56,7 @@ class DialUpTest : public testing::Test {
     void ExpectIdle(const FrameRun& run, HWND dialog) const {
         const HWND frame = run.frame.mainWindow;
         EXPECT_TRUE(Await([&] { return !IsWindow(dialog) && IsWindowEnabled(frame); }));
-        // The loop of a dialog that a message from the worker ended goes on, and may show the dialog once more,
-        // until a posted message reaches it.
-        EXPECT_TRUE(Await([&] { return PostMessageW(frame, WM_NULL, 0, 0) && run.thread.Find({}) == frame; }));
+        EXPECT_TRUE(Await([&] { return run.thread.Find({}) == frame; }));
         EXPECT_TRUE(Await([&] { return !run.frame.dialled && !run.frame.job; }));
     }
 
@@ -164,6 +162,31 @@ TEST_F(DialUpTest, CancelEndsTheCall) {
         Report(RASCS_Connected);  // too late: the window is gone
         ExpectIdle(run, dialog);
     }
+}
+
+// A step that fails may be followed by the end of the call, or come too late for it: one box, one hang-up.
+TEST_F(DialUpTest, ACallEndsOnce) {
+    Store(9, 0);
+    const FrameRun run;
+    ASSERT_TRUE(run.Window());
+    const HWND dialog = Dial(run);
+    Report(RASCS_Authenticate, ERROR_AUTHENTICATION_FAILURE);
+    Report(RASCS_Disconnected);
+    Report(RASCS_Connected);
+    EXPECT_EQ(run.thread.CloseBox(kFailureCaption), L"接続できませんでした");
+    ExpectIdle(run, dialog);
+    EXPECT_EQ(ras->hangUps, 1);
+}
+
+// As Alt+F4 does, which reaches a dialog without a close button too.
+TEST_F(DialUpTest, ClosingTheDialogEndsTheCall) {
+    Store(9, 0);
+    const FrameRun run;
+    ASSERT_TRUE(run.Window());
+    const HWND dialog = Dial(run);
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    ExpectIdle(run, dialog);
+    EXPECT_EQ(ras->hangUps, 1);
 }
 
 TEST_F(DialUpTest, CancelInTheWaitKeepsTheLine) {
