@@ -45,9 +45,8 @@ inline HMENU ChildId(int id) {
     return reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
 }
 
-// A movable memory block with a copy of `size` bytes, as the clipboard takes it over; null when memory runs
-// out.
-HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size);
+// Gives the open clipboard a copy of `size` bytes. Error 8 when memory runs out.
+[[nodiscard]] bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size);
 
 // Runs the dialog `id` of `instance` modally with `parameter` for WM_INITDIALOG. Returns what EndDialog was
 // given, -1 when the template is missing or the dialog cannot be made.

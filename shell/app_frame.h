@@ -26,10 +26,11 @@ struct AppFrame {
     HACCEL accelerators = nullptr;
     bool busy = false;                         // a modal operation or a run is under way
     ViewKind currentView = ViewKind::kDrafts;  // the first switch to the group view finds another one current
-    std::unique_ptr<ArticleView> articleView;
-    std::unique_ptr<SubjectView> subjectView;
-    std::unique_ptr<GroupView> groupView;
+    // Declared so that they go in the order article, subject, group, drafts.
     std::unique_ptr<DraftTree> draftTree;
+    std::unique_ptr<GroupView> groupView;
+    std::unique_ptr<SubjectView> subjectView;
+    std::unique_ptr<ArticleView> articleView;
     uint32_t currentGroupRow = 0;  // of the group open in the subject view
     uint32_t viewReadArticles = 0;
     uint32_t showArticleHeader = 0;

@@ -66,11 +66,17 @@ int RunMessageLoop(const AppFrame& frame) {
     return static_cast<int>(message.wParam);
 }
 
+// The sockets end before the frame's parts go.
 int RunFrame(HINSTANCE instance, int showCommand) {
     AppFrame frame;
-    if (OpenFrame(frame, instance, showCommand)) return RunMessageLoop(frame);
-    MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
-    return 1;
+    int result = 1;
+    if (OpenFrame(frame, instance, showCommand)) {
+        result = RunMessageLoop(frame);
+    } else {
+        MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
+    }
+    WSACleanup();
+    return result;
 }
 
 }  // namespace
@@ -92,7 +98,7 @@ int RunPelnor(HINSTANCE instance, int showCommand) {
         MessageBoxW(nullptr, L"Init winsock failed.", L"Error", MB_OK | MB_ICONERROR);
         return 1;
     }
-    const int result = WakeFirstInstance() ? 0 : RunFrame(instance, showCommand);
+    if (!WakeFirstInstance()) return RunFrame(instance, showCommand);
     WSACleanup();
-    return result;
+    return 0;
 }

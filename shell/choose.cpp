@@ -32,6 +32,8 @@ bool RunSubscribe(const AppFrame& frame) {
 }  // namespace
 
 void Subscribe(AppFrame& frame) {
+    // A run whose progress was put away walks the rows that would be filled anew.
+    if (frame.job) return;
     frame.busy = true;
     if (RunSubscribe(frame)) (void)ReloadData(frame);
     frame.busy = false;

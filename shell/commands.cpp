@@ -73,6 +73,7 @@ void OnSubjectNotice(AppFrame& frame, UINT notice) {
 
 // The busy flag stays: it always has.
 void OnProperties(AppFrame& frame) {
+    if (frame.job) return;  // the run walks the rows that would be filled anew
     Settings edited;
     frame.busy = true;
     InitSettings(edited);

@@ -91,7 +91,7 @@ void SetFrameIcon(const AppFrame& frame) {
 
 LRESULT OnCreate(AppFrame& frame) {
     if (!MakeMenuBars(frame)) {
-        MessageBoxW(nullptr, L"FAILED", L"DEBUG", MB_OK);
+        MessageBoxW(nullptr, L"FAILED", L"DEBUG", MB_OK | MB_ICONERROR);
         PostQuitMessage(0);
         return 0;
     }

@@ -72,4 +72,6 @@ void FinishRun(AppFrame& frame, DownloadJob* job) {
     ReportEnd(frame, *finished->result);
     frame.busy = false;
     frame.job = nullptr;
+    // The loop of a progress dialog that ended amid this waits for one more message.
+    PostMessageW(frame.mainWindow, WM_NULL, 0, 0);
 }

@@ -41,14 +41,19 @@ void ShowSubjects(AppFrame& frame) {
     FocusCurrentView(frame);
 }
 
+// A view without a font draws no text: where the settings name none, it gets the system's.
+HFONT FontOf(const FontOwner& font) {
+    return font ? font.Get() : static_cast<HFONT>(GetStockObject(SYSTEM_FONT));
+}
+
 void UseSubjectSettings(AppFrame& frame) {
-    SetSubjectAppearance(*frame.subjectView, frame.settings.SubjectFont.Get(), frame.settings.KeyMode != 0);
+    SetSubjectAppearance(*frame.subjectView, FontOf(frame.settings.SubjectFont), frame.settings.KeyMode != 0);
 }
 
 void ShowArticle(AppFrame& frame) {
     const Settings& settings = frame.settings;
     SetArticleAppearance(*frame.articleView,
-                         {settings.ArticleFont.Get(), settings.HeaderColor, settings.ReferenceLine,
+                         {FontOf(settings.ArticleFont), settings.HeaderColor, settings.ReferenceLine,
                           settings.KeyMode != 0, settings.AutoNextArticle != 0});
     if (frame.currentView == ViewKind::kArticle) return;
     ShowMenuBar(frame, frame.articleBar);

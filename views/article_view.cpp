@@ -8,8 +8,8 @@
 
 namespace {
 
+constexpr int kHeightWithoutFont = 10;
 constexpr wchar_t kClassName[] = L"PELNORArticleViewWnd";
-constexpr int kLeastLineHeight = 10;
 
 // Layout.
 
@@ -42,7 +42,7 @@ bool MakeLayout(ArticleView& view, HDC dc) {
 bool EnsureLayout(ArticleView& view) {
     if (view.layoutValid) return true;
     view.layoutValid = true;
-    MeasureRowHeight(view, kLeastLineHeight);
+    MeasureRowHeight(view, view.font ? 1 : kHeightWithoutFont);
     view.scroll = {RowsPerPage(view), 0, 0};
     const HDC dc = GetDC(view.window);
     const HGDIOBJ oldFont = view.font ? SelectObject(dc, view.font) : nullptr;
@@ -89,13 +89,14 @@ void PaintLines(const ArticleView& view, HDC dc, const RECT& update) {
     const int width = view.rowArea.right - view.rowArea.left;
     RowCanvas canvas(dc, width, view.rowHeight, view.font);
     if (!canvas.IsReady()) return;
-    for (uint32_t row = 0; row < view.scroll.page; ++row) {
-        const RECT area = RowRectangle(view, row);
+    RECT area = RowRectangle(view, 0);
+    for (uint32_t row = 0; area.top < view.rowArea.bottom; area = RowRectangle(view, ++row)) {
+        if (area.bottom > view.rowArea.bottom) area.bottom = view.rowArea.bottom;  // the last may be cut off
         if (area.bottom <= update.top || area.top >= update.bottom) continue;
         canvas.Clear();
         const uint32_t index = view.scroll.top + row;
         if (view.font && index < view.layout.lineCount) DrawLine(view, canvas.Dc(), index);
-        canvas.CopyTo(area.left, area.top);
+        canvas.CopyTo(area);
     }
 }
 
@@ -104,7 +105,7 @@ LRESULT OnPaint(ArticleView& view) {
     const HDC dc = BeginPaint(view.window, &paint);
     (void)EnsureLayout(view);
     PaintLines(view, dc, paint.rcPaint);
-    PaintAround(view, dc, view.scroll.page);
+    PaintAround(view, dc, view.scroll.page + 1);
     view.scrollPending = false;
     EndPaint(view.window, &paint);
     return 0;
@@ -122,11 +123,13 @@ void Follow(const ArticleView& view, ScrollResult result) {
     if (result == ScrollResult::kAtEnd) NotifyParent(view, kArticleNext);
 }
 
-// Moves what is on the screen and draws only the line that is new.
+// Moves what is on the screen and draws only the line that is new, and what was cut off at the bottom.
 void ScrollLines(ArticleView& view, int direction) {
     ShowScrollPosition(view, view.scroll.top);
-    ScrollRowPixels(view, view.scroll.page, direction);
-    InvalidateRow(view, direction > 0 ? view.scroll.page - 1 : 0);
+    ScrollRowPixels(view, view.rowArea, direction);
+    RECT fresh = RowRectangle(view, direction > 0 ? view.scroll.page - 1 : 0);
+    if (direction > 0) fresh.bottom = view.rowArea.bottom;
+    InvalidateRect(view.window, &fresh, FALSE);
 }
 
 void OneLine(ArticleView& view, int direction) {
@@ -149,7 +152,9 @@ void OneStep(ArticleView& view, int direction) {
     }
 }
 
+// A key may come before the first paint of an article that was just opened.
 LRESULT OnKey(ArticleView& view, WPARAM key) {
+    (void)EnsureLayout(view);
     switch (key) {
         case VK_UP:
             OneStep(view, -1);
@@ -178,6 +183,7 @@ LRESULT OnKey(ArticleView& view, WPARAM key) {
 }
 
 LRESULT OnScroll(ArticleView& view, WORD code, WORD position) {
+    (void)EnsureLayout(view);
     switch (code) {
         case SB_LINEUP:
             OneLine(view, -1);
@@ -311,9 +317,7 @@ bool CopyArticle(const ArticleView& view, HWND owner) {
     const wchar_t* text = view.text ? view.text.get() : L"";
     if (!OpenClipboard(owner)) return false;
     EmptyClipboard();
-    const HANDLE block = MakeClipboardBlock(text, (wcslen(text) + 1) * sizeof(wchar_t));
-    const bool copied = block && SetClipboardData(CF_UNICODETEXT, block);
-    if (!block) SetError(kErrorNoMemory);
+    const bool copied = PutOnClipboard(CF_UNICODETEXT, text, (wcslen(text) + 1) * sizeof(wchar_t));
     const ErrorKeeper keeper;
     CloseClipboard();
     return copied;

@@ -97,8 +97,8 @@ void FillRow(HWND list, uint32_t row, const GroupStore& store) {
 
 bool AddGroup(HWND list, uint32_t row, const wchar_t* folder, const wchar_t* name) {
     GroupStore store;
-    if (!InsertRow(list, row, name)) return false;
-    if (!SetNames(store, folder, name) || !ReadHeader(store)) {
+    const bool added = InsertRow(list, row, name) || Fail(kErrorNoMemory);
+    if (!added || !SetNames(store, folder, name) || !ReadHeader(store)) {
         ShowLastError(IDS_INIT_INDEX_FILE_FAILED, kCaption);
         return false;
     }

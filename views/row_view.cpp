@@ -52,13 +52,15 @@ void PlaceRowArea(RowView& view, int headerHeight) {
 }
 
 void MeasureRowHeight(RowView& view, int least) {
+    view.rowHeight = least;
+    if (!view.font) return;
     TEXTMETRICW metrics = {};
     const HDC dc = GetDC(view.window);
-    const HGDIOBJ old = view.font ? SelectObject(dc, view.font) : nullptr;
+    const HGDIOBJ old = SelectObject(dc, view.font);
     GetTextMetricsW(dc, &metrics);
     if (old) SelectObject(dc, old);
     ReleaseDC(view.window, dc);
-    view.rowHeight = metrics.tmHeight > least ? metrics.tmHeight : least;
+    if (metrics.tmHeight > least) view.rowHeight = metrics.tmHeight;
 }
 
 uint32_t RowsPerPage(const RowView& view) {
@@ -82,9 +84,7 @@ void InvalidateRow(const RowView& view, uint32_t row) {
     InvalidateRect(view.window, &area, FALSE);
 }
 
-void ScrollRowPixels(RowView& view, uint32_t rows, int direction) {
-    RECT area = view.rowArea;
-    area.bottom = RowRectangle(view, rows - 1).bottom;
+void ScrollRowPixels(RowView& view, const RECT& area, int direction) {
     ScrollWindowEx(view.window, 0, -direction * view.rowHeight, &area, &area, nullptr, nullptr,
                    SW_INVALIDATE);
     view.scrollPending = true;
@@ -136,6 +136,7 @@ void RowCanvas::Clear() {
     PatBlt(Dc(), 0, 0, width_, height_, WHITENESS);
 }
 
-void RowCanvas::CopyTo(int x, int y) const {
-    BitBlt(window_, x, y, width_, height_, Dc(), 0, 0, SRCCOPY);
+void RowCanvas::CopyTo(const RECT& area) const {
+    const int height = area.bottom - area.top;
+    BitBlt(window_, area.left, area.top, width_, height < height_ ? height : height_, Dc(), 0, 0, SRCCOPY);
 }

@@ -45,7 +45,7 @@ void NotifyParent(const RowView& view, WORD notice);
 // Fits the row area, below `headerHeight` pixels, and the scroll bar to the window.
 void PlaceRowArea(RowView& view, int headerHeight);
 
-// Height of a line in the view's font, or of the system's font when it has none, and at least `least`.
+// Height of a line in the view's font, and at least `least`, which is all there is without a font.
 void MeasureRowHeight(RowView& view, int least);
 
 uint32_t RowsPerPage(const RowView& view);  // at least 1
@@ -54,8 +54,8 @@ RECT RowRectangle(const RowView& view, uint32_t row);
 void InvalidateRows(const RowView& view);
 void InvalidateRow(const RowView& view, uint32_t row);
 
-// Moves what is drawn of `rows` rows by one row, up for a direction above 0, down below.
-void ScrollRowPixels(RowView& view, uint32_t rows, int direction);
+// Moves what is drawn in `area` by one row, up for a direction above 0, down below.
+void ScrollRowPixels(RowView& view, const RECT& area, int direction);
 
 void SetScrollBar(const RowView& view, int maximum, uint32_t position);
 void ShowScrollPosition(const RowView& view, uint32_t position);
@@ -63,7 +63,7 @@ void ShowScrollPosition(const RowView& view, uint32_t position);
 // Where the thumb is, from a WM_VSCROLL message whose 16 bits may not hold it all.
 uint32_t ThumbPosition(const RowView& view, WORD position);
 
-// The strip below the last of `rows` rows, and the line around the view.
+// The strip below the last of `rows` rows, if any, and the line around the view.
 void PaintAround(const RowView& view, HDC dc, uint32_t rows);
 
 // A memory bitmap of one row. Its drawing starts at (0, 0).
@@ -77,8 +77,8 @@ class RowCanvas {
 
     bool IsReady() const { return dc_ && bitmap_; }
     HDC Dc() const { return dc_.Get(); }
-    void Clear();                     // to the window's background
-    void CopyTo(int x, int y) const;  // onto the window
+    void Clear();                         // to the window's background
+    void CopyTo(const RECT& area) const;  // onto the window; what does not fit is left out
 
   private:
     HDC window_;

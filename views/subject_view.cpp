@@ -199,7 +199,7 @@ void PaintRows(const SubjectView& view, HDC dc, const RECT& update) {
         if (hasRecord && i == view.scroll.cursor) {
             PatBlt(canvas.Dc(), 0, 0, width, view.rowHeight, DSTINVERT);
         }
-        canvas.CopyTo(row.left, row.top);
+        canvas.CopyTo(row);
     }
 }
 
@@ -243,7 +243,9 @@ void ScrollRows(SubjectView& view, int direction) {
     (void)LoadPage(view.list, view.scroll.rows.top);
     TellListCursor(view);
     ShowScrollPosition(view, view.scroll.rows.top);
-    ScrollRowPixels(view, view.scroll.rows.page, direction);
+    RECT rows = view.rowArea;
+    rows.bottom = RowRectangle(view, view.scroll.rows.page - 1).bottom;
+    ScrollRowPixels(view, rows, direction);
     InvalidateRow(view, cursor);
     if (direction > 0 && cursor > 0) InvalidateRow(view, cursor - 1);
     if (direction < 0) InvalidateRow(view, cursor + 1);
@@ -347,8 +349,7 @@ LRESULT OnTap(SubjectView& view, int y, bool twice) {
 LRESULT OnHeader(SubjectView& view, const NMHEADERW& notice) {
     if (notice.hdr.hwndFrom != view.header) return 0;
     if (notice.hdr.code == HDN_ENDTRACKW || notice.hdr.code == HDN_ITEMCHANGEDW) InvalidateRows(view);
-    const bool isColumn = notice.iItem >= 0 && notice.iItem < kColumnCount;
-    if (notice.hdr.code == HDN_DIVIDERDBLCLICKW && isColumn) {
+    if (notice.hdr.code == HDN_DIVIDERDBLCLICKW && notice.iItem >= 0 && notice.iItem < kColumnCount) {
         SetColumnWidth(view.header, notice.iItem, FittingWidth(view, notice.iItem));
         InvalidateRows(view);
     }
@@ -431,7 +432,7 @@ LRESULT CALLBACK SubjectViewProcedure(HWND window, UINT message, WPARAM wParam, 
 bool ChangeReadMark(SubjectView& view, bool read) {
     const uint32_t row = CursorRow(view.scroll);
     const bool changed = read ? SetFlags(view.list, row, kReadFlag) : ClearFlags(view.list, row, kReadFlag);
-    if (changed) InvalidateRow(view, view.scroll.cursor);
+    InvalidateRow(view, view.scroll.cursor);  // also where the mark was written and the header was not
     return changed;
 }
 
@@ -466,7 +467,9 @@ bool OpenSubjectGroup(SubjectView& view, const wchar_t* folder, const wchar_t* g
     CloseSubjectGroup(view);
     view.layoutValid = false;
     InvalidateRows(view);
-    return OpenArticleList(view.list, folder, group) && EnsureLayout(view);
+    if (!OpenArticleList(view.list, folder, group)) return false;
+    view.list.open = EnsureLayout(view);  // there is nothing to write back of a group that was never shown
+    return view.list.open;
 }
 
 bool CloseSubjectGroup(SubjectView& view) {

@@ -17,11 +17,14 @@ void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongPtrW(window, offset));
 }
 
-HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size) {
+bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
     const HGLOBAL block = MemoryAllowed() ? GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size) : nullptr;
     void* memory = block ? GlobalLock(block) : nullptr;
-    if (!memory) return nullptr;
-    std::memcpy(memory, bytes, size);
-    GlobalUnlock(block);
-    return block;
+    if (memory) std::memcpy(memory, bytes, size);
+    if (memory) GlobalUnlock(block);
+    if (memory && SetClipboardData(format, block)) return true;  // the clipboard's from here on
+    const DWORD error = memory ? GetLastError() : ERROR_NOT_ENOUGH_MEMORY;
+    if (block) GlobalFree(block);
+    SetLastError(error);
+    return false;
 }

@@ -21,8 +21,12 @@ void* GetWindowPointer(HWND window, int offset) {
 }
 
 // A local block is fixed here: its handle is its address.
-HANDLE MakeClipboardBlock(const void* bytes, SIZE_T size) {
+bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
     const HLOCAL block = MemoryAllowed() ? LocalAlloc(LMEM_FIXED | LMEM_ZEROINIT, size) : nullptr;
     if (block) std::memcpy(block, bytes, size);
-    return block;
+    if (block && SetClipboardData(format, block)) return true;  // the clipboard's from here on
+    const DWORD error = block ? GetLastError() : ERROR_NOT_ENOUGH_MEMORY;
+    if (block) LocalFree(block);
+    SetLastError(error);
+    return false;
 }

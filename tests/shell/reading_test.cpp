@@ -338,6 +338,47 @@ TEST_F(ReadingTest, OddArticlesOpen) {
     EXPECT_THAT(boxes, IsEmpty());
 }
 
+// The box of a question goes with its window, which is no answer.
+TEST_F(ReadingTest, ClosingTheProgramAtTheQuestionDeletesNothing) {
+    MakeGroups();
+    Open();
+    const size_t articles = FlagsOf(kGroup).size();
+    onBox = [&] {
+        EXPECT_FALSE(IsWindowEnabled(frame->mainWindow)) << "a group could be opened under the deletion";
+        SendMessageW(frame->mainWindow, WM_CLOSE, 0, 0);
+    };
+    Command(IDC_DELETE_READ);
+    EXPECT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(FlagsOf(kGroup).size(), articles);
+}
+
+// Keys come before the paint that lays the article out.
+TEST_F(ReadingTest, KeysThatWaitDoNotSkipArticles) {
+    MakeGroup(kGroup, {{0, L"Subject: short\r\n\r\nbody\r\n================\r\n"},
+                       {0, ArticleText(2, SomeBody(4) + SomeBody(4))},
+                       {0}});
+    Open();
+    OpenGroup(0);
+    Key(VK_RETURN);
+    for (int i = 0; i < 2; ++i)
+        PostMessageW(GetFocus(), WM_KEYDOWN, VK_DOWN, 1);
+    Pump();
+    EXPECT_TRUE(Shown() == ArticleText(2, SomeBody(4) + SomeBody(4)));
+    EXPECT_GT(Reader().scroll.top, 0u);
+    EXPECT_EQ(Unread(kGroup), 1u);
+}
+
+TEST_F(ReadingTest, WithoutAFontOfItsOwnAViewHasTheSystems) {
+    MakeGroups();
+    SetNumber(L"FontSizeA", 0xFFFFFFFF);
+    SetNumber(L"FontSizeS", 0xFFFFFFFF);
+    Open();
+    OpenGroup(0);
+    EXPECT_TRUE(Subjects().font);
+    Key(VK_RETURN);
+    EXPECT_TRUE(Reader().font);
+}
+
 TEST_F(ReadingTest, DeletionGoesOnPastAGroupThatFails) {
     MakeGroups();
     MakeGroup(L"fj.last", {{1}, {0}, {1}});

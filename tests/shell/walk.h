@@ -62,6 +62,7 @@ class WalkTest : public testing::Test {
         InitCommonControls();
         boxes.clear();
         answer = IDOK;
+        onBox = nullptr;
         timer_ = SetTimer(nullptr, 0, 10, AnswerBox);
     }
     void TearDown() override {
@@ -189,7 +190,8 @@ class WalkTest : public testing::Test {
     std::unique_ptr<AppFrame> frame;
     static inline std::vector<Box> boxes;
     std::string groupList_;
-    static inline int answer = IDOK;  // what the boxes are answered with
+    static inline int answer = IDOK;            // what the boxes are answered with
+    static inline std::function<void()> onBox;  // what happens before
 
   private:
     static BOOL CALLBACK AnswerDialog(HWND window, LPARAM) {
@@ -202,6 +204,7 @@ class WalkTest : public testing::Test {
         GetDlgItemTextW(window, 0xFFFF, text, 300);
         box.text = text;
         boxes.push_back(box);
+        if (onBox) onBox();
         SendMessageW(window, WM_COMMAND, static_cast<WPARAM>(GetDlgItem(window, answer) ? answer : IDOK), 0);
         return FALSE;
     }
