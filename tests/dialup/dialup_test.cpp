@@ -171,8 +171,11 @@ TEST_F(DialUpTest, ACallEndsOnce) {
     ASSERT_TRUE(run.Window());
     const HWND dialog = Dial(run);
     Report(RASCS_Authenticate, ERROR_AUTHENTICATION_FAILURE);
-    Report(RASCS_Disconnected);
-    Report(RASCS_Connected);
+    ASSERT_TRUE(run.thread.Window(kFailureCaption));
+    for (const WPARAM state : {RASCS_Disconnected, RASCS_Connected})
+        SendNotifyMessageW(dialog, WM_RASDIALEVENT, state, 0);
+    SendMessageW(dialog, WM_NULL, 0, 0);
+    EXPECT_EQ(TextOf(GetDlgItem(dialog, IDC_DIAL_STATUS)), kHungUp);
     EXPECT_EQ(run.thread.CloseBox(kFailureCaption), L"接続できませんでした");
     ExpectIdle(run, dialog);
     EXPECT_EQ(ras->hangUps, 1);

@@ -69,7 +69,11 @@ TEST_F(ArticleListTest, AListThatCouldNotBeBuiltIsBuiltLater) {
         EXPECT_FALSE(BuildArticleList(list, 2));
     }
     EXPECT_EQ(list.visibleCount, 0u);
-    ASSERT_TRUE(BuildArticleList(list, 2) && SetFlags(list, 0, kReadFlag) && CloseArticleList(list));
+    EXPECT_TRUE(list.open);
+    WriteIndex(Index().replace(88, 4, Word(9)));
+    ASSERT_TRUE(BuildArticleList(list, 2));
+    EXPECT_EQ(list.store.unreadCount, 5u) << "counted anew";
+    ASSERT_TRUE(SetFlags(list, 0, kReadFlag) && CloseArticleList(list));
     EXPECT_EQ(Index().substr(88, 4), Word(4));
 }
 
