@@ -48,6 +48,11 @@ inline bool IsContinuation(std::string_view line) {
     return !line.empty() && (line.front() == ' ' || line.front() == '\t');
 }
 
+// Most lines differ in their first byte, for which a call would be much.
 inline bool StartsWith(std::string_view line, std::string_view name) {
-    return line.substr(0, name.size()) == name;
+    if (line.size() < name.size()) return false;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (line[i] != name[i]) return false;
+    }
+    return true;
 }
