@@ -95,6 +95,11 @@ void NoteLoadFailure(KeywordDialogState& state) {
     ShowLastError(IDS_OPEN_FILE_FAILED, state.filterPath);
 }
 
+void NoteNoMemory(KeywordDialogState& state) {
+    state.loadError = kErrorNoMemory;
+    ShowNoMemory();
+}
+
 // What the list does not show would be lost with the next save, so a load that failed is remembered. Not so
 // for a line that is too long: what stands behind it is not matched either.
 void LoadKeywords(KeywordDialogState& state) {
@@ -106,8 +111,7 @@ void LoadKeywords(KeywordDialogState& state) {
     char line[kLineSize];
     while (ReadLine(file, line, kLineSize, true)) {
         if (AddLine(state, line)) continue;
-        state.loadError = kErrorNoMemory;
-        ShowNoMemory();
+        NoteNoMemory(state);
         return;
     }
     if (GetError() == kErrorEndOfFile || GetError() == kErrorMoreData) return;
@@ -115,8 +119,9 @@ void LoadKeywords(KeywordDialogState& state) {
 }
 
 // Up to its first line end: a keyword is one line of the file.
-WideText ProposedKeyword(const KeywordDialogState& state) {
+WideText ProposedKeyword(KeywordDialogState& state) {
     WideText keyword = state.proposedKeyword ? CopyText(state.proposedKeyword) : nullptr;
+    if (state.proposedKeyword && !keyword) NoteNoMemory(state);
     if (keyword) keyword[wcscspn(keyword.get(), L"\r\n")] = L'\0';
     return keyword;
 }
