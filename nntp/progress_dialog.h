@@ -1,5 +1,6 @@
 // The modal "Articles" dialog that stands while a run goes on. It is made on the user-interface thread; the
-// worker moves it by messages only. It has no buttons: Esc closes it early, and the run goes on without it.
+// worker moves it by messages only. It has no buttons: Esc or Enter closes it early, and the run goes on
+// without it.
 #pragma once
 
 #include <cstdint>

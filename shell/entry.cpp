@@ -1,4 +1,4 @@
-// The desktop's entry.
+// The entry: where the desktop's system starts the program, and what the device's DeviceEntry calls.
 #include "platform/platform.h"
 #include "shell/application.h"
 

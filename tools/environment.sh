@@ -1,5 +1,6 @@
 # shellcheck shell=bash disable=SC2034
-# Sourced by run.sh and test.sh from the repository's root: what the machine must have, a display and a way to wait.
+# Sourced from the repository's root by every script that builds or runs something (run.sh, test.sh, build-device.sh,
+# bench/run.sh, try_package, the loops): what the machine must have, a display and a way to wait.
 
 build_packages="cmake ninja-build g++-mingw-w64-x86-64-posix googletest"
 wine_packages="wine wine64 fonts-wine fonts-ipafont-gothic locales xvfb xdotool imagemagick"
