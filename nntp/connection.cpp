@@ -23,6 +23,13 @@ void LimitReceiveTime(SOCKET socket, DWORD timeout) {
     setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeout), sizeof(timeout));
 }
 
+// Once for all that was received: a search for each line would look at most bytes many times.
+void FindZero(NntpConnection& connection) {
+    const auto count = static_cast<std::size_t>(connection.endPosition - connection.readPosition);
+    void* zero = std::memchr(connection.readPosition, '\0', count);
+    connection.zeroPosition = zero ? static_cast<char*>(zero) : connection.endPosition;
+}
+
 bool Refill(NntpConnection& connection) {
     connection.timedOut = false;
     if (connection.endOfStream) return Fail(kErrorEndOfFile);
@@ -38,14 +45,8 @@ bool Refill(NntpConnection& connection) {
     }
     connection.readPosition = connection.buffer;
     connection.endPosition = connection.buffer + received;
+    FindZero(connection);
     return true;
-}
-
-// Bytes that can be handed out; a 0 byte ends them, as it ends the line.
-std::size_t BytesAtHand(const NntpConnection& connection) {
-    const auto count = static_cast<std::size_t>(connection.endPosition - connection.readPosition);
-    const void* zero = std::memchr(connection.readPosition, '\0', count);
-    return zero ? static_cast<std::size_t>(static_cast<const char*>(zero) - connection.readPosition) : count;
 }
 
 }  // namespace
@@ -99,12 +100,14 @@ bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
     while (state == LineState::kOpen) {
         if (IsFull(assembler)) return Fail(kErrorMoreData);
         if (connection.readPosition == connection.endPosition && !Refill(connection)) return false;
-        if (*connection.readPosition == '\0') {
+        if (connection.readPosition == connection.zeroPosition) {
             ++connection.readPosition;
+            FindZero(connection);
             return Fail(errorBefore);
         }
+        const auto atHand = static_cast<std::size_t>(connection.zeroPosition - connection.readPosition);
         std::size_t added = 0;
-        state = AddToLine(assembler, connection.readPosition, BytesAtHand(connection), added);
+        state = AddToLine(assembler, connection.readPosition, atHand, added);
         connection.readPosition += added;
     }
     if (state == LineState::kFull) return Fail(kErrorMoreData);

@@ -22,8 +22,9 @@ struct NntpConnection {
     char buffer[kReceiveBufferSize];       // received bytes not yet handed out
     char* readPosition = nullptr;
     char* endPosition = nullptr;
-    bool endOfStream = false;                   // the peer has closed its side
-    bool timedOut = false;                      // the newest recv met with nothing but silence
+    char* zeroPosition = nullptr;  // the first 0 byte not yet handed out, which ends a line; else endPosition
+    bool endOfStream = false;      // the peer has closed its side
+    bool timedOut = false;         // the newest recv met with nothing but silence
     uint32_t receiveTimeout = kReceiveTimeout;  // set before Connect
     // Called before each recv, null for nothing to do.
     void (*beforeReceive)(void* context) = nullptr;
