@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "nntp/reply.h"
+#include "text/decimal.h"
 
 namespace {
 
@@ -63,12 +64,8 @@ ArticleCommand NextToSend(const Pipeline& pipeline) {
 }
 
 std::size_t WriteCommand(char* text, const ArticleCommand& command) {
-    char digits[10];
-    std::size_t count = 0;
-    for (uint32_t rest = command.number; rest != 0 || count == 0; rest /= 10)
-        digits[count++] = static_cast<char>('0' + rest % 10);
     std::memcpy(text, command.kind == CommandKind::kHead ? "HEAD " : "BODY ", 5);
-    std::reverse_copy(digits, digits + count, text + 5);
+    const std::size_t count = WriteDecimal(text + 5, command.number);
     std::memcpy(text + 5 + count, "\r\n", 2);
     return 5 + count + 2;
 }
@@ -126,8 +123,11 @@ ArticleCommand TakeOldest(Pipeline& pipeline) {
 }
 
 void NoteReply(Pipeline& pipeline, const ArticleCommand& command, bool hasArticle) {
-    const bool isHead = command.kind == CommandKind::kHead;
-    isHead ? NoteHead(pipeline.plan, hasArticle) : NoteBody(pipeline.plan, hasArticle);
+    if (command.kind == CommandKind::kHead) {
+        NoteHead(pipeline.plan, hasArticle);
+    } else {
+        NoteBody(pipeline.plan, hasArticle);
+    }
     if (!hasArticle) pipeline.noneMissing = false;
 }
 

@@ -32,7 +32,7 @@ struct GroupStore {
 [[nodiscard]] bool SetNames(GroupStore& store, const wchar_t* folder, const wchar_t* group);
 
 // Whether a group of this name can keep files: not empty, ".", "..", and without \ / : * ? " < > | and
-// control characters.
+// control characters, and no name of a Windows device ("con", "lpt1" and so on, also before a dot).
 bool IsFileName(const wchar_t* group);
 
 // Frees the status text, closes the index and zeroes every header value. The paths stay.

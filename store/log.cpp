@@ -4,6 +4,7 @@
 
 #include "store/index.h"
 #include "text/convert.h"
+#include "text/decimal.h"
 #include "text/last_error.h"
 
 namespace {
@@ -16,18 +17,11 @@ bool WriteText(DataFile& file, std::string_view text) {
 
 // "X-Local-Seq: n" CR LF.
 bool AddSequenceLine(HeaderBlock& head, uint32_t number) {
-    char digits[10];
-    std::size_t count = 0;
-    do {
-        digits[count++] = static_cast<char>('0' + number % 10);
-        number /= 10;
-    } while (number != 0);
-    char line[32];
+    char line[kSequenceName.size() + 1 + kMostDigits + 2];
     std::size_t length = kSequenceName.size();
     std::memcpy(line, kSequenceName.data(), length);
     line[length++] = ' ';
-    while (count > 0)
-        line[length++] = digits[--count];
+    length += WriteDecimal(line + length, number);
     line[length++] = '\r';
     line[length++] = '\n';
     return AddHeaderLine(head, {line, length});
