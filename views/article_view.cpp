@@ -297,8 +297,10 @@ void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance
 }
 
 bool SetArticleText(ArticleView& view, const wchar_t* text) {
-    TakeArticleText(view, CopyText(text));
-    return view.text != nullptr;
+    WideText copy = CopyText(text);
+    if (!copy) return false;
+    TakeArticleText(view, std::move(copy));
+    return true;
 }
 
 void TakeArticleText(ArticleView& view, WideText text) {

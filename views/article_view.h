@@ -54,7 +54,8 @@ TextMeasure MeasureOn(HDC dc);
 void ShowArticleView(const ArticleView& view, int showCommand);
 void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance);
 
-// Shows another article from its first line: a copy of the text (error 8), or the buffer itself.
+// Shows another article from its first line: a copy of the text (error 8, and the old one
+// stays), or the buffer itself.
 [[nodiscard]] bool SetArticleText(ArticleView& view, const wchar_t* text);
 void TakeArticleText(ArticleView& view, WideText text);
 

@@ -379,6 +379,27 @@ TEST_F(ReadingTest, WithoutAFontOfItsOwnAViewHasTheSystems) {
     EXPECT_TRUE(Reader().font);
 }
 
+TEST_F(ReadingTest, TheViewsCanBeToldWhatToShow) {
+    MakeGroups();
+    MakeGroup(L"fj.last", {{0}});
+    Open();
+    bool moved = false;
+    OpenGroup(2);
+    Key(VK_ESCAPE);
+    ASSERT_TRUE(SelectNextGroup(*frame->groupView, moved));
+    EXPECT_TRUE(moved);
+    ASSERT_TRUE(SelectNextGroup(*frame->groupView, moved));
+    EXPECT_FALSE(moved) << "behind the last";
+    wchar_t name[100];
+    uint32_t row = 0;
+    ASSERT_TRUE(SelectedGroup(*frame->groupView, name, 100, &row));
+    EXPECT_EQ(row, 3u);
+    std::wstring text = L"Subject: a\r\n\r\nb\r\n";
+    ASSERT_TRUE(SetArticleText(Reader(), text.c_str()));
+    text = L"";
+    EXPECT_TRUE(Shown() == L"Subject: a\r\n\r\nb\r\n") << "a copy";
+}
+
 TEST_F(ReadingTest, DeletionGoesOnPastAGroupThatFails) {
     MakeGroups();
     MakeGroup(L"fj.last", {{1}, {0}, {1}});
