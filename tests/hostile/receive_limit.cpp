@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+std::atomic<unsigned long> receiveLimit{kShortLimit};
 std::atomic<unsigned long> askedLimit{0};
 
 namespace {
@@ -15,7 +16,7 @@ int WSAAPI SetShortLimit(SOCKET socket, int level, int option, const char* value
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ws2_32.dll"), "setsockopt")));
     if (level != SOL_SOCKET || option != SO_RCVTIMEO) return set(socket, level, option, value, size);
     askedLimit = *reinterpret_cast<const DWORD*>(value);
-    const DWORD limit = kShortLimit;
+    const DWORD limit = receiveLimit;
     return set(socket, level, option, reinterpret_cast<const char*>(&limit), sizeof limit);
 }
 
