@@ -88,7 +88,7 @@ DialogUser::DialogUser(std::vector<UserStep> steps) : steps_(std::move(steps)), 
 DialogUser::~DialogUser() {
     KillTimer(nullptr, timer_);
     user = nullptr;
-    EXPECT_EQ(next_, steps_.size()) << "the dialog closed before all steps were played";
+    EXPECT_TRUE(mayComeTooLate || next_ == steps_.size()) << "the dialog closed before all steps were played";
 }
 
 void CALLBACK DialogUser::OnTimer(HWND, UINT, UINT_PTR, DWORD) {

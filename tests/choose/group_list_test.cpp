@@ -215,24 +215,28 @@ TEST_F(GroupListTest, TheCounterMovesAndEndsRight) {
 }
 
 TEST_F(GroupListTest, ADialogClosedEarlyLeavesTheWorkerItsJob) {
+    int escapes = 0;
     for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE(round);
         Renew();
         const std::string wait = "! wait " + std::to_string(20 + round % 8 * 3) + "\n";
         ScriptedServer server(Script(kList + "S: a.b\n" + wait + "S: c.d\n" + wait + "S: e.f\nS: .\n"));
         const bool atOnce = round % 2 == 0;
-        const UserStep escape = {IDC_GROUP_LIST_COUNT, [=](HWND dialog) {
+        const UserStep escape = {IDC_GROUP_LIST_COUNT, [=, &escapes](HWND dialog) {
                                      if (!atOnce && shown.empty()) return false;
                                      PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
+                                     ++escapes;
                                      return true;
                                  }};
         DialogUser user({escape});
+        user.mayComeTooLate = true;
         EXPECT_EQ(RunGroupListDownload(GetModuleHandleW(nullptr), nullptr, Request(server.Start())), 0);
         EXPECT_THAT(user.boxes, IsEmpty());
         AwaitNoJobs();
         EXPECT_THAT(server.Finish(), IsEmpty());
         ExpectFiles("a.b\r\nc.d\r\ne.f\r\n", "a\r\nc\r\ne\r\n");
     }
+    EXPECT_GT(escapes, 0);
 }
 
 TEST_F(GroupListTest, WithoutMemoryForAJobTheDialogClosesAtOnce) {
