@@ -118,20 +118,25 @@ fi
 trap finish EXIT
 trap 'exit 130' INT TERM HUP
 
-if [ -z "${DISPLAY-}" ] || ! xdotool getdisplaygeometry >/dev/null 2>&1; then
-    [ -z "$own" ] || {
-        echo "there is no display to show your own settings on" >&2
-        exit 1
-    }
-    start_display 348x348
-    playing=yes
-fi
+show() {
+    if [ -z "${DISPLAY-}" ] || ! xdotool getdisplaygeometry >/dev/null 2>&1; then
+        [ -z "$own" ] || {
+            echo "there is no display to show your own settings on" >&2
+            exit 1
+        }
+        start_display 348x348
+        playing=yes
+    fi
 
-tools/wine_session make "$WINEPREFIX"
-if [ -z "$own" ]; then
-    start_server
-    prepare_demonstration "$port"
-    draw_frames "$([ -n "$playing" ] && echo N || echo Y)"
-fi
-start_program
-if [ -n "$playing" ]; then play; else wait "$program_pid"; fi
+    tools/wine_session make "$WINEPREFIX"
+    if [ -z "$own" ]; then
+        start_server
+        prepare_demonstration "$port"
+        draw_frames "$([ -n "$playing" ] && echo N || echo Y)"
+    fi
+    start_program
+    if [ -n "$playing" ]; then play; else wait "$program_pid"; fi
+}
+
+# Without the lock, which whatever outlives a killed demonstration would go on holding.
+show 9>&-

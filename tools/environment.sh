@@ -29,7 +29,7 @@ require_packages() {
 
 # Wine shows Japanese, and has code page 932, only under a Japanese locale.
 require_locale() {
-    locale -a 2>/dev/null | grep -qix 'ja_JP\.utf-\?8' && return
+    [ -z "$(locale -a 2>/dev/null | grep -ix 'ja_JP\.utf-\?8')" ] || return 0
     echo "making the locale ja_JP.UTF-8"
     as_root localedef -i ja_JP -f UTF-8 ja_JP.UTF-8
 }

@@ -58,10 +58,12 @@ void SavePlace(HWND window) {
     WritePlace({placement.rcNormalPosition, maximised});
 }
 
-// The window can be dragged where the middle of its caption is on a monitor.
+// The middle of the caption, where the window can be dragged, and of the menu bar are on a monitor.
 bool IsReachable(const RECT& place) {
-    const POINT grip = {(place.left + place.right) / 2, place.top + GetSystemMetrics(SM_CYCAPTION) / 2};
-    return MonitorFromPoint(grip, MONITOR_DEFAULTTONULL) != nullptr;
+    const int half = GetSystemMetrics(SM_CYCAPTION) / 2;
+    const LONG middle = (place.left + place.right) / 2;
+    return MonitorFromPoint({middle, place.top + half}, MONITOR_DEFAULTTONULL) &&
+           MonitorFromPoint({middle, place.bottom - half}, MONITOR_DEFAULTTONULL);
 }
 
 // Monitors come and go and change their size: a window that would open out of reach comes to the nearest one.
@@ -184,8 +186,12 @@ bool ShowArrow(HWND under, WORD place) {
     return true;
 }
 
-void Maximise(HWND window) {
-    if (IsWindowVisible(window) && !IsIconic(window)) ShowWindow(window, SW_SHOWMAXIMIZED);
+// A dialog that stands before the window is shown takes the message too early: it comes again with the
+// window.
+void Maximise(DesktopFrame& frame) {
+    const bool visible = IsWindowVisible(frame.window) != 0;
+    frame.maximisesLater = !visible;
+    if (visible && !IsIconic(frame.window)) ShowWindow(frame.window, SW_SHOWMAXIMIZED);
 }
 
 }  // namespace
@@ -223,11 +229,15 @@ bool OnFrameMessage(DesktopFrame& frame, UINT message, WPARAM wParam, LPARAM lPa
             SavePlace(frame.window);
             return false;
         case kMaximise:
-            Maximise(frame.window);
+            Maximise(frame);
             result = 0;
             return true;
+        case WM_SHOWWINDOW:
+            if (wParam && frame.maximisesLater) PostMessageW(frame.window, kMaximise, 0, 0);
+            return false;
         case kWake:
             if (IsIconic(frame.window)) ShowWindow(frame.window, SW_RESTORE);
+            SetForegroundWindow(GetLastActivePopup(frame.window));  // a dialog stands over the frame
             return false;
         default:
             return false;

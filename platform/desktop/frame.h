@@ -8,8 +8,9 @@
 constexpr WCHAR kMenuBarClass[] = L"PelnorMenuBar";
 
 struct DesktopFrame {
-    HWND window = nullptr;  // not owned; null for a child window, which stays as it is
-    int wheelRest = 0;      // what the wheel was turned and is less than a step yet
+    HWND window = nullptr;        // not owned; null for a child window, which stays as it is
+    int wheelRest = 0;            // what the wheel was turned and is less than a step yet
+    bool maximisesLater = false;  // once the window is shown
 };
 
 // Dresses `window` and puts it where it was left last, or gives it the device's size where the system wants
