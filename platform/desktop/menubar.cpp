@@ -301,15 +301,10 @@ int NextDropDown(const MenuBar& bar, int from, int direction) {
     return index;
 }
 
-// A click on a button without a popup closes the open one and goes on to the button.
-void PressAfterMenu(const MenuBar& bar, POINT point) {
-    EndMenu();
-    PostMessageW(bar.window, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(point.x, point.y));
-}
-
 // A message of the open popup's loop: left, right and the mouse over another drop-down lead to that one's
-// popup, a click on the open one's button closes it. True when the menu must not see the message. The popups
-// have no popups of their own, which would need left and right.
+// popup, a click on the open one's button closes it, one on a button without a popup is that button's. True
+// when the menu must not see the message. The popups have no popups of their own, which would need left and
+// right.
 bool OnMenuMessage(MenuBar& bar, const MSG& message) {
     if (message.message == WM_KEYDOWN && (message.wParam == VK_LEFT || message.wParam == VK_RIGHT)) {
         SwitchPopup(bar, NextDropDown(bar, bar.open, message.wParam == VK_LEFT ? -1 : 1), true);
@@ -327,7 +322,10 @@ bool OnMenuMessage(MenuBar& bar, const MSG& message) {
         return true;
     }
     if (target != bar.open && bar.buttons[target].popup) SwitchPopup(bar, target, false);
-    if (message.message == WM_LBUTTONDOWN && !bar.buttons[target].popup) PressAfterMenu(bar, point);
+    if (message.message == WM_LBUTTONDOWN && !bar.buttons[target].popup) {
+        EndMenu();
+        SendCommand(bar, bar.buttons[target].command);
+    }
     return target != bar.open;
 }
 
