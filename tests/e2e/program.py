@@ -287,7 +287,7 @@ class Program:
     def wait_rows(self, expected):
         """The rows are filled again after a box was closed, a moment later."""
         with contextlib.suppress(AssertionError):
-            wait_until(lambda: self.rows() == expected, "rows", 5)
+            wait_until(lambda: self.rows() == expected, "rows")
         return self.rows()
 
     def get_articles(self):

@@ -95,6 +95,7 @@ TEST(HostileList, NamesStayInTheList) {
 }
 
 TEST(HostileList, ASilentServerIsGivenUp) {
+    const LimitSilence limit(kShortLimit);
     const struct {
         const char* sentence;
         const char* command;

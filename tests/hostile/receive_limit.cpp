@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-std::atomic<unsigned long> receiveLimit{kShortLimit};
+std::atomic<unsigned long> receiveLimit{kLongLimit};
 std::atomic<unsigned long> askedLimit{0};
 
 namespace {

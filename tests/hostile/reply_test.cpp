@@ -169,6 +169,7 @@ std::vector<Place> Places() {
 
 // A 0 byte ends a body for the store; the run goes on where the body's end can still be told.
 TEST(HostileReplies, AZeroByteAnywhere) {
+    const LimitSilence limit(2000);  // where the end can not be told
     for (const Place& place : Places()) {
         const std::string reply = HonestReply(place.command);
         for (size_t at = 0; at < reply.size(); ++at) {
@@ -231,6 +232,7 @@ const SilenceCase kSilences[] = {
 
 // Commands that left ahead are asked once more, so the wait may be two limits long.
 TEST(SilentServer, IsGivenUp) {
+    const LimitSilence limit(kShortLimit);
     for (const SilenceCase& row : kSilences) {
         SCOPED_TRACE(row.sentence);
         HostileRun run;
@@ -256,9 +258,8 @@ TEST(SilentServer, ASlowOneIsNot) {
         "! wait 600\nS- 2\n! wait 600\nS: 00 hi\nC: GROUP fj.test\n"
         "! wait 600\nS- 211 0\n! wait 600\nS:  5 4 fj.test\nC: QUIT\n");
     ScriptedServer slow(std::move(steps));
-    receiveLimit = 2000;
+    const LimitSilence limit(2000);
     run.SessionRun::Run(slow);
-    receiveLimit = kShortLimit;
     EXPECT_EQ(run.result.text, kNothingNew);
     run.CheckSound({4});
 }
