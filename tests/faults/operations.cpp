@@ -242,8 +242,7 @@ Outcome Download(const TempFolder& folder) {
     ProgressDialog progress;
     RunResult result;
     SessionRequest request;
-    request.server = L"127.0.0.1";
-    request.port = ServerPort();
+    request.server = {L"127.0.0.1", ServerPort(), nullptr, nullptr};
     request.folder = folder.Path().c_str();
     request.limit = 100;
     request.cursor = &cursor;
