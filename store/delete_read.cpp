@@ -72,6 +72,7 @@ bool KeepRecord(Rewrite& rewrite, IndexRecord record) {
     if (!GrowCopyBuffer(rewrite, record.logLength)) return false;
     SeekTo(rewrite.oldLog, record.logOffset);
     if (!ReadExactly(rewrite.oldLog, rewrite.copyBuffer.get(), record.logLength)) return false;
+    record.subjectTextOffset += rewrite.newLog.position - record.logOffset;
     record.logOffset = rewrite.newLog.position;
     if (!WriteBytes(rewrite.newLog, rewrite.copyBuffer.get(), record.logLength)) return false;
     if (!WriteBytes(rewrite.newIndex, &record, kRecordSize)) return false;

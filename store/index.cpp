@@ -148,7 +148,7 @@ bool RefilterRecord(GroupStore& store, const KeywordFilter& filter, uint32_t num
     IndexRecord record;
     if (!ReadRecord(store, record, number)) return false;
     const NarrowText subject = ReadSubjectText(store.log, record);
-    if (!subject) return false;
+    if (!subject) return GetError() == kErrorInvalidData;  // unknown, so its priority stays
     const uint32_t before = PriorityOf(record);
     const uint32_t priority = MatchKeywordFilter(filter, subject.get());
     if (priority == before) return true;

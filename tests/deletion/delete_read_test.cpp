@@ -11,6 +11,7 @@ struct Article {
     std::string text;
     uint32_t flags = 0;       // 1 read, 2 low, 4 high
     std::string before = {};  // bytes of the log that belong to no article
+    uint32_t subject = 1;     // where its text stands, from the article's first byte
 };
 
 struct GroupBytes {
@@ -33,17 +34,14 @@ GroupBytes FilesOf(const std::vector<Article>& articles, bool afterDeletion) {
     header.savedPosition = afterDeletion ? 0 : 3;
     header.status = "\x82\xA0 new";
     std::string records;
-    uint32_t number = 60, oldOffset = 0;
+    uint32_t number = 60;
     for (const Article& article : articles) {
         ++number;
-        oldOffset += static_cast<uint32_t>(article.before.size());
-        const auto length = static_cast<uint32_t>(article.text.size());
-        const uint32_t textOffset = oldOffset;
-        oldOffset += length;
         if (afterDeletion && article.flags & 1) continue;
         if (!afterDeletion) files.log += article.before;
+        const auto length = static_cast<uint32_t>(article.text.size());
         RecordBytes record{article.flags, number, static_cast<uint32_t>(files.log.size()), length};
-        record.textOffset = textOffset;
+        record.textOffset = record.offset + article.subject;
         record.textLength = 2;
         records += Bytes(record);
         files.log += article.text;
@@ -78,6 +76,7 @@ TEST_F(DeleteReadTest, LeavesTheUnreadArticles) {
         {"all priorities, articles longer than any buffer", kMixed},
         {"bytes of no article between", {{"one", 0, "dead"}, {"two", 1, "dead"}, {"three", 2, kLong}}},
         {"an article without a byte", {{""}, {"one", 1}, {"two", 4}}},
+        {"subjects outside their articles", {{"one", 1}, {"two", 0, "", 0u - 5}, {"three", 0, "", 50}}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);

@@ -162,12 +162,36 @@ TEST_F(LogIndexTest, ArticlesAreReadWithinTheLog) {
     EXPECT_STREQ(ReadArticle(store, 5, 5).get(), L"def\r\n");
     EXPECT_EQ(ReadArticle(store, 5, 6), nullptr) << "a byte too many";
     EXPECT_EQ(GetLastError(), 13u);
-    IndexRecord record;
-    record.subjectTextOffset = 5;
-    record.subjectTextLength = 100;
-    EXPECT_STREQ(ReadSubjectText(store, record).get(), L"def\r\n") << "old offsets may reach beyond the log";
-    record.subjectTextOffset = 100;
-    EXPECT_STREQ(ReadSubjectText(store, record).get(), L"");
+}
+
+// Text from elsewhere would be proposed as a keyword, or matched for its article.
+TEST_F(LogIndexTest, ASubjectIsReadWithinItsArticle) {
+    WriteLog("abc\r\ndef\r\n");
+    const struct {
+        const char* why;
+        uint32_t length, textOffset, textLength;  // of the article at 2
+        const wchar_t* text;
+    } rows[] = {
+        {"inside", 6, 3, 2, L"\r\n"},
+        {"up to the article's end", 6, 5, 3, L"def"},
+        {"no subject", 6, 2, 0, L""},
+        {"a byte behind the end", 6, 5, 4, nullptr},
+        {"before the article", 6, 1, 3, nullptr},
+        {"behind it", 6, 9, 0, nullptr},
+        {"a length that runs over", 6, 5, 0u - 2, nullptr},
+        {"an article that is longer than its log", 20, 5, 6, nullptr},
+        {"one that runs over", 0u - 2, 1, 2, nullptr},
+    };
+    for (const auto& row : rows) {
+        IndexRecord record;
+        record.logOffset = 2;
+        record.logLength = row.length;
+        record.subjectTextOffset = row.textOffset;
+        record.subjectTextLength = row.textLength;
+        SetLastError(0);
+        EXPECT_STREQ(ReadSubjectText(store, record).get(), row.text) << row.why;
+        EXPECT_EQ(GetLastError(), row.text ? 0u : 13u) << row.why;
+    }
 }
 
 TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
@@ -200,6 +224,19 @@ TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
         EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 3, row.high, row.low}, records)) << row.why;
         EXPECT_EQ(faultPlan.writes, row.writes) << row.why;
     }
+}
+
+TEST_F(LogIndexTest, AnUnknownSubjectKeepsItsPriority) {
+    StoreSamples();
+    std::vector<RecordBytes> records = Records();
+    records[0].textOffset = records[0].length;
+    records[1].textOffset = 3;
+    records[1].textLength = 0;
+    WriteIndex(IndexBytes({5, 0, 0, 0, 3, 0, "", 3, 2, 1}, records));
+    WriteFilter("- zzz\r\n");
+    EXPECT_TRUE(Refilter(store));
+    records[2].flags = 2;  // it has none, and an empty text matches
+    EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 3, 1, 2}, records));
 }
 
 TEST_F(LogIndexTest, CatchUpMarksEveryRecord) {
