@@ -1,4 +1,8 @@
 // The log and the index that names its articles, compared byte for byte with what belongs into them.
+#include <functional>
+
+#include "store/article_list.h"
+#include "store/delete_read.h"
 #include "store/index.h"
 #include "store/log.h"
 #include "tests/store/group_files.h"
@@ -279,17 +283,35 @@ TEST_F(LogIndexTest, CountsAreThoseOnDiskAfterAWriteThatFailed) {
     }
 }
 
-TEST_F(LogIndexTest, ADamagedIndexKeepsTheCountsThatWereReached) {
-    const std::vector<RecordBytes> records = {{4}, {2}, {}};
-    const std::string bytes = IndexBytes({5, 0, 0, 0, 4, 0, "", 4, 9, 9}, records);
-    WriteIndex(bytes);
+// Whoever wrote by such a count would leave a file of gigabytes, or a header that goes on counting wrongly.
+TEST_F(LogIndexTest, ACountBeyondTheFileIsWrittenByNobody) {
+    const struct {
+        const char* what;
+        std::function<bool()> operation;
+    } rows[] = {{"a run", [this] { return ReadHeader(store) && OpenIndex(store) && RefreshHeader(store); }},
+                {"catch-up of the stored articles", [this] { return MarkAllRead(store); }},
+                {"catch-up on the server", [this] { return ReadHeader(store) && WriteHeader(store); }},
+                {"new keywords", [this] { return Refilter(store); }},
+                {"deletion", [this] { return DeleteRead(store); }},
+                {"a list that closes", [this] {
+                     ArticleList list;
+                     return OpenArticleList(list, folder.Path().c_str(), L"fj.test") &&
+                            CloseArticleList(list);
+                 }}};
     WriteLog("");
-    EXPECT_FALSE(MarkAllRead(store));
-    EXPECT_EQ(GetLastError(), 13u);
-    EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 4, 0, "", 1, 9, 9}, {{5}, {3}, {1}}));
-    EXPECT_FALSE(Refilter(store));
-    EXPECT_EQ(GetLastError(), 13u);
-    EXPECT_EQ(Index().substr(92, 8), Word(1) + Word(1));
+    for (const auto& row : rows) {
+        for (const uint32_t count : {2u, 4u, 0x02000003u, 0xFFFFFFFFu}) {
+            const std::string bytes = IndexBytes({5, 0, 0, 0, count, 0, "", 4, 9, 9}, {{5}, {3}, {1}});
+            WriteIndex(bytes);
+            const bool done = row.operation();
+            const DWORD error = GetLastError();
+            CloseBoth();
+            EXPECT_EQ(done, count == 2) << row.what << " " << count;
+            if (count == 2) continue;
+            EXPECT_EQ(error, 13u) << row.what << " " << count;
+            EXPECT_EQ(Index(), bytes) << row.what << " " << count;
+        }
+    }
 }
 
 }  // namespace
