@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "store/delete_read.h"
 #include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -227,14 +226,6 @@ bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
 }  // namespace
 
 bool ReadHeader(GroupStore& store) {
-    if (store.indexPath && !FinishDeletion(store)) {
-        Reset(store);
-        return false;
-    }
-    return ReadStandingHeader(store);
-}
-
-bool ReadStandingHeader(GroupStore& store) {
     Reset(store);
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;

@@ -10,12 +10,8 @@
 #include "text/last_error.h"
 
 // Resets the store and takes the header's values over. Error 13 for a short file or another version, 87
-// without names, 8. Every use of a group begins with it, so a deletion that was cut off is finished first,
-// and where that cannot be, this fails.
+// without names, 8. The record count is what the header says, true or not: it is shown, and no more.
 [[nodiscard]] bool ReadHeader(GroupStore& store);
-
-// The same without a look at a deletion, for the deletion itself.
-[[nodiscard]] bool ReadStandingHeader(GroupStore& store);
 
 // Takes the header over from the open index, which stays open: whoever opens one for writing may have read a
 // header that somebody has changed since. Error 13 also when it counts more records than the file has, since
