@@ -184,10 +184,6 @@ class Runtime:
     def SetLastError(self, error):
         self.error = error
 
-    def InterlockedExchangeAdd(self, place, change):
-        before, = self.machine.words(place, 1)
-        self.machine.put_words(place, before + change)
-        return before
 
     # files
 

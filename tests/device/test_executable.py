@@ -48,6 +48,12 @@ def resources(executable):
     }
 
 
+def foreign_imports(imports):
+    """The names of those that the device is not known to export."""
+    exports = {f"{path.stem}.dll": set(path.read_text().split()) for path in (ROOT / "platform/device/api").glob("*.txt")}
+    return [name for library, name, _ in imports if name not in exports[library]]
+
+
 class Executable(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -93,12 +99,21 @@ class Executable(unittest.TestCase):
         self.assertGreater(data.Misc_VirtualSize, data.SizeOfRawData, "variables that start as 0 have their room")
 
     def test_every_import_is_exported_by_its_library(self):
-        exports = {f"{path.stem}.dll": set(path.read_text().split())
-                   for path in (ROOT / "platform/device/api").glob("*.txt")}
         self.assertEqual({"coredll.dll", "commctrl.dll", "aygshell.dll", "winsock.dll"},
                          {library for library, _, _ in self.imports()})
-        for library, name, _ in self.imports():
-            self.assertIn(name, exports[library])
+        self.assertEqual([], foreign_imports(self.imports()))
+
+    def test_a_later_systems_call_is_refused(self):
+        source = build / "later_call.s"
+        for name, refused in ("InterlockedIncrement", False), ("InterlockedExchangeAdd", True):
+            self.assertEqual([name] if refused else [], foreign_imports([("coredll.dll", name, 0)]))
+            source.write_text(f".text\n.global DeviceEntry\nDeviceEntry: bl {name}\n.section .rodata\n.word 1\n")
+            link = subprocess.run(
+                ["arm-none-eabi-gcc", "-march=armv4", "-nostdlib", "-T", str(ROOT / "platform/device/layout.ld"),
+                 "-Wl,--gc-sections", str(source), str(build / "platform/device/stubs.s"), "-o",
+                 str(build / "later_call")], capture_output=True, text=True)
+            self.assertEqual(refused, f"undefined reference to `{name}'" in link.stderr, link.stderr)
+            self.assertEqual(refused, link.returncode != 0, link.stderr)
 
     def test_every_call_goes_through_its_own_slot(self):
         symbols = {}
