@@ -10,9 +10,19 @@ import unittest
 
 import pefile
 
+import templates
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MOST = 200 * 1024  # bytes that the device's user is to find room for
 PAGE = 0x1000
+
+# The screen in pixels. At its bottom stands the bar with the input panel's button, above it the panel when it is open.
+WIDTH, HEIGHT, BAR, PANEL = 240, 320, 26, 80
+# Of a window: its frame and title, and two rows of tabs with their frame in a sheet.
+FRAME, TITLE, TABS = 6, 24, 46
+FONT_WIDTH, FONT_HEIGHT = 6, 13  # what 4 dialog units across and 8 down become
+NOT_SHOWN = (117, 144)  # pages that the sheet leaves out
+EDITABLE_LIST = 2  # of a combo box's kinds
 
 # All that an ARMv4 has and the compiler uses, without the condition and the letter s. Later machines' instructions
 # (bx, blx, clz, ldrd, ...) are missing from it. udf is where the program gives up.
@@ -145,6 +155,29 @@ class Executable(unittest.TestCase):
         self.assertEqual(there.keys(), here.keys())
         for key, contents in there.items():
             self.assertEqual(contents, here[key], key)
+
+    def dialogs(self):
+        """(number, dialog, height of what stands above its contents, height of the whole) of each."""
+        for number in templates.numbers(self.exe):
+            dialog = templates.dialog(self.exe, number)
+            above = TITLE + (TABS if dialog.style & templates.CHILD else 0)
+            yield number, dialog, above, above + dialog.height * FONT_HEIGHT / 8 + FRAME
+
+    def test_every_dialog_fits_the_screen(self):
+        high = [number for number, _, _, height in self.dialogs() if height > HEIGHT - 2 * BAR]
+        wide = [number for number, dialog, _, _ in self.dialogs() if dialog.width * FONT_WIDTH / 4 + 2 * FRAME > WIDTH]
+        self.assertEqual(([], []), (high, wide))
+
+    def test_what_is_typed_into_stands_above_the_input_panel(self):
+        """Dialogs stand in the middle of the screen."""
+        lowest = {}
+        for number, dialog, above, height in self.dialogs():
+            edits = [item.y + (12 if item.kind == "ComboBox" else item.height) for item in dialog.items
+                     if item.kind == "Edit" or (item.kind == "ComboBox" and item.style & 3 == EDITABLE_LIST)]
+            if edits and number not in NOT_SHOWN:
+                lowest[number] = (HEIGHT - height) / 2 + above + max(edits) * FONT_HEIGHT / 8
+        self.assertEqual({102, 124, 125, 130, 133}, set(lowest))
+        self.assertEqual({}, {number: place for number, place in lowest.items() if place > HEIGHT - BAR - PANEL})
 
 
 if __name__ == "__main__":
