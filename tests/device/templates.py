@@ -4,21 +4,25 @@ import struct
 
 RT_DIALOG, RT_STRING, RT_RCDATA = 5, 6, 10
 CHILD, HAS_FONT = 0x40000000, 0x40
-KINDS = {0x80: "Button", 0x81: "Edit", 0x82: "Static", 0x83: "ListBox", 0x84: "ScrollBar", 0x85: "ComboBox"}
+NUMBERED = ("Button", "Edit", "Static", "ListBox", "ScrollBar", "ComboBox")  # from 0x80 on
+NAMED = {name.lower(): name for name in NUMBERED + ("SysListView32", "SysTreeView32", "msctls_progress32")}
 
 # Places and sizes in dialog units.
 Dialog = collections.namedtuple("Dialog", "style x y width height text items")
 Item = collections.namedtuple("Item", "style x y width height number kind text")
 
 
-def resource(executable, kind, name):
+def places(executable, kind):
+    """{number: (offset in the image, size)} of the resources of a kind."""
+    return {item.id: (data.OffsetToData, data.Size)
+            for entry in executable.DIRECTORY_ENTRY_RESOURCE.entries if entry.id == kind
+            for item in entry.directory.entries for data in [item.directory.entries[0].data.struct]}
+
+
+def resource(executable, kind, number):
     """A resource's bytes; None when the executable has none."""
-    for entry in executable.DIRECTORY_ENTRY_RESOURCE.entries:
-        for item in entry.directory.entries if entry.id == kind else ():
-            if item.id == name:
-                data = item.directory.entries[0].data.struct
-                return executable.get_data(data.OffsetToData, data.Size)
-    return None
+    place = places(executable, kind).get(number)
+    return place and executable.get_data(*place)
 
 
 class Reader:
@@ -55,9 +59,5 @@ def item(reader):
     style, _more, *place, number = reader.fields("IIhhhhH")
     kind, text = reader.text(), reader.text()
     reader.fields("H")  # nothing more is given to the control
-    return Item(style, *place, number, KINDS.get(kind, kind), text)
-
-
-def numbers(executable):
-    return [item.id for entry in executable.DIRECTORY_ENTRY_RESOURCE.entries if entry.id == RT_DIALOG
-            for item in entry.directory.entries]
+    kind = NAMED[kind.lower()] if isinstance(kind, str) else NUMBERED[kind - 0x80]
+    return Item(style, *place, number, kind, text)

@@ -16,7 +16,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 MOST = 200 * 1024  # bytes that the device's user is to find room for
 PAGE = 0x1000
 
-# The screen in pixels. At its bottom stands the bar with the input panel's button, above it the panel when it is open.
+# The screen in pixels. At its bottom stands the bar with the input panel's button, above it the panel while it is
+# open.
 WIDTH, HEIGHT, BAR, PANEL = 240, 320, 26, 80
 # Of a window: its frame and title, and two rows of tabs with their frame in a sheet.
 FRAME, TITLE, TABS = 6, 24, 46
@@ -60,7 +61,8 @@ def resources(executable):
 
 def foreign_imports(imports):
     """The names of those that the device is not known to export."""
-    exports = {f"{path.stem}.dll": set(path.read_text().split()) for path in (ROOT / "platform/device/api").glob("*.txt")}
+    lists = (ROOT / "platform/device/api").glob("*.txt")
+    exports = {f"{path.stem}.dll": set(path.read_text().split()) for path in lists}
     return [name for library, name, _ in imports if name not in exports[library]]
 
 
@@ -158,7 +160,7 @@ class Executable(unittest.TestCase):
 
     def dialogs(self):
         """(number, dialog, height of what stands above its contents, height of the whole) of each."""
-        for number in templates.numbers(self.exe):
+        for number in templates.places(self.exe, templates.RT_DIALOG):
             dialog = templates.dialog(self.exe, number)
             above = TITLE + (TABS if dialog.style & templates.CHILD else 0)
             yield number, dialog, above, above + dialog.height * FONT_HEIGHT / 8 + FRAME
