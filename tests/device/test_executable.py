@@ -14,7 +14,6 @@ import templates
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MOST = 200 * 1024  # bytes that the device's user is to find room for
-PAGE = 0x1000
 
 # The screen in pixels. At its bottom stands the bar with the input panel's button, above it the panel while it is
 # open.
@@ -63,7 +62,7 @@ def foreign_imports(imports):
     """The names of those that the device is not known to export."""
     lists = (ROOT / "platform/device/api").glob("*.txt")
     exports = {f"{path.stem}.dll": set(path.read_text().split()) for path in lists}
-    return [name for library, name, _ in imports if name not in exports[library]]
+    return [name for library, name in imports if name not in exports[library]]
 
 
 class Executable(unittest.TestCase):
@@ -74,8 +73,8 @@ class Executable(unittest.TestCase):
         cls.exe = pefile.PE(str(cls.file))
 
     def imports(self):
-        """(library, name, address of the slot) of each import."""
-        return [(library.dll.decode(), entry.name.decode(), entry.address)
+        """The library and name of each."""
+        return [(library.dll.decode(), entry.name.decode())
                 for library in self.exe.DIRECTORY_ENTRY_IMPORT for entry in library.imports]
 
     def test_headers(self):
@@ -94,31 +93,15 @@ class Executable(unittest.TestCase):
             self.assertEqual(expected, found, sentence)
         self.assertLessEqual(self.file.stat().st_size, MOST)
 
-    def test_sections_stand_in_order_inside_the_file(self):
-        optional = self.exe.OPTIONAL_HEADER
-        self.assertEqual([".text", ".rdata", ".data", ".idata", ".rsrc"],
-                         [section.Name.rstrip(b"\0").decode() for section in self.exe.sections])
-        address, offset = PAGE, optional.SizeOfHeaders
-        for section in self.exe.sections:
-            self.assertEqual((address, offset), (section.VirtualAddress, section.PointerToRawData), section.Name)
-            self.assertLess(0, section.SizeOfRawData)
-            address += -(-section.Misc_VirtualSize // PAGE) * PAGE
-            offset += section.SizeOfRawData
-        self.assertEqual((address, offset), (optional.SizeOfImage, self.file.stat().st_size))
-        code = self.exe.sections[0]
-        self.assertTrue(code.contains_rva(optional.AddressOfEntryPoint), "the entry is code")
-        data = self.exe.sections[2]
-        self.assertGreater(data.Misc_VirtualSize, data.SizeOfRawData, "variables that start as 0 have their room")
-
     def test_every_import_is_exported_by_its_library(self):
         self.assertEqual({"coredll.dll", "commctrl.dll", "aygshell.dll", "winsock.dll"},
-                         {library for library, _, _ in self.imports()})
+                         {library for library, _ in self.imports()})
         self.assertEqual([], foreign_imports(self.imports()))
 
     def test_a_later_systems_call_is_refused(self):
         source = build / "later_call.s"
         for name, refused in ("InterlockedIncrement", False), ("InterlockedExchangeAdd", True):
-            self.assertEqual([name] if refused else [], foreign_imports([("coredll.dll", name, 0)]))
+            self.assertEqual([name] if refused else [], foreign_imports([("coredll.dll", name)]))
             source.write_text(f".text\n.global DeviceEntry\nDeviceEntry: bl {name}\n.section .rodata\n.word 1\n")
             link = subprocess.run(
                 ["arm-none-eabi-gcc", "-march=armv4", "-nostdlib", "-T", str(ROOT / "platform/device/layout.ld"),
@@ -126,17 +109,6 @@ class Executable(unittest.TestCase):
                  str(build / "later_call")], capture_output=True, text=True)
             self.assertEqual(refused, f"undefined reference to `{name}'" in link.stderr, link.stderr)
             self.assertEqual(refused, link.returncode != 0, link.stderr)
-
-    def test_every_call_goes_through_its_own_slot(self):
-        symbols = {}
-        for line in tool("nm", self.program).splitlines():
-            address, _, name = line.split()[-3:]
-            symbols[name] = int(address, 16)
-        data = self.exe.sections[2]
-        for _, name, slot in self.imports():
-            stub = self.exe.get_data(symbols[name] - self.exe.OPTIONAL_HEADER.ImageBase, 12)
-            self.assertEqual(bytes.fromhex("00c09fe5 00f09ce5") + slot.to_bytes(4, "little"), stub, name)
-            self.assertTrue(data.contains_rva(slot - self.exe.OPTIONAL_HEADER.ImageBase), "a slot is written to")
 
     def test_the_code_is_the_machines(self):
         self.assertEqual([], foreign_instructions(self.program))
