@@ -17,11 +17,11 @@ DONE = dict.fromkeys(
     "InitCommonControls WSACleanup ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect "
     "ScrollWindowEx SetScrollPos SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject "
     "DeleteDC ReleaseDC GetTextColor SetTextColor SetBkColor SetBkMode FillRect Rectangle PatBlt BitBlt EndPaint "
-    "ImageList_Destroy EnableWindow IsWindowEnabled SetFocus".split(), 1)
-DONE.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey".split(), 0))
+    "ImageList_Destroy EnableWindow IsWindowEnabled SetFocus EventModify".split(), 1)
+DONE.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey WaitForSingleObject".split(), 0))
 # These only give a new handle.
 MADE = ("GetDC CreateCompatibleDC CreateCompatibleBitmap CreateFontIndirectW GetStockObject LoadCursorW LoadBitmapW "
-        "LoadImageW LoadAcceleratorsW ImageList_LoadImage").split()
+        "LoadImageW LoadAcceleratorsW ImageList_LoadImage CreateEventW").split()
 
 
 class Waiting(Exception):

@@ -275,6 +275,7 @@ TEST_F(ReadingTest, FilesThatVanishAreToldAndNotMadeAnew) {
         {"go on to the next page", [this] { Key(VK_NEXT); }, {}},
         {"show the read ones too", [this] { Command(IDC_VIEW_READ); }, {switchFailed}},
         {"show other priorities", [this] { Command(IDC_LEVEL_HIGH); }, {}},
+        {"change the keywords", [this] { Command(IDC_KEYWORDS); }, {{L"ｷｰﾜｰﾄﾞ設定", L""}, initFailed}},
         {"leave", [] {}, {}},
     };
     for (const Row& row : table) {
@@ -338,18 +339,37 @@ TEST_F(ReadingTest, OddArticlesOpen) {
     EXPECT_THAT(boxes, IsEmpty());
 }
 
-// The box of a question goes with its window, which is no answer.
-TEST_F(ReadingTest, ClosingTheProgramAtTheQuestionDeletesNothing) {
-    MakeGroups();
-    Open();
-    const size_t articles = FlagsOf(kGroup).size();
-    onBox = [&] {
-        EXPECT_FALSE(IsWindowEnabled(frame->mainWindow)) << "a group could be opened under the deletion";
-        SendMessageW(frame->mainWindow, WM_CLOSE, 0, 0);
+TEST_F(ReadingTest, WhateverIsNotYesDeletesNothing) {
+    const struct {
+        const char* sentence;
+        void (*act)(HWND frame, HWND box);
+    } ways[] = {
+        {"Esc", [](HWND, HWND box) { SendMessageW(box, WM_COMMAND, IDCANCEL, 0); }},
+        {"the close button", [](HWND, HWND box) { SendMessageW(box, WM_SYSCOMMAND, SC_CLOSE, 0); }},
+        {"a box that cannot stay", [](HWND, HWND box) { DestroyWindow(box); }},
+        {"the program is closed", [](HWND window, HWND) { SendMessageW(window, WM_CLOSE, 0, 0); }},
     };
-    Command(IDC_DELETE_READ);
-    EXPECT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(FlagsOf(kGroup).size(), articles);
+    MakeGroups();
+    const size_t articles = FlagsOf(kGroup).size();
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.sentence);
+        Open();
+        boxes.clear();
+        onBox = [&](HWND box) {
+            EXPECT_FALSE(GetWindow(box, GW_OWNER));
+            EXPECT_FALSE(IsWindowEnabled(frame->mainWindow)) << "a group could be opened under the deletion";
+            way.act(frame->mainWindow, box);
+            if (frame->ended) answer = IDYES;
+        };
+        Command(IDC_DELETE_READ);
+        EXPECT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(FlagsOf(kGroup).size(), articles);
+        if (frame->ended) continue;
+        EXPECT_TRUE(IsWindowEnabled(frame->mainWindow));
+        EXPECT_EQ(GetForegroundWindow(), frame->mainWindow);
+        EXPECT_EQ(GetFocus(), frame->groupView->list);
+        Close();
+    }
 }
 
 // Keys come before the paint that lays the article out.
