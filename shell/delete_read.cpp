@@ -10,10 +10,10 @@
 
 namespace {
 
-bool UserAgrees(const AppFrame& frame) {
+bool UserAgrees() {
     const int answer = MessageBoxW(nullptr, LoadResString(IDS_ASK_DELETE_READ), L"Delete read articles",
                                    MB_YESNO | MB_ICONQUESTION);
-    return answer == IDYES && !frame.ended;
+    return answer == IDYES;
 }
 
 void DeleteInGroup(const wchar_t* folder, const wchar_t* name) {
@@ -22,7 +22,7 @@ void DeleteInGroup(const wchar_t* folder, const wchar_t* name) {
     ShowLastError(IDS_DELETE_READ_FAILED, name, MB_ICONEXCLAMATION);
 }
 
-// Closing the program amid the failures that are told ends it before the next group.
+// Closing the program while a box stands ends it before the next group.
 bool DeleteInGroups(const AppFrame& frame) {
     const wchar_t* folder = frame.settings.DataPath;
     GroupFile groups;
@@ -41,7 +41,7 @@ void DeleteReadArticles(AppFrame& frame) {
     // A group that is open writes at the places that it found when it was opened.
     if (frame.subjectView->list.open) return;
     EnableWindow(frame.mainWindow, FALSE);  // the boxes have no owner that would be
-    const bool deleted = UserAgrees(frame) && DeleteInGroups(frame);
+    const bool deleted = UserAgrees() && DeleteInGroups(frame);
     EnableWindow(frame.mainWindow, TRUE);
     SetForegroundWindow(frame.mainWindow);
     FocusCurrentView(frame);

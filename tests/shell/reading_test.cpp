@@ -2,6 +2,7 @@
 // are not what they were.
 #include <gmock/gmock.h>
 
+#include "dialup/dialup.h"
 #include "resources/resource.h"
 #include "settings/view_options.h"
 #include "tests/shell/walk.h"
@@ -82,6 +83,17 @@ class ReadingTest : public WalkTest {
         EXPECT_EQ(FlagsOf(kGroup).at(rows[row]) & 1, 1u);
         EXPECT_EQ(Row(), row);
         ExpectConsistent();
+    }
+
+    // In a frame that another program has enabled.
+    void EnterFirstGroup() const {
+        const HWND list = frame->groupView->list;
+        LVITEMW item = {};
+        item.stateMask = item.state = LVIS_SELECTED;
+        NMHDR enter = {list, IDW_GROUP_VIEW, static_cast<UINT>(NM_RETURN)};
+        SendMessageW(frame->mainWindow, kHangUpMessage, 0, 0);
+        SendMessageW(list, LVM_SETITEMSTATE, 0, reinterpret_cast<LPARAM>(&item));
+        SendMessageW(frame->mainWindow, WM_NOTIFY, IDW_GROUP_VIEW, reinterpret_cast<LPARAM>(&enter));
     }
 
     bool IsChecked(HMENU menu, UINT id) const { return GetMenuState(menu, id, MF_BYCOMMAND) & MF_CHECKED; }
@@ -433,7 +445,10 @@ TEST_F(ReadingTest, DeletionGoesOnPastAGroupThatFails) {
     EXPECT_EQ(FlagsOf(kGroup).size(), 45u);
     boxes.clear();
     answer = IDYES;
+    onBox = [&](HWND) { EnterFirstGroup(); };
     Command(IDC_DELETE_READ);
+    EXPECT_EQ(frame->currentView, ViewKind::kGroup) << "opened under the deletion";
+    onBox = nullptr;
     EXPECT_THAT(boxes, ElementsAre(question, Box{L"fj.small", L"既読記事の削除に失敗しました(2)"}));
     EXPECT_EQ(FlagsOf(kGroup).size(), unread);
     EXPECT_EQ(WordAt(kGroup, 88), unread);
