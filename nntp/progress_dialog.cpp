@@ -13,7 +13,12 @@ void PutAway(ProgressDialog& progress) {
     ShowWindow(dialog, SW_HIDE);
 }
 
-INT_PTR OnCommand(HWND dialog, WPARAM id) {
+INT_PTR OnInitDialog(HWND dialog, ProgressDialog* progress) {
+    SetWindowPointer(dialog, kUserData, progress);
+    return FALSE;  // no focus yet: it is not shown
+}
+
+INT_PTR OnCommand(HWND dialog, int id, int) {
     auto progress = static_cast<ProgressDialog*>(GetWindowPointer(dialog, kUserData));
     if (!progress) {
         MessageBoxW(nullptr, L"Not Initialized!", L"ERROR", MB_OK | MB_ICONERROR);
@@ -23,26 +28,6 @@ INT_PTR OnCommand(HWND dialog, WPARAM id) {
     return TRUE;
 }
 
-// No control takes the focus, and no loop of a modal dialog looks at the keys.
-INT_PTR OnKey(HWND dialog, WPARAM key) {
-    if (key == VK_ESCAPE) return OnCommand(dialog, IDCANCEL);
-    return key == VK_RETURN ? OnCommand(dialog, IDOK) : FALSE;
-}
-
-INT_PTR CALLBACK ProgressProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG:
-            SetWindowPointer(dialog, kUserData, reinterpret_cast<void*>(lParam));
-            return FALSE;  // it is not shown yet
-        case WM_COMMAND:
-            return OnCommand(dialog, LOWORD(wParam));
-        case WM_KEYDOWN:
-            return OnKey(dialog, wParam);
-        default:
-            return FALSE;
-    }
-}
-
 void Tell(const ProgressDialog& progress, int control, UINT message, WPARAM wParam, LPARAM lParam) {
     if (progress.dialog) SendDlgItemMessageW(progress.dialog.Get(), control, message, wParam, lParam);
 }
@@ -50,7 +35,12 @@ void Tell(const ProgressDialog& progress, int control, UINT message, WPARAM wPar
 }  // namespace
 
 void MakeProgressDialog(ProgressDialog& progress, HINSTANCE instance, HWND owner) {
-    progress.dialog.Reset(CreateModelessDialog(instance, IDD_PROGRESS, owner, ProgressProcedure, &progress));
+    const DLGPROC procedure = DialogProcedure<ProgressDialog, OnInitDialog, OnCommand>;
+    progress.dialog.Reset(CreateModelessDialog(instance, IDD_PROGRESS, owner, procedure, &progress));
+}
+
+bool TakeProgressKey(const ProgressDialog& progress, MSG& message) {
+    return progress.dialog && IsDialogMessageW(progress.dialog.Get(), &message);
 }
 
 void ShowProgress(ProgressDialog& progress) {

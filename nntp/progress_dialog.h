@@ -23,6 +23,9 @@ void MakeProgressDialog(ProgressDialog& progress, HINSTANCE instance, HWND owner
 // Shows it modally, but does not wait: the owner is disabled until the dialog is put away.
 void ShowProgress(ProgressDialog& progress);
 
+// For the message loop, before it dispatches: true when the message was the dialog's and is done with.
+bool TakeProgressKey(const ProgressDialog& progress, MSG& message);
+
 // Puts it away for good.
 void EndProgress(ProgressDialog& progress);
 

@@ -68,6 +68,7 @@ void ShowFrame(AppFrame& frame, int showCommand) {
 int RunMessageLoop(const AppFrame& frame) {
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (frame.job && TakeProgressKey(frame.job->progress, message)) continue;
         if (TranslateAcceleratorW(frame.mainWindow, frame.accelerators, &message)) continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);

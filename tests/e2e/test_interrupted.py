@@ -52,6 +52,12 @@ class Interrupted(scenario.Scenario):
         self.assert_rows(running, [group])
         self.assert_files(folder, group, "after the next run")
 
+    @staticmethod
+    def escape(running, progress):
+        """To the control that the system gives the focus to, though none can use it."""
+        running.key(running.item(progress.handle, BAR).handle, VK_ESCAPE)
+        running.wait_gone(progress)
+
     def assert_progress(self, running, dialog):
         """It stands over its disabled frame and shows that seven of the twenty articles are stored."""
         bar = running.item(dialog.handle, BAR).handle
@@ -64,15 +70,13 @@ class Interrupted(scenario.Scenario):
     def test_escape_hides_the_progress_and_what_must_wait_for_the_run_shows_it_again(self):
         folder, running, progress = self.start_run("BODY 8")
         for command in (PROPERTIES, GET_ARTICLES, DELETE_READ, SUBSCRIBE, CATCH_UP):
-            running.key(progress.handle, VK_ESCAPE)
-            running.wait_gone(progress)
+            self.escape(running, progress)
             self.assertTrue(running.is_enabled(running.frame))
             running.command(command)
             progress = running.wait_dialog(PROGRESS)
             self.assert_progress(running, progress)
         self.bench.picture("progress_again")
-        running.key(progress.handle, VK_ESCAPE)
-        running.wait_gone(progress)
+        self.escape(running, progress)
         self.assertEqual(self.relay.connections, 1)
         self.relay.release()
         self.assertEqual(running.finish_run(), scenario.DONE)
@@ -123,8 +127,7 @@ class Interrupted(scenario.Scenario):
             for _ in range(3):
                 self.relay.drip(b"2")
             if hidden:
-                running.key(progress.handle, VK_ESCAPE)
-                running.wait_gone(progress)
+                self.escape(running, progress)
             self.bench.order("post", running.frame, *message, 0)
             self.assertEqual(running.wait_exit(), 0)
             self.relay.release()

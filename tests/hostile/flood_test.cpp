@@ -180,8 +180,9 @@ class WindowedRun {
         MSG message;
         while (!finished) {
             MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-                DispatchMessageW(&message);
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                if (!TakeProgressKey(job->progress, message)) DispatchMessageW(&message);
+            }
         }
         text_ = job->result->text;
         DestroyWindow(window);

@@ -89,7 +89,7 @@ LRESULT CALLBACK WatchProgress(int code, WPARAM wParam, LPARAM lParam) {
     }
     if (escapeAtStart && sent.message == PBM_SETRANGE) {
         escapeAtStart = false;
-        SendMessageW(progressDialog, WM_KEYDOWN, VK_ESCAPE, 0);
+        SendMessageW(progressDialog, WM_COMMAND, IDCANCEL, 0);
         EXPECT_FALSE(IsWindowVisible(progressDialog));
         EXPECT_TRUE(IsWindowEnabled(GetWindow(progressDialog, GW_OWNER)));
     }

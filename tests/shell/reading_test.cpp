@@ -370,6 +370,9 @@ TEST_F(ReadingTest, WhateverIsNotYesDeletesNothing) {
         onBox = [&](HWND box) {
             EXPECT_FALSE(GetWindow(box, GW_OWNER));
             EXPECT_FALSE(IsWindowEnabled(frame->mainWindow)) << "a group could be opened under the deletion";
+            SetForegroundWindow(frame->mainWindow);
+            SendMessageW(frame->mainWindow, kWakeMessage, 0, 0);
+            EXPECT_EQ(GetForegroundWindow(), box) << "lost behind a frame that answers nothing";
             way.act(frame->mainWindow, box);
             if (frame->ended) answer = IDYES;
         };
