@@ -277,10 +277,10 @@ const wchar_t* CurrentGroup(GroupCursor& cursor) {
 }
 void StartGroup(ProgressDialog&, const wchar_t*, uint32_t, uint32_t) {}
 void StepProgress(ProgressDialog&) {}
-const wchar_t* LoadResString(UINT) {
+const wchar_t* LoadResString(UINT, TextBuffer&) {
     return L"text";
 }
-const wchar_t* FormatText(const wchar_t*, const wchar_t*) {
+const wchar_t* FormatText(const wchar_t*, const wchar_t*, TextBuffer&) {
     return L"text";
 }
 int wsprintfW(wchar_t* text, const wchar_t*, ...) {

@@ -103,11 +103,14 @@ inline uint16_t htons(uint16_t port) {
 // Windows, for headers that name them.
 using HWND = void*;
 using HINSTANCE = void*;
+struct MSG;
 constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
 // Named by the owners, never called here.
 BOOL FindClose(HANDLE);
+BOOL SetEvent(HANDLE);
+BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
