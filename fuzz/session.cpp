@@ -277,6 +277,9 @@ const wchar_t* CurrentGroup(GroupCursor& cursor) {
 }
 void StartGroup(ProgressDialog&, const wchar_t*, uint32_t, uint32_t) {}
 void StepProgress(ProgressDialog&) {}
+BOOL DestroyWindow(HWND) {
+    return 1;
+}
 const wchar_t* LoadResString(UINT, TextBuffer&) {
     return L"text";
 }
