@@ -3,7 +3,7 @@
 
 #include "tests/nntp/session_run.h"
 
-#include "store/file.h"
+#include "tests/support/file_faults.h"
 
 namespace {
 
