@@ -60,8 +60,7 @@ int wmain(int, wchar_t** arguments) {
     cursor.list = MakeGroupList(group);
     ProgressDialog progress;
     RunResult result;
-    const SessionRequest request = {.server = L"127.0.0.1",
-                                    .port = port,
+    const SessionRequest request = {.server = {L"127.0.0.1", port, nullptr, nullptr},
                                     .folder = folder.Path(),
                                     .limit = articles,
                                     .cursor = &cursor,

@@ -43,10 +43,13 @@ set(PELNOR_SOURCES
   subscribe/group_list_dialog.cpp
   subscribe/subscribe_dialog.cpp
   nntp/article_download.cpp
+  nntp/article_lines.cpp
   nntp/article_plan.cpp
   nntp/connection.cpp
+  nntp/conversation.cpp
   nntp/download_job.cpp
   nntp/group_cursor.cpp
+  nntp/login.cpp
   nntp/password_prompt.cpp
   nntp/pipeline.cpp
   nntp/progress_dialog.cpp

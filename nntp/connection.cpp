@@ -18,9 +18,13 @@ bool FindAddress(const char* host, in_addr& address) {
     return true;
 }
 
-// A silent server must not hold the run for ever. A device may not have the option: then the network decides.
-void LimitReceiveTime(SOCKET socket, DWORD timeout) {
-    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeout), sizeof(timeout));
+// A silent server must not hold the run for ever. Windows CE has no time-out for recv itself.
+bool HasSpoken(const NntpConnection& connection) {
+    fd_set readable;
+    readable.fd_count = 1;
+    readable.fd_array[0] = connection.readerSocket;
+    timeval limit = {connection.silence, 0};
+    return select(0, &readable, nullptr, nullptr, &limit) == 1;
 }
 
 // Once for all that was received: a search for each line would look at most bytes many times.
@@ -31,18 +35,15 @@ void FindZero(NntpConnection& connection) {
 }
 
 bool Refill(NntpConnection& connection) {
-    connection.timedOut = false;
     if (connection.endOfStream) return Fail(kErrorEndOfFile);
     if (connection.beforeReceive) connection.beforeReceive(connection.context);
+    if (!HasSpoken(connection)) return Fail(kErrorInvalidData);
     const int received = recv(connection.readerSocket, connection.buffer, kReceiveBufferSize, 0);
     if (received == 0) {
         connection.endOfStream = true;
         return Fail(kErrorEndOfFile);
     }
-    if (received == SOCKET_ERROR) {
-        connection.timedOut = GetError() == WSAETIMEDOUT;
-        return Fail(kErrorInvalidData);
-    }
+    if (received == SOCKET_ERROR) return Fail(kErrorInvalidData);
     connection.readPosition = connection.buffer;
     connection.endPosition = connection.buffer + received;
     FindZero(connection);
@@ -67,10 +68,10 @@ bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
         SOCKET_ERROR) {
         return false;
     }
-    LimitReceiveTime(connection.socket, connection.receiveTimeout);
     connection.readerSocket = connection.socket;
     connection.readPosition = connection.endPosition = connection.buffer;
     connection.endOfStream = false;
+    connection.atLineStart = true;
     return true;
 }
 
@@ -96,14 +97,15 @@ void SendText(NntpConnection& connection, const char* text, std::size_t length) 
 bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
     LineAssembler assembler{line, kReplyLineSize};
     LineState state = LineState::kOpen;
-    const unsigned errorBefore = GetError();
+    connection.wholeLine = connection.atLineStart;
+    connection.atLineStart = false;
     while (state == LineState::kOpen) {
         if (IsFull(assembler)) return Fail(kErrorMoreData);
         if (connection.readPosition == connection.endPosition && !Refill(connection)) return false;
         if (connection.readPosition == connection.zeroPosition) {
             ++connection.readPosition;
             FindZero(connection);
-            return Fail(errorBefore);
+            return Fail(0);
         }
         const auto atHand = static_cast<std::size_t>(connection.zeroPosition - connection.readPosition);
         std::size_t added = 0;
@@ -111,8 +113,24 @@ bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
         connection.readPosition += added;
     }
     if (state == LineState::kFull) return Fail(kErrorMoreData);
+    connection.atLineStart = LineEndLength(line, assembler.length) == 2;
     FinishLine(assembler, strip);
     return true;
+}
+
+bool EndsReply(const NntpConnection& connection, const ReplyLine& line) {
+    return connection.wholeLine && IsFinalDot(line);
+}
+
+// A line that a 0 byte breaks, or that has no room, goes on in the next read.
+bool SkipReply(NntpConnection& connection, ReplyLine& line) {
+    while (true) {
+        if (ReadReplyLine(connection, line, false)) {
+            if (EndsReply(connection, line)) return true;
+        } else if (GetError() != 0 && GetError() != kErrorMoreData) {
+            return false;
+        }
+    }
 }
 
 NarrowText MakeCommand(const char* word, const char* argument) {

@@ -6,15 +6,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "nntp/reply.h"
 #include "platform/platform.h"
 #include "text/owned.h"
 
 constexpr uint32_t kReceiveBufferSize = 4096;
-constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
-constexpr uint32_t kReceiveTimeout = 120000;  // milliseconds without a byte
-
-// A buffer for one reply line.
-using ReplyLine = char[kReplyLineSize + 1];
+constexpr long kLongestSilence = 120;      // seconds without a byte
+constexpr long kLongestSilenceAhead = 10;  // while commands are on the way: then a new connection is tried
 
 struct NntpConnection {
     SOCKET socket = INVALID_SOCKET;
@@ -24,8 +22,9 @@ struct NntpConnection {
     char* endPosition = nullptr;
     char* zeroPosition = nullptr;  // the first 0 byte not yet handed out, which ends a line; else endPosition
     bool endOfStream = false;      // the peer has closed its side
-    bool timedOut = false;         // the newest recv met with nothing but silence
-    uint32_t receiveTimeout = kReceiveTimeout;  // set before Connect
+    bool atLineStart = true;       // the next byte stands behind CR LF
+    bool wholeLine = false;        // so did the first byte of the line read last
+    long silence = kLongestSilence;  // seconds without a byte after which receiving fails
     // Called before each recv, null for nothing to do.
     void (*beforeReceive)(void* context) = nullptr;
     void* context = nullptr;  // not owned
@@ -47,9 +46,16 @@ void CloseConnection(NntpConnection& connection);
 void SendText(NntpConnection& connection, const char* text, std::size_t length);
 
 // Reads one line into `line` and terminates it; `strip` drops its line end. Error 234 when the line does not
-// fit, 38 when the peer closed, 13 when receiving failed or nothing came for two minutes. A 0 byte fails too,
-// without setting an error of its own.
+// fit, 38 when the peer closed, 13 when receiving failed or nothing came for `silence` seconds. A 0 byte
+// fails too, with error 0.
 [[nodiscard]] bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip);
+
+// Whether the line read last, with its line end, is the dot that ends a multi-line reply (RFC 3977, section
+// 3.1.1). A server doubles dots behind CR LF only, so a dot behind a lone LF is the article's own.
+bool EndsReply(const NntpConnection& connection, const ReplyLine& line);
+
+// Drops what is left of a multi-line reply, whatever it holds. Error 38 or 13.
+[[nodiscard]] bool SkipReply(NntpConnection& connection, ReplyLine& line);
 
 // "GROUP " and the like followed by a text; null with error 8.
 NarrowText MakeCommand(const char* word, const char* argument);

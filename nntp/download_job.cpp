@@ -7,12 +7,9 @@ namespace {
 
 SessionRequest RequestOf(DownloadJob& job) {
     SessionRequest request;
-    request.server = job.server;
-    request.port = job.port;
+    request.server = {job.server, job.port, job.user.get(), job.password.get()};
     request.folder = job.folder;
     request.limit = job.limit;
-    request.user = job.user.get();
-    request.password = job.password.get();
     request.cursor = job.cursor.get();
     request.progress = &job.progress;
     request.result = job.result.get();

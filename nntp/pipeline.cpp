@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "nntp/reply.h"
 #include "text/decimal.h"
@@ -12,42 +13,32 @@ bool IsSame(const ArticleCommand& a, const ArticleCommand& b) {
     return a.kind == b.kind && a.number == b.number;
 }
 
-void RemoveFirst(CommandQueue& queue, unsigned count) {
-    std::copy(queue.commands.begin() + count, queue.commands.begin() + queue.count, queue.commands.begin());
-    queue.count -= count;
+std::size_t WriteNumbered(char* text, std::string_view word, uint32_t number) {
+    std::memcpy(text, word.data(), word.size());
+    return word.size() + WriteDecimal(text + word.size(), number);
 }
 
-unsigned Find(const CommandQueue& queue, const ArticleCommand& command) {
-    unsigned index = 0;
-    while (index < queue.count && !IsSame(queue.commands[index], command))
-        ++index;
-    return index;
-}
-
-bool Contains(const CommandQueue& queue, const ArticleCommand& command) {
-    return Find(queue, command) < queue.count;
-}
-
-// The command that "221 n" or "222 n" names; kNone for any other status.
-ArticleCommand NamedCommand(const char* status) {
-    const uint32_t code = ParseNumber(status);
-    if (code != 221 && code != 222) return {};
-    const uint32_t number = ParseNumber(status);
-    if (!status) return {};
-    return {code == 221 ? CommandKind::kHead : CommandKind::kBody, number};
+// "221 n" or "222 n", as the command wants it. Digit for digit, so no other number counts as this one.
+bool Names(std::string_view status, const ArticleCommand& command) {
+    char text[kCommandSize];
+    const char* code = command.kind == CommandKind::kHead ? "221 " : "222 ";
+    const std::string_view due(text, WriteNumbered(text, code, command.number));
+    if (status.substr(0, due.size()) != due) return false;
+    const std::string_view rest = status.substr(due.size());
+    return rest.empty() || rest.front() < '0' || rest.front() > '9';
 }
 
 unsigned BodiesOnTheWay(const Pipeline& pipeline) {
-    const auto begin = pipeline.sent.commands.begin();
+    const auto begin = pipeline.sent.begin();
     return static_cast<unsigned>(
-        std::count_if(begin, begin + pipeline.sent.count,
+        std::count_if(begin, begin + pipeline.sentCount,
                       [](const ArticleCommand& command) { return command.kind == CommandKind::kBody; }));
 }
 
 // The command behind the newest one, when that is certain.
 ArticleCommand FollowUp(const Pipeline& pipeline) {
     const ArticlePlan& plan = pipeline.plan;
-    const ArticleCommand newest = pipeline.sent.commands[pipeline.sent.count - 1];
+    const ArticleCommand newest = pipeline.sent[pipeline.sentCount - 1];
     if (newest.kind == CommandKind::kHead) {
         if (!pipeline.noneMissing) return {};
         return {CommandKind::kBody, newest.number};
@@ -58,129 +49,88 @@ ArticleCommand FollowUp(const Pipeline& pipeline) {
 }
 
 ArticleCommand NextToSend(const Pipeline& pipeline) {
-    if (pipeline.sent.count == 0) return NextCommand(pipeline.plan);
-    if (pipeline.oneByOne || pipeline.sent.count == kMostOnTheWay) return {};
+    if (pipeline.sentCount == 0) return NextCommand(pipeline.plan);
+    if (pipeline.pace != Pace::kAhead || pipeline.sentCount == kMostOnTheWay) return {};
     return FollowUp(pipeline);
 }
 
 std::size_t WriteCommand(char* text, const ArticleCommand& command) {
-    std::memcpy(text, command.kind == CommandKind::kHead ? "HEAD " : "BODY ", 5);
-    const std::size_t count = WriteDecimal(text + 5, command.number);
-    std::memcpy(text + 5 + count, "\r\n", 2);
-    return 5 + count + 2;
-}
-
-// What was sent is asked again, but for the first `answered` commands; those behind them may be answered
-// late.
-void AskAgain(Pipeline& pipeline, unsigned answered) {
-    RemoveFirst(pipeline.sent, answered);
-    pipeline.late = pipeline.sent;
-    pipeline.sent.count = 0;
-    pipeline.oneByOne = true;
-}
-
-bool MayHaveBeenLost(const Pipeline& pipeline) {
-    return !pipeline.oneByOne && pipeline.leftAhead;
-}
-
-// The server has thrown commands away: the oldest was refused as none that it could take, or a later one
-// answered.
-bool ShowsLoss(Pipeline& pipeline, const char* status) {
-    if (!MayHaveBeenLost(pipeline)) return false;
-    if (*status == '5') {
-        AskAgain(pipeline, 1);
-        return true;
-    }
-    const unsigned index = Find(pipeline.sent, NamedCommand(status));
-    if (index == 0 || index == pipeline.sent.count) return false;
-    AskAgain(pipeline, index + 1);
-    return true;
-}
-
-// The status answers the first asking of a command that was asked again, or may do so: a refusal names no
-// command.
-bool IsLateReply(Pipeline& pipeline, const char* status) {
-    CommandQueue& late = pipeline.late;
-    if (late.count == 0) return false;
-    if (pipeline.sent.count == 0) return true;
-    const ArticleCommand named = NamedCommand(status);
-    const ArticleCommand expected = pipeline.sent.commands[0];
-    if (IsSame(named, expected)) {
-        // The server answers in order: behind the reply to what was asked only once nothing comes late.
-        if (!Contains(late, expected)) late.count = 0;
-        pipeline.refused = false;
-        return false;
-    }
-    if (!IsSuccess(status)) pipeline.refused = true;
-    return !IsSuccess(status) || Contains(late, named);
+    const char* word = command.kind == CommandKind::kHead ? "HEAD " : "BODY ";
+    const std::size_t length = WriteNumbered(text, word, command.number);
+    std::memcpy(text + length, "\r\n", 2);
+    return length + 2;
 }
 
 ArticleCommand TakeOldest(Pipeline& pipeline) {
-    const ArticleCommand oldest = pipeline.sent.commands[0];
-    RemoveFirst(pipeline.sent, 1);
-    if (pipeline.sent.count == 0) pipeline.leftAhead = false;
+    const ArticleCommand oldest = pipeline.sent[0];
+    std::copy(pipeline.sent.begin() + 1, pipeline.sent.begin() + pipeline.sentCount, pipeline.sent.begin());
+    --pipeline.sentCount;
     return oldest;
 }
 
-void NoteReply(Pipeline& pipeline, const ArticleCommand& command, bool hasArticle) {
-    if (command.kind == CommandKind::kHead) {
+// An article that came and was not named leaves the rest of the run one by one; a named one is trusted.
+void NotePace(Pipeline& pipeline, const ArticleCommand& command, bool named) {
+    if (!named) {
+        pipeline.pace = Pace::kOneByOne;
+    } else if (pipeline.pace == Pace::kTrying && command.kind == CommandKind::kBody) {
+        pipeline.pace = Pace::kAhead;
+    }
+}
+
+ReplyContent TakeAnswer(Pipeline& pipeline, const ArticleCommand& command, bool hasArticle) {
+    const bool isHead = command.kind == CommandKind::kHead;
+    if (isHead) {
         NoteHead(pipeline.plan, hasArticle);
     } else {
         NoteBody(pipeline.plan, hasArticle);
     }
-    if (!hasArticle) pipeline.noneMissing = false;
-}
-
-ReplyContent Unwanted(const char* status) {
-    return IsSuccess(status) ? ReplyContent::kUnwanted : ReplyContent::kNothing;
+    if (hasArticle) return isHead ? ReplyContent::kHead : ReplyContent::kBody;
+    pipeline.noneMissing = false;
+    return ReplyContent::kNothing;
 }
 
 }  // namespace
 
 void StartRange(Pipeline& pipeline, const ArticlePlan& plan, bool noneMissing) {
-    const bool oneByOne = pipeline.oneByOne;
-    pipeline = {};
-    pipeline.plan = plan;
+    pipeline.plan = pipeline.stored = plan;
+    pipeline.sentCount = 0;
     pipeline.noneMissing = noneMissing;
-    pipeline.oneByOne = oneByOne;
 }
 
 std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kCommandSize>& text) {
     std::size_t length = 0;
-    CommandQueue& sent = pipeline.sent;
-    const unsigned least = std::max(sent.count + 1, kFewestOnTheWay);
-    while (sent.count < least) {
+    const unsigned least = std::max(pipeline.sentCount + 1, kFewestOnTheWay);
+    while (pipeline.sentCount < least) {
         const ArticleCommand next = NextToSend(pipeline);
         if (next.kind == CommandKind::kNone) break;
-        if (sent.count > 0) pipeline.leftAhead = true;
-        sent.commands[sent.count++] = next;
+        pipeline.sent[pipeline.sentCount++] = next;
         length += WriteCommand(text.data() + length, next);
     }
     return length;
 }
 
 ReplyContent TakeReply(Pipeline& pipeline, const char* status) {
-    if (IsLateReply(pipeline, status) || ShowsLoss(pipeline, status)) return Unwanted(status);
+    const bool named = Names(status, pipeline.sent[0]);
+    if (pipeline.pace == Pace::kAhead && !named && *status != '4') return ReplyContent::kDoubt;
     const ArticleCommand command = TakeOldest(pipeline);
-    if (!IsSame(command, NextCommand(pipeline.plan))) return Unwanted(status);
     const bool hasArticle = IsSuccess(status);
-    NoteReply(pipeline, command, hasArticle);
-    if (!hasArticle) return ReplyContent::kNothing;
-    return command.kind == CommandKind::kHead ? ReplyContent::kHead : ReplyContent::kBody;
+    if (hasArticle) NotePace(pipeline, command, named);
+    // A body that left with its head is not awaited when that was missing.
+    if (!IsSame(command, NextCommand(pipeline.plan)))
+        return hasArticle ? ReplyContent::kUnwanted : ReplyContent::kNothing;
+    return TakeAnswer(pipeline, command, hasArticle);
 }
 
-bool TakeSilence(Pipeline& pipeline) {
-    if (MayHaveBeenLost(pipeline)) {
-        AskAgain(pipeline, 0);
-        return true;
-    }
-    if (pipeline.late.count == 0 || (pipeline.sent.count > 0 && !pipeline.refused)) return false;
-    pipeline.late.count = 0;
-    if (pipeline.sent.count > 0) NoteReply(pipeline, TakeOldest(pipeline), false);
-    return true;
+void NoteStored(Pipeline& pipeline) {
+    pipeline.stored = pipeline.plan;
+}
+
+void StartAgain(Pipeline& pipeline) {
+    pipeline.pace = Pace::kOneByOne;
+    pipeline.plan = pipeline.stored;
+    pipeline.sentCount = 0;
 }
 
 bool IsDone(const Pipeline& pipeline) {
-    const bool isAnswered = pipeline.sent.count == 0 && pipeline.late.count == 0;
-    return isAnswered && NextCommand(pipeline.plan).kind == CommandKind::kNone;
+    return pipeline.sentCount == 0 && NextCommand(pipeline.plan).kind == CommandKind::kNone;
 }

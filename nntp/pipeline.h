@@ -1,20 +1,22 @@
 // Commands that leave before the replies to earlier ones have been read (pipelining; RFC 3977, section 3.5).
-// Knows no platform: which command may leave, and which command a reply answers.
+// Knows no platform: which command may leave, and whether a reply answers the oldest one.
 //
-// The server answers commands in the order in which they reach it, so the next reply answers the oldest
-// command that has none yet. What leaves is, command for command, what a client would send that waits for
-// each reply: a command leaves early only when every reply that can still come leads to it.
+// A run begins with one command at a time. Once an article has come whose status lines named its number ("221
+// n", "222 n"), the server has shown that its replies can be told apart, and commands are sent ahead:
 //   BODY n      once the status of HEAD n has said that n is there
 //   HEAD n + 1  together with BODY n, unless n may be the last article that the limit allows
 //   BODY n      together with HEAD n where the group's count says that no number is missing. Should n be
 //               missing all the same, its BODY is refused too, and that refusal is dropped.
+// So what leaves is, command for command, what a client would send that waits for each reply.
+//
+// From then on a reply is in order when it names the oldest command's number or refuses with "4xx". Any other
+// is doubt. Since replies come in the commands' order, a reply that names its number shows that every command
+// before it was answered, too; refusals behind the last stored article may belong to other commands. After
+// doubt nothing is guessed: the caller opens a new connection, and the range goes on behind the last stored
+// article, one command at a time to the end of the run.
+//
 // At most kMostOnTheWay commands wait for their reply. They are less than 300 bytes, which any socket's
 // buffers take in while the server is itself held up in sending, so the two never wait for each other.
-//
-// A server that throws away what it is sent ahead shows itself by silence, by a refusal "5xx" of a command
-// sent ahead, or by a reply that names a later command ("221 n", "222 n"). Then the commands without a reply
-// are asked again, one by one, and so is the rest of the run. A reply to their first asking that comes late
-// is known by its name and dropped; a refusal, which has no name, counts only when silence follows it.
 #pragma once
 
 #include <array>
@@ -26,21 +28,20 @@ constexpr unsigned kMostOnTheWay = 16;
 constexpr unsigned kFewestOnTheWay = 12;
 constexpr std::size_t kCommandSize = 17;  // "HEAD 4294967295" CR LF
 
-// Commands in the order in which they left.
-struct CommandQueue {
-    std::array<ArticleCommand, kMostOnTheWay> commands;
-    unsigned count = 0;
+// How commands leave. Kept from range to range of a run.
+enum class Pace {
+    kTrying,    // one at a time, until an article has come whose replies named it
+    kAhead,     // before the replies to earlier ones
+    kOneByOne,  // one at a time to the end of the run; only a status line's first digit counts
 };
 
-// One run's; each group's range starts it anew.
 struct Pipeline {
-    ArticlePlan plan;          // what the replies have told so far
-    CommandQueue sent;         // without a reply
-    CommandQueue late;         // their first asking may still be answered
+    Pace pace = Pace::kTrying;
+    ArticlePlan plan;                                // what the replies have said so far
+    ArticlePlan stored;                              // as the plan stood when the last article was stored
+    std::array<ArticleCommand, kMostOnTheWay> sent;  // without a reply, oldest first
+    unsigned sentCount = 0;
     bool noneMissing = false;  // every number of the range is taken to exist
-    bool leftAhead = false;    // a command in `sent` did not wait for the one before it
-    bool refused = false;      // a refusal came that may be a late one
-    bool oneByOne = false;     // for the rest of the run
 };
 
 // What comes behind a status line.
@@ -49,6 +50,7 @@ enum class ReplyContent {
     kHead,      // of the article that NextCommand named before
     kBody,      // the same
     kUnwanted,  // lines up to the final dot that nobody waits for
+    kDoubt,     // the reply may answer another command; only at Pace::kAhead
 };
 
 // `noneMissing`: the group's count says that every number of the range exists.
@@ -60,13 +62,14 @@ void StartRange(Pipeline& pipeline, const ArticlePlan& plan, bool noneMissing);
 // the one before was acknowledged, and only what a client sends carries its acknowledgement at once.
 std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kCommandSize>& text);
 
-// Matches a status line with the command that it answers and moves the plan on. With kNothing and kUnwanted
-// the plan may stand where it stood.
+// Matches a status line with the oldest command, of which there is one, and moves the plan on.
 ReplyContent TakeReply(Pipeline& pipeline, const char* status);
 
-// No reply came in time. True when the range can go on: commands that left ahead are asked again, or nothing
-// comes late any more.
-bool TakeSilence(Pipeline& pipeline);
+// The article whose body TakeReply announced last is in the store.
+void NoteStored(Pipeline& pipeline);
 
-// Every command was answered, none is left to send, and no late reply can stand before the next command's.
+// The connection was given up in doubt: the range goes on behind the last stored article.
+void StartAgain(Pipeline& pipeline);
+
+// Every command was answered and none is left to send.
 bool IsDone(const Pipeline& pipeline);

@@ -3,6 +3,11 @@
 
 #include <cstdint>
 
+constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
+
+// A buffer for one reply line.
+using ReplyLine = char[kReplyLineSize + 1];
+
 // Only the first digit of a status counts: '2' is success, '3' asks for more, anything else refuses.
 inline bool IsSuccess(const char* line) {
     return *line == '2';

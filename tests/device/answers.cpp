@@ -246,7 +246,7 @@ void AddNumber(StatusLine& line, uint32_t number) {
 
 StatusLine AnswerTo(const Pipeline& pipeline, uint32_t choice) {
     StatusLine line;
-    const ArticleCommand& oldest = pipeline.sent.commands[0];
+    const ArticleCommand& oldest = pipeline.sent[0];
     const bool isHead = (oldest.kind == CommandKind::kHead) == (choice < 0xE0);
     if (choice < 0x30 || choice >= 0xF8) {
         Add(line, choice < 0x30 ? "423 none" : "500 one by one");
@@ -261,14 +261,12 @@ StatusLine AnswerTo(const Pipeline& pipeline, uint32_t choice) {
 void TakeTurn(Answer& answer, Pipeline& pipeline, uint32_t choice) {
     std::array<char, kMostOnTheWay * kCommandSize> text;
     PutText(answer, {text.data(), TakeCommands(pipeline, text)});
-    if (pipeline.sent.count == 0 || choice == 0xFF) {
-        PutNumber(answer, TakeSilence(pipeline));
-    } else {
-        PutNumber(answer, static_cast<uint32_t>(TakeReply(pipeline, AnswerTo(pipeline, choice).text)));
-    }
-    PutNumbers(answer,
-               {NextCommand(pipeline.plan).number, pipeline.plan.fetched, LastProcessed(pipeline.plan),
-                pipeline.sent.count, pipeline.late.count, pipeline.oneByOne, IsDone(pipeline)});
+    const ReplyContent content = TakeReply(pipeline, AnswerTo(pipeline, choice).text);
+    if (content == ReplyContent::kBody) NoteStored(pipeline);
+    if (content == ReplyContent::kDoubt) StartAgain(pipeline);
+    PutNumbers(answer, {static_cast<uint32_t>(content), NextCommand(pipeline.plan).number,
+                        pipeline.plan.fetched, LastProcessed(pipeline.plan), pipeline.sentCount,
+                        static_cast<uint32_t>(pipeline.pace), IsDone(pipeline)});
 }
 
 void AnswerPipeline(Answer& answer, std::string_view input) {

@@ -147,6 +147,7 @@ class Group:
     status: str = ""
     log: bytes = b""
     records: list = dataclasses.field(default_factory=list)
+    torn: int = 0  # the article whose first connection ended behind its head
 
     def keyword_file(self):
         return b"".join(mark + b" " + keyword + b"\r\n" for mark, keyword in self.keywords)
@@ -162,6 +163,7 @@ class Group:
     def run(self, client, limit):
         reply = client.command("GROUP " + self.name)
         if not reply.startswith("2"):
+            self.status = "グループへ移動できませんでした : " + reply
             return
         first, last = (int(field) for field in reply.split()[2:4])
         start = last + 1 if self.last_fetched == NONE else max(self.last_fetched + 1, first)
@@ -204,6 +206,8 @@ class Group:
 
     def _store(self, number, lines, body):
         lines = lines + [b"X-Local-Seq: %d\r\n" % number, b"\r\n"]
+        if number == self.torn:
+            self.log += b"".join(lines)
         for line in split_lines(body):
             lines.append(from_jis(line[1:] if line.startswith(b".") else line))
         self.append(number, lines + [SEPARATOR])

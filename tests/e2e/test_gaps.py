@@ -30,15 +30,16 @@ class Gaps(scenario.Scenario):
             self.assert_files(folder, group)
 
     def test_a_group_that_the_server_does_not_have_stops_no_other(self):
-        absent, plain = Group(ABSENT), Group(PLAIN)
-        self.expect_run([absent, plain])
-        folder = self.folder([ABSENT, PLAIN, "fj.absent.too"])
+        groups = absent, plain, too = Group(ABSENT), Group(PLAIN), Group("fj.absent.too")
+        self.expect_run(groups)
+        folder = self.folder([group.name for group in groups])
         running = self.start()
         self.assertEqual(running.get_articles(), scenario.DONE)
-        self.assert_rows(running, [absent, plain, Group("fj.absent.too")])
+        self.assert_rows(running, groups)
         self.assert_files(folder, plain)
-        # Nothing is known of it yet, and nothing was made up.
-        self.assertEqual(folder.read(ABSENT + ".idx"), absent.index())
+        # Of the others nothing is known but why.
+        for group in absent, too:
+            self.assertEqual(folder.read(group.name + ".idx"), group.index())
         self.assertEqual(self.relay.sent[-1], "QUIT")
 
 

@@ -82,12 +82,15 @@ class Interrupted(scenario.Scenario):
         self.relay.release()
         self.assert_torn_then_whole(folder, self.start())
 
-    def test_a_connection_that_breaks_is_reported_and_harms_nothing(self):
+    def test_a_connection_that_breaks_is_made_good_by_a_new_one(self):
         folder, running, _ = self.start_run("BODY 8")
         self.relay.hang_up()
-        # Ended or broken (13): the relay still holds commands that left ahead.
-        self.assertIn(running.finish_run(), [(GROUP, f"受信に失敗しました({error}).") for error in (13, 38)])
-        self.assert_torn_then_whole(folder, running)
+        self.assertEqual(running.finish_run(), scenario.DONE)
+        self.assertEqual(self.relay.connections, 2)
+        group = Group(GROUP, torn=8)
+        self.expect_run([group])
+        self.assert_rows(running, [group])
+        self.assert_files(folder, group)
 
 
 if __name__ == "__main__":

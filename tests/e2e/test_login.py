@@ -24,8 +24,8 @@ class Login(scenario.Scenario):
         self.expect_run([group])
         return group
 
-    def assert_nothing_fetched(self, folder):
-        self.assertEqual(folder.read(GROUP + ".idx"), Group(GROUP).index())
+    def assert_nothing_fetched(self, folder, status=""):
+        self.assertEqual(folder.read(GROUP + ".idx"), Group(GROUP, status=status).index())
         self.assertEqual(folder.read(GROUP + ".log"), b"")
 
     def test_the_stored_password_is_used(self):
@@ -64,7 +64,7 @@ class Login(scenario.Scenario):
         folder, running = self.folder([GROUP], Password=PASSWORD), self.start()
         self.assertEqual(running.get_articles(), scenario.DONE)
         self.assertEqual(self.relay.sent, ["GROUP " + GROUP, "QUIT"])
-        self.assert_nothing_fetched(folder)
+        self.assert_nothing_fetched(folder, "グループへ移動できませんでした : 480 Authentication required for command")
 
 
 if __name__ == "__main__":

@@ -132,10 +132,9 @@ Outcome Start() {
 
 std::string ReplyOf(const std::vector<Article>& articles, const std::string& command) {
     for (const Article& article : articles) {
-        if (command == "HEAD " + std::to_string(article.number))
-            return "221 head\r\n" + HeadOf(article) + ".\r\n";
-        if (command == "BODY " + std::to_string(article.number))
-            return "222 body\r\n" + article.body + ".\r\n";
+        const std::string number = std::to_string(article.number);
+        if (command == "HEAD " + number) return "221 " + number + " head\r\n" + HeadOf(article) + ".\r\n";
+        if (command == "BODY " + number) return "222 " + number + " body\r\n" + article.body + ".\r\n";
     }
     return "430 no such article\r\n";
 }
@@ -314,7 +313,8 @@ const std::vector<Operation> kOperations = {
      StartThen<DownloadBoth>},
     {"reading after a start over a deletion cut off behind its index",
      PutFolder<GroupIs::kDeletionWithoutIndex>, StartThen<Read>},
-    {"deletion over a deletion cut off behind its log", PutFolder<GroupIs::kDeletionWithNewLog>, Delete},
+    {"deletion after a start over a deletion cut off behind its log", PutFolder<GroupIs::kDeletionWithNewLog>,
+     StartThen<Delete>},
     {"download of two groups", PutCurrent, DownloadBoth},
     {"catch-up of the stored articles", PutCurrent, CatchUpLocal},
     {"catch-up on the server", PutCurrent, CatchUpServer},

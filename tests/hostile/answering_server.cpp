@@ -61,11 +61,23 @@ bool AnsweringServer::IsLate() const {
     return std::chrono::steady_clock::now() - start_ > patience_;
 }
 
-void AnsweringServer::Run() {
+bool AnsweringServer::AwaitClient() {
     while (!WaitReadable(listener_, kSliceMilliseconds)) {
-        if (hangingUp_ || IsLate()) return;
+        if (hangingUp_ || IsLate()) return false;
     }
     client_ = AcceptClient(listener_);
+    pending_.clear();
+    silent_ = false;
+    ++connections_;
+    return true;
+}
+
+void AnsweringServer::Run() {
+    while (!hangingUp_ && AwaitClient())
+        Converse();
+}
+
+void AnsweringServer::Converse() {
     std::string command;
     bool going = Give(conversation_(""));
     while (going && NextCommand(command)) {
@@ -80,12 +92,13 @@ void AnsweringServer::Run() {
 }
 
 bool AnsweringServer::Give(const Answer& answer) {
+    if (silent_) return true;
     if (!SendBytes(answer.bytes)) return false;
     for (size_t i = 0; i < answer.floods; ++i) {
         if (hangingUp_ || IsLate() || !SendBytes(answer.flood)) return false;
         WatchMemory();
     }
-    if (answer.silent) conversation_ = [](const std::string&) { return Answer(); };
+    silent_ = answer.silent;
     return !answer.hangUp && SendBytes(answer.end);
 }
 

@@ -21,7 +21,7 @@ struct Answer {
     size_t floods = 0;       // so many times, or until the client goes
     bool hangUp = false;     // the stream ends behind that
     std::string end = {};    // what comes last when it does not
-    bool silent = false;     // nothing is said any more behind that, whatever is asked
+    bool silent = false;     // nothing is said any more behind that on this connection, whatever is asked
 };
 
 // Asked for every command, without its line end; for the greeting with an empty one.
@@ -45,9 +45,10 @@ class AnsweringServer {
     // Ends the stream now, wherever it is.
     void HangUp() { hangingUp_ = true; }
 
-    // Bytes sent, and commands heard, so far.
+    // Bytes sent, commands heard and clients served, one after the other, so far.
     size_t Sent() const { return sent_; }
     size_t Commands() const { return commands_; }
+    size_t Connections() const { return connections_; }
 
     // The most memory by which the process has grown since the server was made, or since the last call.
     void RestartGrowth();
@@ -55,6 +56,8 @@ class AnsweringServer {
 
   private:
     void Run();
+    bool AwaitClient();
+    void Converse();
     bool Give(const Answer& answer);
     bool SendBytes(const std::string& bytes);
     bool NextCommand(std::string& command);
@@ -73,6 +76,8 @@ class AnsweringServer {
     std::atomic<size_t> mostMemory_{0};
     std::atomic<size_t> sent_{0};
     std::atomic<size_t> commands_{0};
+    std::atomic<size_t> connections_{0};
+    bool silent_ = false;
     std::atomic<bool> hangingUp_{false};
     unsigned short port_ = 0;
     std::thread thread_;

@@ -14,6 +14,7 @@ constexpr wchar_t kName[] = L"fj.test";
 
 // Texts of outcomes.
 constexpr wchar_t kHost[] = L"127.0.0.1";
+const std::wstring kNotConnected = L"サーバに接続できませんでした";
 const std::wstring kNoAnswer = L"サーバからの応答がありません";
 const std::wstring kNothingNew = L"新規記事はありませんでした";
 std::wstring Received(int articles);

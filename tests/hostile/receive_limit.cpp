@@ -5,19 +5,26 @@
 #include <windows.h>
 
 std::atomic<unsigned long> receiveLimit{kLongLimit};
-std::atomic<unsigned long> askedLimit{0};
 
 namespace {
 
-using SetOption = decltype(&setsockopt);
+using Select = decltype(&select);
 
-int WSAAPI SetShortLimit(SOCKET socket, int level, int option, const char* value, int size) {
-    static const auto set = reinterpret_cast<SetOption>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ws2_32.dll"), "setsockopt")));
-    if (level != SOL_SOCKET || option != SO_RCVTIMEO) return set(socket, level, option, value, size);
-    askedLimit = *reinterpret_cast<const DWORD*>(value);
-    const DWORD limit = receiveLimit;
-    return set(socket, level, option, reinterpret_cast<const char*>(&limit), sizeof limit);
+// Only the program waits for whole seconds: 120, or 10 while commands are on the way. Any other limit stays.
+long Shortened(const timeval& limit) {
+    if (limit.tv_usec == 0 && limit.tv_sec == 120) return static_cast<long>(receiveLimit);
+    if (limit.tv_usec == 0 && limit.tv_sec == 10) return static_cast<long>(receiveLimit / 2);
+    return limit.tv_sec * 1000 + limit.tv_usec / 1000;
+}
+
+int WSAAPI SelectShorter(int count, fd_set* readable, fd_set* writable, fd_set* failed,
+                         const PTIMEVAL limit) {
+    static const auto wait = reinterpret_cast<Select>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ws2_32.dll"), "select")));
+    if (!limit) return wait(count, readable, writable, failed, limit);
+    const long milliseconds = Shortened(*limit);
+    timeval shorter = {milliseconds / 1000, milliseconds % 1000 * 1000};
+    return wait(count, readable, writable, failed, &shorter);
 }
 
 }  // namespace
@@ -25,6 +32,6 @@ int WSAAPI SetShortLimit(SOCKET socket, int level, int option, const char* value
 // Calls of a system function go through this pointer, which the linker takes from here before it looks into
 // the system's library.
 extern "C" {
-extern SetOption __imp_setsockopt;
-SetOption __imp_setsockopt = SetShortLimit;
+extern Select __imp_select;
+Select __imp_select = SelectShorter;
 }

@@ -1,12 +1,12 @@
-// The limit of silence that the program asks its sockets for, made as short as a test can wait for.
+// The silence that ends a receive, made as short as a test can wait for.
 #pragma once
 
 #include <atomic>
 
 constexpr int kShortLimit = 600;  // milliseconds
 
-// What the sockets get instead, in milliseconds: so long that a busy machine's server is not taken for
-// silent, but where a test waits for silence.
+// What 120 seconds of silence last instead, in milliseconds: so long that a busy machine's server is not
+// taken for silent, but where a test waits for silence. While commands are on the way it is half of that.
 constexpr unsigned long kLongLimit = 20000;
 extern std::atomic<unsigned long> receiveLimit;
 
@@ -18,6 +18,3 @@ class LimitSilence {
     LimitSilence(const LimitSilence&) = delete;
     LimitSilence& operator=(const LimitSilence&) = delete;
 };
-
-// What the program asked for last, in milliseconds.
-extern std::atomic<unsigned long> askedLimit;

@@ -87,13 +87,9 @@ void SessionRun::RunAt(const wchar_t* host, unsigned short port) {
     result = RunResult();
     progress = ProgressDialog();
     SessionRequest request;
-    request.server = host;
-    request.port = port;
+    request.server = {host, port, user, password};
     request.folder = folder.Path().c_str();
     request.limit = limit;
-    request.receiveTimeout = receiveTimeout;
-    request.user = user;
-    request.password = password;
     request.cursor = &cursor;
     request.progress = &progress;
     request.result = &result;

@@ -51,7 +51,6 @@ struct SessionRun {
     const char* user = nullptr;
     const char* password = nullptr;
     uint32_t limit = 100;
-    uint32_t receiveTimeout = kReceiveTimeout;
     // What the run leaves.
     bool done = false;
     DWORD error = 0;

@@ -26,4 +26,20 @@ TEST(DataFolderTest, StartUpMakesWhatIsMissing) {
     EXPECT_FALSE(MakeListFiles(missing.c_str()));
 }
 
+TEST(DataFolderTest, OneListingFindsCutOffDeletions) {
+    const struct {
+        const wchar_t* name;
+        bool counts;
+    } rows[] = {
+        {L"fj.test.id~", true},   {L"fj.test.lo~", true},  {L"FJ.LO~", true},      {L"fj.test.idx~", false},
+        {L"fj.test.flt~", false}, {L"fj.test.lod", false}, {L"fj.id~.idx", false}, {L"d~", false}};
+    for (const auto& row : rows) {
+        TempFolder folder;
+        EXPECT_FALSE(MayHoldCutOffDeletion(folder.Path().c_str()));
+        folder.Write(row.name, "x");
+        EXPECT_EQ(MayHoldCutOffDeletion(folder.Path().c_str()), row.counts) << row.name;
+    }
+    EXPECT_TRUE(MayHoldCutOffDeletion(L"Q:\\missing\\")) << "what cannot be known";
+}
+
 }  // namespace

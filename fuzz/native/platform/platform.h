@@ -1,7 +1,9 @@
-// The calls of Windows that the store makes, over files that live in memory: found before the program's own
-// header where the store is built natively. Sharing is kept as Windows keeps it; texts are converted byte by
-// byte.
+// The calls of Windows that the store and the conversation with a server make, over files that live in memory
+// and sockets that the target plays: found before the program's own header where these are built natively.
+// Sharing is kept as Windows keeps it; texts are converted byte by byte.
 #pragma once
+
+#include <sys/select.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -56,6 +58,53 @@ BOOL HeapDestroy(HANDLE heap);
 UINT TextCodePage();
 int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units);
 int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*);
+
+// Sockets. The system's own `fd_set` has another shape.
+using SOCKET = uintptr_t;
+constexpr SOCKET INVALID_SOCKET = ~SOCKET{0};
+constexpr int SOCKET_ERROR = -1;
+constexpr int AF_INET = 2, SOCK_STREAM = 1;
+constexpr uint32_t INADDR_NONE = ~uint32_t{0};
+struct in_addr {
+    uint32_t s_addr;
+};
+struct sockaddr {
+    char bytes[16];
+};
+struct sockaddr_in {
+    int16_t sin_family;
+    uint16_t sin_port;
+    in_addr sin_addr;
+    char sin_zero[8];
+};
+struct hostent {
+    char** h_addr_list;
+};
+struct SocketSet {
+    unsigned fd_count;
+    SOCKET fd_array[1];
+};
+#define fd_set SocketSet
+
+SOCKET socket(int family, int type, int protocol);
+int connect(SOCKET, const sockaddr*, int size);
+int send(SOCKET, const char* bytes, int count, int);
+int recv(SOCKET, char* bytes, int count, int);
+int select(int, SocketSet* readable, SocketSet*, SocketSet*, timeval* limit);
+int closesocket(SOCKET);
+hostent* gethostbyname(const char* name);
+inline uint32_t inet_addr(const char*) {
+    return 0x0100007F;
+}
+inline uint16_t htons(uint16_t port) {
+    return port;
+}
+
+// Windows, for headers that name them.
+using HWND = void*;
+using HINSTANCE = void*;
+constexpr UINT MB_ICONERROR = 16;
+int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
 // Named by the owners, never called here.
 BOOL FindClose(HANDLE);

@@ -1,0 +1,320 @@
+// A whole run over two groups: the conversation, the articles and the store, against a server that answers in
+// order but may do so wrongly, throw away what it is sent early, or end. The input's first bytes choose the
+// groups, the rest what becomes of each command and what stands in the articles.
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "fuzz/harness.h"
+#include "nntp/group_cursor.h"
+#include "nntp/session.h"
+#include "platform/platform.h"
+#include "store/index.h"
+#include "text/messages.h"
+
+namespace {
+
+constexpr uint32_t kMostNumbers = 8;
+
+struct Group {
+    std::wstring name;
+    uint32_t first = 1;
+    uint32_t count = 0;
+    uint8_t missing = 0;      // a bit a number
+    uint8_t withoutBody = 0;  // the same
+    uint8_t doubted = 0;      // the server denied once what it has
+    bool countsRight = true;
+};
+
+// What a choice may mean besides an honest answer.
+constexpr uint8_t kKinds = 16;
+enum Fault { kOtherNumber, kNoNumber, kRefusal, kNoCommand, kLoss, kEnd, kCutShort };
+
+struct Server {
+    std::vector<Group> groups;
+    std::string_view choices;
+    bool connected = false;
+    bool ended = false;     // nothing more comes on this connection
+    bool onlyLoses = true;  // no other fault so far
+    Group* group = nullptr;
+    std::string pending;  // of a command that is not complete
+    std::string toSend;
+};
+
+Server server;
+
+// What an article may hold to pass for a reply. Each line ends as it stands here.
+const std::string kNastyLines[] = {
+    "text\r\n",
+    "222 2\r\n",
+    "221 3 <a@b>\r\n",
+    "211 1 900000 900000 x\r\n",
+    "423 none\r\n",
+    ".\r\n",
+    ".x: y\r\n",
+    "..\r\n",
+    "a\rb\n",  // a lone LF ends this line, and the next begins behind no CR LF
+    "References: <a\r>\n",
+    "Subject:x\r\n",
+    " folded\r\n",
+    std::string("z\0.\r\n", 5),
+    "\x1b$B\r\n",
+    "=?iso-2022-jp?B?DQou\r\n",
+    "\r.\r\n",
+};
+
+// Behind CR LF a server doubles a dot. What stands behind a lone LF it does not look at.
+void AppendLine(std::string& reply, const std::string& line) {
+    const bool atLineStart = reply.size() < 2 || reply.compare(reply.size() - 2, 2, "\r\n") == 0;
+    if (atLineStart && line[0] == '.') reply += '.';
+    reply += line;
+}
+
+// The same number has the same lines each time it is asked for.
+void AppendNastyLines(std::string& reply, bool isHead, uint32_t seed) {
+    for (uint32_t count = seed % 5; count > 0; --count) {
+        seed = seed * 1103515245 + 12345;
+        const std::string& line = kNastyLines[(seed >> 16) % std::size(kNastyLines)];
+        const bool endsRun = isHead && line.find('\0') != std::string::npos;
+        if (!endsRun) AppendLine(reply, line);
+    }
+    // A server ends an article with CR LF.
+    if (reply.compare(reply.size() - 2, 2, "\r\n") != 0) reply += "\r\n";
+}
+
+std::string Mark(const Group& group, uint32_t number) {
+    return (group.name == L"one" ? "one" : "two") + std::to_string(number);
+}
+
+std::string ContentOf(const Group& group, bool isHead, uint32_t number, uint32_t seed) {
+    std::string content = (isHead ? "Subject: " : "body ") + Mark(group, number) + "\r\n";
+    AppendNastyLines(content, isHead, seed + number * 7 + isHead);
+    return content + ".\r\n";
+}
+
+bool Has(const Group& group, bool isHead, uint32_t number) {
+    const uint32_t place = number - group.first;
+    return place < group.count && !(group.missing >> place & 1) &&
+           (isHead || !(group.withoutBody >> place & 1));
+}
+
+void Deny(Group& group, uint32_t number) {
+    group.doubted |= static_cast<uint8_t>(1u << (number - group.first));
+}
+
+std::string AnswerArticle(Group& group, bool isHead, uint32_t number, uint8_t choice) {
+    const uint32_t seed = choice / kKinds;
+    const std::string content = ContentOf(group, isHead, number, seed);
+    const std::string code = isHead ? "221 " : "222 ";
+    if (!Has(group, isHead, number)) return "423 none\r\n";
+    if (choice % kKinds <= kCutShort && choice % kKinds != kLoss) server.onlyLoses = false;
+    switch (choice % kKinds) {
+        case kOtherNumber:
+            return code + std::to_string(number + seed) + "\r\n" + content;
+        case kNoNumber:
+            return code + "ok\r\n" + content;
+        case kRefusal:
+            Deny(group, number);
+            return "430 gone\r\n";
+        case kNoCommand:
+            Deny(group, number);
+            return "503 what?\r\n";
+        case kEnd:
+            server.ended = true;
+            return "";
+        case kCutShort:
+            server.ended = true;
+            return code + std::to_string(number) + "\r\n" + content.substr(0, seed % content.size());
+        default:
+            return code + std::to_string(number) + " <x@y>\r\n" + content;
+    }
+}
+
+std::string AnswerGroup(const std::string& name) {
+    for (Group& group : server.groups) {
+        if (std::wstring(name.begin(), name.end()) != group.name) continue;
+        server.group = &group;
+        const uint32_t count = group.countsRight ? group.count : 0;
+        return "211 " + std::to_string(count) + " " + std::to_string(group.first) + " " +
+               std::to_string(group.first + group.count - 1) + " x\r\n";
+    }
+    return "411 none\r\n";
+}
+
+void Answer(const std::string& command, bool isEarly) {
+    const uint8_t choice = TakeByte(server.choices);
+    const std::string word = command.substr(0, 5);
+    Require(word == "GROUP" || word == "HEAD " || word == "BODY " || command == "QUIT",
+            "the client says nothing else");
+    if (word == "GROUP") server.toSend += AnswerGroup(command.substr(6));
+    if (word != "HEAD " && word != "BODY ") return;
+    if (isEarly && choice % kKinds == kLoss) return;
+    const auto number = static_cast<uint32_t>(std::stoul(command.substr(5)));
+    Require(server.group && number - server.group->first < server.group->count, "numbers lie in the range");
+    server.toSend += AnswerArticle(*server.group, word == "HEAD ", number, choice);
+}
+
+// The first row of the group view is asked for first.
+const wchar_t* const kRows[] = {L"one", L"two"};
+
+void PutIndexes() {
+    memoryFiles.clear();
+    for (const wchar_t* name : kRows) {
+        GroupStore store;
+        Require(SetNames(store, L"D\\", name) && WriteHeader(store), "a group begins");
+    }
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+void CheckArticle(const Group& group, const IndexRecord& record, const std::string& log) {
+    const std::string article = log.substr(record.logOffset, record.logLength);
+    const std::string mark = Mark(group, record.articleNumber);
+    Require(article.rfind("Subject: " + mark, 0) == 0, "a record names the head of its number");
+    const std::string seam =
+        "X-Local-Seq: " + std::to_string(record.articleNumber) + "\r\n\r\nbody " + mark + "\r\n";
+    Require(Contains(article, seam), "with the body of its number behind it");
+    for (const Group& other : server.groups) {
+        for (uint32_t number = other.first; number < other.first + other.count; ++number) {
+            const std::string wrong = Mark(other, number);
+            Require(wrong == mark || (!Contains(article, "Subject: " + wrong + "\r") &&
+                                      !Contains(article, "body " + wrong + "\r")),
+                    "and nothing of another");
+        }
+    }
+}
+
+// Articles count when the index header does: a run that failed leaves the header as it was.
+void CheckGroup(const Group& group, bool done, uint32_t limit) {
+    GroupStore store;
+    Require(SetNames(store, L"D\\", group.name.c_str()) && ReadHeader(store), "the index stays whole");
+    const std::string log = memoryFiles[L"D\\" + group.name + L".log"];
+    uint32_t before = 0, expected = group.first;
+    IndexRecord record;
+    for (uint32_t i = 0; i < store.recordCount; ++i, before = record.articleNumber) {
+        Require(ReadRecord(store, record, i) && record.articleNumber > before, "each article once, in order");
+        CheckArticle(group, record, log);
+        for (; expected < record.articleNumber; ++expected) {
+            const bool denied = group.doubted >> (expected - group.first) & 1;
+            Require(denied || !Has(group, true, expected) || !Has(group, false, expected),
+                    "none is left out");
+        }
+        ++expected;
+    }
+    Require(store.recordCount <= limit, "no more than allowed");
+    if (!done) return;
+    const uint32_t last = group.first + group.count - 1;
+    Require(store.serverLast == last && store.lastFetched <= last,
+            "the header knows where its own group ends");
+    for (; expected <= store.lastFetched; ++expected) {
+        const bool denied = group.doubted >> (expected - group.first) & 1;
+        Require(denied || !Has(group, true, expected) || !Has(group, false, expected), "none is passed over");
+    }
+}
+
+Group TakeGroup(const wchar_t* name, std::string_view& input) {
+    Group group;
+    group.name = name;
+    group.first = 1 + TakeByte(input) % 4;
+    group.count = 1 + TakeByte(input) % kMostNumbers;
+    group.missing = TakeByte(input);
+    group.withoutBody = TakeByte(input);
+    group.countsRight = TakeByte(input) % 2 != 0;
+    return group;
+}
+
+}  // namespace
+
+// Sockets: what the client sends is answered at once, and a receive without anything to read is silence.
+
+SOCKET socket(int, int, int) {
+    return 1;
+}
+int connect(SOCKET, const sockaddr*, int) {
+    server.connected = true;
+    server.ended = false;
+    server.group = nullptr;
+    server.pending.clear();
+    server.toSend = "200 hi\r\n";
+    return 0;
+}
+int closesocket(SOCKET) {
+    server.connected = false;
+    return 0;
+}
+int send(SOCKET, const char* bytes, int count, int) {
+    Require(server.connected, "nothing is sent on a closed connection");
+    server.pending.append(bytes, static_cast<std::size_t>(count));
+    bool isEarly = !server.toSend.empty();
+    for (std::size_t end; (end = server.pending.find("\r\n")) != std::string::npos; isEarly = true) {
+        const std::string command = server.pending.substr(0, end);
+        server.pending.erase(0, end + 2);
+        if (!server.ended) Answer(command, isEarly);
+    }
+    return count;
+}
+int recv(SOCKET, char* bytes, int count, int) {
+    const std::size_t most = 1 + TakeByte(server.choices) * std::size_t{4};
+    const std::size_t part = std::min({server.toSend.size(), static_cast<std::size_t>(count), most});
+    std::memcpy(bytes, server.toSend.data(), part);
+    server.toSend.erase(0, part);
+    return static_cast<int>(part);
+}
+int select(int, SocketSet*, SocketSet*, SocketSet*, timeval*) {
+    return server.toSend.empty() && !server.ended ? 0 : 1;
+}
+hostent* gethostbyname(const char*) {
+    return nullptr;
+}
+
+// The windows' side, of which a run needs little.
+
+void ResetCursor(GroupCursor&) {}
+const wchar_t* CurrentGroup(GroupCursor& cursor) {
+    return cursor.currentRow < std::size(kRows) ? kRows[cursor.currentRow] : nullptr;
+}
+void StartGroup(ProgressDialog&, const wchar_t*, uint32_t, uint32_t) {}
+void StepProgress(ProgressDialog&) {}
+const wchar_t* LoadResString(UINT) {
+    return L"text";
+}
+const wchar_t* FormatText(const wchar_t*, const wchar_t*) {
+    return L"text";
+}
+int wsprintfW(wchar_t* text, const wchar_t*, ...) {
+    text[0] = L'\0';
+    return 0;
+}
+void SetResult(RunResult& result, const wchar_t*, const wchar_t* text, uint32_t severity) {
+    result.text[0] = *text;
+    result.severity = severity;
+}
+bool FailWithError(RunResult& result, const wchar_t*, UINT) {
+    result.severity = kError;
+    return false;
+}
+bool FailWithReply(RunResult& result, UINT, const char*) {
+    result.severity = kError;
+    return false;
+}
+
+void FuzzOne(std::string_view input) {
+    server = Server();
+    for (const wchar_t* name : kRows)
+        server.groups.push_back(TakeGroup(name, input));
+    const uint32_t limit = TakeByte(input) % (kMostNumbers + 2);
+    server.choices = input;
+    PutIndexes();
+    GroupCursor cursor;
+    ProgressDialog progress;
+    RunResult result;
+    const bool done =
+        RunSession({{L"host", 119, nullptr, nullptr}, L"D\\", limit, &cursor, &progress, &result});
+    Require(done == (result.severity != kError), "the outcome is what the result says");
+    Require(done || !server.onlyLoses, "a server that only loses what comes early gives every article");
+    Require(!server.connected && OpenHandles() == 0, "everything is closed");
+    for (const Group& group : server.groups)
+        CheckGroup(group, done, limit);
+}

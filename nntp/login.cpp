@@ -1,0 +1,38 @@
+#include "nntp/login.h"
+
+#include "text/convert.h"
+
+namespace {
+
+Opening Greet(NntpConnection& connection, const ServerAccount& server, ReplyLine& line) {
+    const NarrowText name = ToNarrow(server.name);
+    if (!name) return Opening::kNoMemory;
+    if (!Connect(connection, name.get(), server.port)) return Opening::kNotConnected;
+    if (!ReadReplyLine(connection, line, false)) return Opening::kNoGreeting;
+    return IsSuccess(line) ? Opening::kOpen : Opening::kRefused;
+}
+
+Opening LogIn(NntpConnection& connection, const ServerAccount& server, ReplyLine& line) {
+    const Asked user = Ask(connection, line, "authinfo user ", server.user);
+    if (user == Asked::kNotSent) return Opening::kUserNotSent;
+    if (user == Asked::kNotAnswered) return Opening::kUserNotAnswered;
+    if (!AsksForMore(line)) return Opening::kWrongUser;
+    const Asked password = Ask(connection, line, "authinfo pass ", server.password);
+    if (password == Asked::kNotSent) return Opening::kPasswordNotSent;
+    if (password == Asked::kNotAnswered) return Opening::kPasswordNotAnswered;
+    return IsSuccess(line) ? Opening::kOpen : Opening::kWrongPassword;
+}
+
+}  // namespace
+
+Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument) {
+    const NarrowText command = MakeCommand(word, argument);
+    if (!command || !SendLine(connection, command.get())) return Asked::kNotSent;
+    return ReadReplyLine(connection, line, false) ? Asked::kAnswered : Asked::kNotAnswered;
+}
+
+Opening OpenConversation(NntpConnection& connection, const ServerAccount& server, ReplyLine& line) {
+    const Opening greeted = Greet(connection, server, line);
+    if (greeted != Opening::kOpen || !server.user || !server.password) return greeted;
+    return LogIn(connection, server, line);
+}

@@ -1,0 +1,38 @@
+// Opens a conversation with a news server (RFC 977; authinfo: RFC 2980, section 3.1.1). Shows nothing and
+// makes no texts: those differ from caller to caller. Runs on worker threads; blocks.
+#pragma once
+
+#include "nntp/connection.h"
+
+// Whom to talk to, and as whom. Nothing is owned; it outlives the conversation.
+struct ServerAccount {
+    const wchar_t* name = nullptr;  // or a dotted address
+    uint16_t port = 0;
+    const char* user = nullptr;  // with a null user or password no login is sent
+    const char* password = nullptr;
+};
+
+// What became of one command.
+enum class Asked { kAnswered, kNotSent, kNotAnswered };
+
+// Sends `word` followed by `argument` and reads the status line.
+Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument);
+
+// How far the opening got, in its order. Where a reply decided it, the reply is in `line`; else the last
+// error says why.
+enum class Opening {
+    kOpen,
+    kNoMemory,
+    kNotConnected,
+    kNoGreeting,
+    kRefused,
+    kUserNotSent,
+    kUserNotAnswered,
+    kWrongUser,
+    kPasswordNotSent,
+    kPasswordNotAnswered,
+    kWrongPassword,
+};
+
+// Connects, reads the greeting and logs in. The caller closes the connection whatever the outcome.
+Opening OpenConversation(NntpConnection& connection, const ServerAccount& server, ReplyLine& line);
