@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr uint32_t kReadFlag = 1;
+
 enum class FaultKind {
     kCallFails,  // the N-th call, with error 1117
     kDiskFull,   // the N-th sector and all behind it, with 112
@@ -119,7 +121,7 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         bool complete = true;
         const Outcome& outcome = attempt.outcome;
         // A keyword file that cannot be read to its end is taken as it was read so far.
-        comparedFlags_ = attempt.kind == FaultKind::kCallFails ? 1 : ~0u;
+        comparedFlags_ = attempt.call == "ReadFile" ? kReadFlag : ~0u;
         for (const std::wstring& group : kGroups)
             complete = CheckGroup(group, state) && complete;
         complete = CheckFiles(state, attempt) && complete;
