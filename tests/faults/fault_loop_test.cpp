@@ -67,7 +67,7 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         FileOf(L"");
         operation_.prepare();
         const Storage prepared = machine.storage;
-        ASSERT_TRUE(StartProgram() && LoadKeywords());
+        ASSERT_TRUE(Starts() && LoadKeywords());
         before_ = ReadFolder(machine.storage, kGroups);
         machine.storage = start_ = prepared;
         std::vector<Storage>& images = images_;
@@ -78,7 +78,7 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         const Outcome outcome = operation_.run();
         machine.fault = nullptr;
         ASSERT_TRUE(outcome.done) << outcome.told;
-        ASSERT_TRUE(StartProgram() && LoadKeywords());
+        ASSERT_TRUE(Starts() && LoadKeywords());
         after_ = ReadFolder(machine.storage, kGroups);
         ASSERT_TRUE(before_.problems.empty() && after_.problems.empty());
     }
@@ -108,8 +108,13 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         ++figures_.crashes;
     }
 
+    static bool Starts() {
+        const Outcome outcome = Start();
+        return outcome.done && outcome.told.empty();
+    }
+
     void CheckNextStart(const Attempt& attempt) {
-        Require(StartProgram() && LoadKeywords(), "the next start failed");
+        Require(Starts() && LoadKeywords(), "the next start failed");
         const FolderState state = ReadFolder(machine.storage, kGroups);
         for (const std::string& problem : state.problems)
             problems_.push_back(problem);

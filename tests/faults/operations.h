@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/faults/data_folder.h"
 #include "tests/faults/machine.h"
 
 // How the user sees an operation end.
@@ -25,11 +26,14 @@ const std::vector<Operation>& Operations();
 
 extern const std::vector<std::wstring> kGroups;
 
-// A program start over the folder: true when it succeeds.
-bool StartProgram();
+// A program start over the folder.
+Outcome Start();
 
-// A run over the groups, as the command starts it.
+// A run over the groups, as the command starts it, with the machine's server.
 Outcome Download(const std::vector<std::wstring>& groups);
+
+// A server's reply to GROUP, HEAD or BODY in a group that holds these articles.
+std::string ReplyOf(const std::vector<Article>& articles, const std::string& command);
 
 // The subject view opens and leaves each group.
 bool OpenEachGroup();

@@ -11,6 +11,7 @@ namespace {
 std::string boxes;
 std::function<void(HWND)> dialogUser;
 INT_PTR dialogResult = 0;
+bool refusesDialogs = false;
 
 int WINAPI AnswerBox(HWND, const wchar_t* text, const wchar_t*, UINT) {
     char bytes[2048] = "?";
@@ -28,6 +29,7 @@ void Use(HWND window) {
 INT_PTR WINAPI RunDialogForUser(HINSTANCE instance, const DLGTEMPLATE* layout, HWND owner, DLGPROC procedure,
                                 LPARAM parameter) {
     dialogResult = -1;
+    if (refusesDialogs) return dialogResult;
     const HWND dialog = CreateDialogIndirectParamW(instance, layout, owner, procedure, parameter);
     RunThreads();
     Use(dialog);
@@ -62,8 +64,13 @@ BOOL WINAPI NoteDialogResult(HWND, INT_PTR result) {
     return TRUE;
 }
 
+HCURSOR WINAPI KeepCursor(HCURSOR) {
+    return nullptr;
+}
+
 }  // namespace
 
+IN_PLACE_OF(SetCursor, KeepCursor)
 IN_PLACE_OF(MessageBoxW, AnswerBox)
 IN_PLACE_OF(DialogBoxIndirectParamW, RunDialogForUser)
 IN_PLACE_OF(PropertySheetW, RunSheetForUser)
@@ -75,4 +82,8 @@ std::string TakeBoxes() {
 
 void UseNextDialog(std::function<void(HWND)> user) {
     dialogUser = std::move(user);
+}
+
+void RefuseDialogs() {
+    refusesDialogs = true;
 }
