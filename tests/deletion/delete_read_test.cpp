@@ -89,16 +89,14 @@ TEST_F(DeleteReadTest, LeavesTheUnreadArticles) {
 }
 
 TEST_F(DeleteReadTest, ADamagedGroupStaysAsItIs) {
-    GroupBytes outside = FilesOf({{"one"}, {"two", 1}}, false), counted = outside;
+    GroupBytes outside = FilesOf({{"one"}, {"two", 1}}, false);
     outside.log.pop_back();
     outside.index.replace(100 + 92 + 0, 4, Word(0));  // the one that ends outside is unread
-    counted.index.replace(16, 4, Word(3));
     const struct {
         const char* sentence;
         GroupBytes files;
     } rows[] = {
         {"an article that ends outside the log", outside},
-        {"a header that counts more records than there are", counted},
         {"an index of an older version", {Bytes(HeaderBytes{4}) + Padded("", 8), "log"}},
     };
     for (const auto& row : rows) {

@@ -184,7 +184,7 @@ TEST_F(LogIndexTest, ASubjectIsReadWithinItsArticle) {
         {"behind it", 6, 9, 0, nullptr},
         {"a length that runs over", 6, 5, 0u - 2, nullptr},
         {"an article that is longer than its log", 20, 5, 6, nullptr},
-        {"one that runs over", 0u - 2, 1, 2, nullptr},
+        {"one that runs over", 0u - 1, 1, 0, nullptr},
     };
     for (const auto& row : rows) {
         IndexRecord record;
