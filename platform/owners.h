@@ -1,7 +1,6 @@
 // One tiny move-only owner per release call.
 #pragma once
 
-#include "platform/memory.h"
 #include "platform/platform.h"
 
 // `Traits` names the handle's type, what "none" is, and how one is released.
@@ -66,10 +65,7 @@ struct RegistryKeyTraits {
 struct HeapTraits {
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
-    static void Free(Handle handle) {
-        if (memoryWatch) memoryWatch->released(handle);
-        HeapDestroy(handle);
-    }
+    static void Free(Handle handle) { HeapDestroy(handle); }
 };
 
 struct FontTraits {

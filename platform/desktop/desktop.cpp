@@ -1,7 +1,6 @@
 // The desktop's spelling of what platform.h promises.
 #include <cstring>
 
-#include "platform/memory.h"
 #include "platform/platform.h"
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
@@ -18,7 +17,7 @@ void* GetWindowPointer(HWND window, int offset) {
 }
 
 bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
-    const HGLOBAL block = MemoryAllowed() ? GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size) : nullptr;
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size);
     void* memory = block ? GlobalLock(block) : nullptr;
     if (memory) std::memcpy(memory, bytes, size);
     if (memory) GlobalUnlock(block);
