@@ -61,6 +61,7 @@ set(PELNOR_SOURCES
   dialup/dialup.cpp
   views/article_layout.cpp
   views/article_view.cpp
+  views/columns.cpp
   views/group_view.cpp
   views/row_view.cpp
   views/scrolling.cpp

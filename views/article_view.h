@@ -10,16 +10,13 @@
 #include "views/scrolling.h"
 
 enum ArticleNotice : WORD {
-    kArticleBack = 1,  // Escape
-    kArticleNext = 2,  // Tab, Enter, or going on past the end
+    kArticleBack = kRowBack,
+    kArticleNext = kRowAtEnd,  // also Tab and Enter
 };
 
 struct ArticleView : RowView {
-    ScrollState scroll;  // top line, rows per page, total lines
-    WideText text;       // header, empty line, body; lines end in CR LF. Null: no article
+    WideText text;  // header, empty line, body; lines end in CR LF. Null: no article
     ArticleLayout layout;
-    bool lineScroll = false;      // the `KeyMode` setting
-    bool autoNext = false;        // the `AutoNextArticle` setting
     bool showAllHeaders = false;  // the `ShowArticleHeader` option
     COLORREF headerColor = 0;
     COLORREF quoteColor = 0;
@@ -51,7 +48,10 @@ TextMeasure MeasureOn(HDC dc);
 [[nodiscard]] bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id,
                                      const RECT& rectangle);
 
-void ShowArticleView(const ArticleView& view, int showCommand);
+inline void ShowArticleView(const ArticleView& view, int showCommand) {
+    ShowRowView(view, showCommand);
+}
+
 void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance);
 
 // Shows another article from its first line: a copy of the text (error 8, and the old one

@@ -335,51 +335,44 @@ void AnswerArticle(Answer& answer, std::string_view input) {
 
 // Scrolling: page, top, total, cursor and a place, a word each. Every move is made from there.
 
-void PutList(Answer& answer, const ListScroll& list, uint32_t result) {
-    PutNumbers(answer, {result, list.rows.page, list.rows.top, list.cursor});
+void PutScroll(Answer& answer, const ScrollState& state, uint32_t result) {
+    PutNumbers(answer, {result, state.page, state.top, state.cursor});
 }
 
-void PutListMoves(Answer& answer, const ListScroll& start, uint32_t place) {
-    constexpr ScrollResult (*kMoves[])(ListScroll&) = {PageDown, PageUp, LineDown, LineUp};
+void PutMoves(Answer& answer, const ScrollState& start, uint32_t place) {
+    constexpr ScrollResult (*kMoves[])(ScrollState&) = {PageDown, PageUp, LineDown, LineUp};
+    PutNumbers(answer, {PageStep(start), static_cast<uint32_t>(ScrollMaximum(start)), EndIsVisible(start)});
     for (const auto move : kMoves) {
-        ListScroll list = start;
-        PutList(answer, list, static_cast<uint32_t>(move(list)));
-        PutList(answer, list, static_cast<uint32_t>(ThumbTo(list, place)));
+        ScrollState state = start;
+        PutScroll(answer, state, static_cast<uint32_t>(move(state)));
+        PutScroll(answer, state, static_cast<uint32_t>(ThumbTo(state, place)));
     }
-    for (const bool lineScroll : {false, true}) {
-        ListScroll list = start;
-        PutList(answer, list, static_cast<uint32_t>(CursorDown(list, lineScroll)));
-        PutList(answer, list, static_cast<uint32_t>(CursorUp(list, lineScroll)));
-    }
-    ListScroll list = start;
-    PutList(answer, list, MoveTo(list, place));
-    ResizePage(list, place % 16 + 1);
-    PutList(answer, list, CursorRow(list));
 }
 
-void PutTextMoves(Answer& answer, const ScrollState& start, uint32_t place) {
-    for (const bool autoNext : {false, true}) {
-        ScrollState text = start;
-        PutNumbers(answer, {static_cast<uint32_t>(TextPageDown(text, autoNext)), text.top});
-        PutNumbers(answer, {static_cast<uint32_t>(TextLineDown(text, autoNext)), text.top});
+void PutListMoves(Answer& answer, const ScrollState& start, uint32_t place) {
+    for (const bool lineScroll : {false, true}) {
+        ScrollState list = start;
+        PutScroll(answer, list, static_cast<uint32_t>(CursorDown(list, lineScroll)));
+        PutScroll(answer, list, static_cast<uint32_t>(CursorUp(list, lineScroll)));
     }
-    ScrollState text = start;
-    PutNumbers(answer, {static_cast<uint32_t>(TextLineUp(text)), text.top});
-    PutNumbers(answer, {static_cast<uint32_t>(TextPageUp(text)), text.top});
-    PutNumbers(answer, {static_cast<uint32_t>(TextThumbTo(text, place)), text.top, EndIsVisible(text)});
+    ScrollState list = start;
+    PutScroll(answer, list, MoveTo(list, place));
+    ResizePage(list, place % 16 + 1);
+    PutScroll(answer, list, CursorRow(list));
 }
 
 void AnswerScrolling(Answer& answer, std::string_view input) {
-    ListScroll list;
-    list.rows.page = TakeWord(input);
-    list.rows.top = TakeWord(input);
-    list.rows.total = TakeWord(input);
-    list.cursor = TakeWord(input);
+    ScrollState state;
+    state.page = TakeWord(input);
+    state.top = TakeWord(input);
+    state.total = TakeWord(input);
+    state.cursor = TakeWord(input);
     const uint32_t place = TakeWord(input);
-    PutNumbers(answer, {PageStep(list.rows), static_cast<uint32_t>(ListScrollMaximum(list.rows)),
-                        static_cast<uint32_t>(TextScrollMaximum(list.rows))});
-    PutListMoves(answer, list, place);
-    PutTextMoves(answer, list.rows, place);
+    PutListMoves(answer, state, place);
+    for (const ScrollKind kind : {ScrollKind::kList, ScrollKind::kText, ScrollKind::kTextGoingOn}) {
+        state.kind = kind;
+        PutMoves(answer, state, place);
+    }
 }
 
 // String sets: lines, whose first letter says what happens with the rest: '-' removes, '?' finds, others add.
