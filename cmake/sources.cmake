@@ -58,6 +58,7 @@ set(PELNOR_SOURCES
   nntp/session.cpp
   drafts/draft_tree.cpp
   drafts/file_chooser.cpp
+  drafts/file_items.cpp
   dialup/dialup.cpp
   views/article_layout.cpp
   views/article_view.cpp
