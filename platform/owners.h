@@ -131,7 +131,7 @@ class WindowDc {
     HDC dc_;
 };
 
-// An object, which may be null, in a device context until the end of the scope.
+// Selects an object into a device context until the end of the scope; nothing when it is null.
 class Selection {
   public:
     Selection(HDC dc, HGDIOBJ object) : dc_(dc), before_(object ? SelectObject(dc, object) : nullptr) {}

@@ -25,13 +25,13 @@ void InvalidateLayout(ArticleView& view) {
 uint32_t FittingUnits(void* context, const wchar_t* text, uint32_t count, int width) {
     int fit = 0;
     SIZE size = {};
-    // The line must stay below the width, so one pixel less may be filled.
+    // A line is narrower than the width, so one pixel less may be filled.
     const BOOL measured = GetTextExtentExPointW(static_cast<HDC>(context), text, static_cast<int>(count),
                                                 width - 1, &fit, nullptr, &size);
     return measured ? static_cast<uint32_t>(fit) : 0;
 }
 
-// Error 8 leaves an empty layout, and nothing is drawn.
+// Error 8 leaves an empty layout: nothing is drawn.
 bool LayOutText(RowView& rows, HDC dc) {
     ArticleView& view = ArticleOf(rows);
     LayoutOptions options;
@@ -91,8 +91,6 @@ void OnKey(RowView& view, WPARAM key) {
     if (key == VK_TAB || key == VK_RETURN) NotifyParent(view, kArticleNext);
 }
 
-// Another size.
-
 const wchar_t* ReadingPlace(const ArticleView& view) {
     const bool kept = view.place && view.scroll.top == view.placeTop;
     return kept ? view.place : PlaceOfLine(view.layout, view.scroll.top);
@@ -105,7 +103,7 @@ void ReturnTo(ArticleView& view, const wchar_t* place) {
     view.placeTop = view.scroll.top;
 }
 
-// The lines break elsewhere in a window of another width: what was read stays at the top.
+// In another width the lines break elsewhere; what was read stays at the top.
 void OnSize(RowView& rows) {
     ArticleView& view = ArticleOf(rows);
     const wchar_t* place = ReadingPlace(view);
@@ -117,9 +115,9 @@ constexpr RowViewKind kArticleKind = {
     L"PELNORArticleViewWnd",
     L"VSARTS",
     IDW_ARTICLE_SCROLL,
-    0,
-    1,
-    true,
+    0,     // no header
+    1,     // least row height
+    true,  // draws the cut row
     LayOutText,
     DrawLine,
     OnSize,

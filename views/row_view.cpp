@@ -80,12 +80,12 @@ void ShowScrollPosition(const RowView& view) {
     SetScrollPos(view.scrollBar, SB_CTL, static_cast<int>(view.scroll.top), TRUE);
 }
 
-void TopChanged(RowView& view, int lines) {
+void TopChanged(RowView& view, int direction) {
     ShowScrollPosition(view);
-    if (view.kind->onTopChanged) view.kind->onTopChanged(view, lines);
+    if (view.kind->onTopChanged) view.kind->onTopChanged(view, direction);
 }
 
-// Moves what is on the screen and draws only the row that is new, and what was cut off at the bottom.
+// Moves what is on the screen, so that only the new row and the one that was cut off need drawing.
 void ScrollRows(RowView& view, int direction) {
     RECT moving = view.rowArea;
     const uint32_t last = view.scroll.page - 1;
@@ -99,7 +99,7 @@ void ScrollRows(RowView& view, int direction) {
     TopChanged(view, direction);
 }
 
-// Where the thumb is, from a message whose 16 bits may not hold it all.
+// The message has only 16 bits of the position; the bar knows all of it.
 uint32_t ThumbPosition(const RowView& view, WORD position) {
     SCROLLINFO info = {};
     info.cbSize = sizeof(info);
@@ -108,7 +108,7 @@ uint32_t ThumbPosition(const RowView& view, WORD position) {
     return known ? static_cast<uint32_t>(info.nTrackPos) : position;
 }
 
-// A key or the scroll bar may come before the first paint of what was just opened.
+// A key may come before the first paint of what was just opened; so may the scroll bar.
 LRESULT OnKey(RowView& view, WPARAM key) {
     (void)EnsureLayout(view);
     switch (key) {
@@ -302,7 +302,10 @@ void MoveByPage(RowView& view, int direction) {
 
 void Follow(RowView& view, ScrollResult result) {
     if (result == ScrollResult::kAtEnd) NotifyParent(view, kRowAtEnd);
-    if (result != ScrollResult::kMoved) return;
+    if (result == ScrollResult::kMoved) ShowPage(view);
+}
+
+void ShowPage(RowView& view) {
     TopChanged(view, 0);
     InvalidateRows(view);
 }

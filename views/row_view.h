@@ -1,13 +1,13 @@
-// The window that the subject and the article view share: rows of equal height, a scroll bar at the right
-// edge, and above the rows a header, where the view wants one. Each row is drawn off the screen, so that
-// nothing flickers. Keys and the scroll bar move by line and by page. User-interface thread only.
+// The child window that the subject and the article view share: rows of equal height, a scroll bar at the
+// right edge and, for a view that wants one, a header above the rows. Keys and scroll bar move by line and by
+// page. Each row is drawn off the screen, so nothing flickers. User-interface thread only.
 #pragma once
 
 #include "platform/owners.h"
 #include "views/scrolling.h"
 
-// What the user wants of the parent: the high word of a WM_COMMAND whose low word is the control id and whose
-// lParam is the window. The views add their own.
+// What the window reports to its parent: the high word of a WM_COMMAND whose low word is the control id and
+// whose lParam is the window. A view may add its own.
 enum RowNotice : WORD {
     kRowBack = 1,   // Escape
     kRowAtEnd = 2,  // going on past the end
@@ -15,7 +15,7 @@ enum RowNotice : WORD {
 
 struct RowView;
 
-// What a view adds to the window. The last two functions may be null.
+// What a view adds to the window. `direction` is below 0 for up. The last two functions may be null.
 struct RowViewKind {
     const wchar_t* className;
     const wchar_t* scrollBarText;
@@ -24,22 +24,22 @@ struct RowViewKind {
     int leastRowHeight;  // with a font
     bool drawsCutRow;    // also the row that the bottom edge cuts
 
-    // Counts the rows; their height and the page are known. False with the last error: there are none.
+    // Counts the rows once their height and number a page are known. False with the last error: none.
     bool (*layOut)(RowView& view, HDC dc);
     void (*drawRow)(const RowView& view, HDC dc, uint32_t row);    // at (0, 0); `row` counts from the top row
     void (*onSize)(RowView& view);                                 // the row area has changed
     void (*onStep)(RowView& view, int direction);                  // Up and Down
-    void (*onKey)(RowView& view, WPARAM key);                      // what the window does not handle
-    void (*onTopChanged)(RowView& view, int direction) = nullptr;  // 0: by more than a line
-    bool (*onMessage)(RowView& view, UINT message, LPARAM lParam) = nullptr;  // true: answered with 0
+    void (*onKey)(RowView& view, WPARAM key);                      // a key that the window does not know
+    void (*onTopChanged)(RowView& view, int direction) = nullptr;  // 0: by any number of rows
+    bool (*onMessage)(RowView& view, UINT message, LPARAM lParam) = nullptr;  // true: handled
 };
 
 struct RowView {
     const RowViewKind* kind = nullptr;
-    HWND window = nullptr;     // owned by the parent
+    HWND parent = nullptr;
+    HWND window = nullptr;     // owned by its parent
     HWND scrollBar = nullptr;  // owned by the window, as is the header
     HWND header = nullptr;
-    HWND parent = nullptr;
     int id = 0;
     HINSTANCE instance = nullptr;
     RECT client = {};
@@ -61,18 +61,20 @@ struct RowView {
 void ShowRowView(const RowView& view, int showCommand);
 void NotifyParent(const RowView& view, WORD notice);
 
-// Lays the rows out from the first, unless they are. False with the last error.
-bool EnsureLayout(RowView& view);
+// Measures and counts the rows where that is due, and shows them from the first. False with the last error;
+// there are no rows then.
+[[nodiscard]] bool EnsureLayout(RowView& view);
 
 uint32_t RowsPerPage(const RowView& view);  // at least 1
 
 void InvalidateRows(const RowView& view);
 void InvalidateRow(const RowView& view, uint32_t row);
 
-// Moves by a line or a page, up for a direction below 0. A line is ignored while one waits to be painted.
+// Up for a direction below 0. A line is ignored while the one before waits to be painted.
 void MoveByLine(RowView& view, int direction);
 void MoveByPage(RowView& view, int direction);
 
-// Shows what the view did to its scroll state.
+// Show what the view did to its scroll state.
 void Follow(RowView& view, ScrollResult result);
+void ShowPage(RowView& view);             // after any change of the top row
 void ShowScrollBar(const RowView& view);  // range and position

@@ -4,9 +4,9 @@
 #include <cstdint>
 
 enum class ScrollKind {
-    kList,         // rows with a cursor; a page further than the last is asked for: reported
-    kText,         // lines, with a page of blank ones behind them
-    kTextGoingOn,  // the same; once the last line is in sight, going further is reported
+    kList,         // rows with a cursor; going a page further from the last one is reported
+    kText,         // lines, and a page of blank ones behind them
+    kTextGoingOn,  // the same; going further is reported as soon as the last line is in sight
 };
 
 struct ScrollState {
@@ -18,9 +18,9 @@ struct ScrollState {
 };
 
 enum class ScrollResult {
-    kNothing,  // stays where it is
+    kNothing,  // the top stays
     kMoved,    // the top has changed
-    kAtEnd,    // asked to go past the end: the view reports it
+    kAtEnd,    // the top stays, and the view reports that the user wants to go further
 };
 
 // Two rows or lines of the old page stay in sight; a page too small for that moves by one.
@@ -34,20 +34,20 @@ ScrollResult LineUp(ScrollState& state);
 // The scroll bar's thumb. The top stays one that fills the page.
 ScrollResult ThumbTo(ScrollState& state, uint32_t position);
 
-// The scroll bar's maximum: what comes after the first page, without a text's blank one, but the page itself
-// when that is nothing. What is shorter gives a negative value, which the bar takes as no range.
+// The scroll bar's maximum: what follows the first page, a text's blank page left out, or the page itself
+// when that is nothing. Less than a page gives a negative value, which the bar takes as no range.
 int ScrollMaximum(const ScrollState& state);
 
 // Whether the last line of a text is in sight.
 bool EndIsVisible(const ScrollState& text);
 
-// Moves a list's cursor one row; at the page's edge the list scrolls, by a line with `lineScroll`, else by a
-// page with the cursor on the same row of the list. kNothing also when only the cursor moved.
+// Move a list's cursor one row. At the page's edge the list scrolls instead: by a line with `lineScroll`,
+// else by a page, with the cursor on the same row of the list. kNothing also when only the cursor moved.
 ScrollResult CursorDown(ScrollState& list, bool lineScroll);
 ScrollResult CursorUp(ScrollState& list, bool lineScroll);
 
-// Gives the list pages of `page` rows. The cursor stays on its row, and that in the page; the page stays
-// full.
+// Gives the list pages of `page` rows. The cursor keeps its row of the list and stays in sight; the page
+// stays full.
 void ResizePage(ScrollState& list, uint32_t page);
 
 // Puts the cursor on a row of the list, and the row into the page. False when there is no such row.

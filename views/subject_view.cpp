@@ -64,7 +64,7 @@ int FittingWidth(const SubjectView& view, int column) {
 
 // Layout.
 
-// What the list selects is the cursor's record.
+// The list selects the cursor's record.
 void SelectCursor(SubjectView& view) {
     view.list.currentInPage = view.scroll.cursor;
 }
@@ -111,7 +111,7 @@ void DrawCell(const SubjectView& view, HDC dc, const ColumnEdges& edges, int col
     DrawTextW(dc, text, length, &cell, DT_SINGLELINE | DT_EXPANDTABS | DT_NOPREFIX);
 }
 
-// `field` is NUL-padded and may fill its `size` bytes in a damaged index.
+// NUL-padded; in a damaged index it may be full.
 template <std::size_t Size>
 void DrawField(const SubjectView& view, HDC dc, const ColumnEdges& edges, int column,
                const char (&field)[Size]) {
@@ -152,7 +152,7 @@ void DrawRow(const RowView& rows, HDC dc, uint32_t row) {
 
 // Moving.
 
-// Where only a line was moved, the rows that bear the cursor, and did, are not where they belong.
+// Scrolling by a line took the inverted row along: it is drawn again, as is the one that is the cursor's now.
 void OnTopChanged(RowView& rows, int direction) {
     SubjectView& view = SubjectsOf(rows);
     const uint32_t cursor = view.scroll.cursor;
@@ -229,13 +229,13 @@ void OnDestroy(const SubjectView& view) {
     if (OpenViewSubkey(kSubjectViewSubkey, key)) (void)StoreColumnWidths(view.header, kColumnTable, key);
 }
 
-// The rows stay those that the list was made with: what was read since is still there.
+// The list keeps its rows: what was read since it was made stays in sight.
 void ResizeList(SubjectView& view) {
     const uint32_t page = RowsPerPage(view);
     if (!SetPageSize(view.list, page)) return;
     ResizePage(view.scroll, page);
     ShowScrollBar(view);
-    Follow(view, ScrollResult::kMoved);
+    ShowPage(view);
 }
 
 void OnSize(RowView& rows) {
@@ -271,8 +271,8 @@ constexpr RowViewKind kSubjectKind = {
     L"VSSUBJ",
     IDW_SUBJECT_SCROLL,
     IDW_SUBJECT_HEADER,
-    10,
-    false,
+    10,     // least row height
+    false,  // draws no cut row
     LayOutList,
     DrawRow,
     OnSize,
@@ -285,7 +285,7 @@ constexpr RowViewKind kSubjectKind = {
 bool ChangeReadMark(SubjectView& view, bool read) {
     const uint32_t row = CursorRow(view.scroll);
     const bool changed = read ? SetFlags(view.list, row, kReadFlag) : ClearFlags(view.list, row, kReadFlag);
-    InvalidateRow(view, view.scroll.cursor);  // also where the mark was written and the header was not
+    InvalidateRow(view, view.scroll.cursor);  // also when the mark was written and the header was not
     return changed;
 }
 
@@ -321,7 +321,7 @@ bool OpenSubjectGroup(SubjectView& view, const wchar_t* folder, const wchar_t* g
     view.layoutValid = false;
     InvalidateRows(view);
     if (!OpenArticleList(view.list, folder, group)) return false;
-    view.list.open = EnsureLayout(view);  // there is nothing to write back of a group that was never shown
+    view.list.open = EnsureLayout(view);  // a group that was never shown has nothing to write back
     return view.list.open;
 }
 
@@ -362,7 +362,7 @@ bool AdvanceSubject(SubjectView& view) {
     const ScrollState before = view.scroll;
     if (!MoveTo(view.scroll, CursorRow(view.scroll) + 1)) return false;
     if (view.scroll.top != before.top) {
-        Follow(view, ScrollResult::kMoved);
+        ShowPage(view);
     } else {
         ShowCursor(view, before.cursor);
     }

@@ -141,7 +141,7 @@ TEST(TextScrolling, Pages) {
         CheckRow(row);
 }
 
-TEST(TextScrolling, LinesAndThumb) {
+TEST(TextScrolling, Lines) {
     const auto goOn = [](ScrollState& text) {
         text.kind = ScrollKind::kTextGoingOn;
         return LineDown(text);
@@ -152,9 +152,6 @@ TEST(TextScrolling, LinesAndThumb) {
         {"a line more than a page", 0, 21, goOn, kMoved, 1},
         {"no further than the blank page", 11, 21, LineDown, kNothing, 11},
         {"no text", 0, 10, LineDown, kNothing, 0},
-        {"up from the second line", 1, 21, LineUp, kMoved, 0},
-        {"thumb to a line", 0, 110, [](ScrollState& t) { return ThumbTo(t, 50); }, kMoved, 50},
-        {"thumb past the last line", 0, 110, [](ScrollState& t) { return ThumbTo(t, 101); }, kMoved, 100},
     };
     for (const TextRow& row : rows)
         CheckRow(row);
