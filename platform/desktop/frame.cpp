@@ -194,6 +194,21 @@ void Maximise(DesktopFrame& frame) {
     if (visible && !IsIconic(frame.window)) ShowWindow(frame.window, SW_SHOWMAXIMIZED);
 }
 
+BOOL CALLBACK TakeIfUsable(HWND window, LPARAM parameter) {
+    if (!IsWindowVisible(window) || !IsWindowEnabled(window)) return TRUE;
+    *reinterpret_cast<HWND*>(parameter) = window;
+    return FALSE;
+}
+
+// A box without an owner may stand before a frame that is disabled for it.
+HWND WindowInFront(HWND frame) {
+    HWND front = GetLastActivePopup(frame);
+    if (!IsWindowVisible(front)) front = frame;
+    if (!IsWindowEnabled(front))
+        EnumThreadWindows(GetCurrentThreadId(), TakeIfUsable, reinterpret_cast<LPARAM>(&front));
+    return front;
+}
+
 }  // namespace
 
 void DressFrame(DesktopFrame& frame, HWND window, HINSTANCE module) {
@@ -237,7 +252,7 @@ bool OnFrameMessage(DesktopFrame& frame, UINT message, WPARAM wParam, LPARAM lPa
             return false;
         case kWake:
             if (IsIconic(frame.window)) ShowWindow(frame.window, SW_RESTORE);
-            SetForegroundWindow(GetLastActivePopup(frame.window));  // a dialog stands over the frame
+            SetForegroundWindow(WindowInFront(frame.window));
             return false;
         default:
             return false;

@@ -180,6 +180,18 @@ TEST_F(SheetTest, AnAccountNeedsAnIdAndTheSamePasswordTwice) {
     EXPECT_EQ(OrNone(Stored().UserID), "(none)");
 }
 
+// Empty when each stands there once, and where the system reported it.
+std::wstring FaceOutOfPlace(HWND page) {
+    if (GetWindowLongW(GetDlgItem(page, IDC_FONT_NAME), GWL_STYLE) & CBS_SORT) return L"sorted";
+    for (LRESULT i = 0; i < Ask(page, IDC_FONT_NAME, CB_GETCOUNT); ++i) {
+        wchar_t name[LF_FACESIZE] = {};
+        const auto text = reinterpret_cast<LPARAM>(name);
+        Ask(page, IDC_FONT_NAME, CB_GETLBTEXT, static_cast<WPARAM>(i), text);
+        if (Ask(page, IDC_FONT_NAME, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), text) != i) return name;
+    }
+    return L"";
+}
+
 TEST_F(SheetTest, TheFontPage) {
     const auto face = [](HWND page) { return TextOf(GetDlgItem(page, IDC_FONT_NAME)); };
     const auto choicesAreOn = [](HWND page) {
@@ -203,6 +215,7 @@ TEST_F(SheetTest, TheFontPage) {
             Ask(page, IDC_FONT_NAME, CB_FINDSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(L"@")),
             CB_ERR)
             << "faces for vertical writing";
+        EXPECT_EQ(FaceOutOfPlace(page), L"");
         EXPECT_FALSE(IsOn(page, IDC_SYSTEM_FONT));
         EXPECT_EQ(choicesAreOn(page), 3);
         EXPECT_EQ(run.Close(PSBTN_OK), 1);

@@ -9,6 +9,8 @@ namespace {
 constexpr ScrollResult kNothing = ScrollResult::kNothing;
 constexpr ScrollResult kMoved = ScrollResult::kMoved;
 constexpr ScrollResult kAtEnd = ScrollResult::kAtEnd;
+constexpr ScrollKind kText = ScrollKind::kText;
+constexpr ScrollKind kGoingOn = ScrollKind::kTextGoingOn;
 
 struct ListRow {
     const char* sentence;
@@ -106,6 +108,7 @@ TEST(ListScrolling, MovesToARow) {
 
 struct TextRow {
     const char* sentence;
+    ScrollKind kind;
     uint32_t top, total;  // ten of them blank
     ScrollResult (*move)(ScrollState& text);
     ScrollResult result;
@@ -114,44 +117,36 @@ struct TextRow {
 
 void CheckRow(const TextRow& row) {
     SCOPED_TRACE(row.sentence);
-    ScrollState text{10, row.top, row.total, 0, ScrollKind::kText};
+    ScrollState text{10, row.top, row.total, 0, row.kind};
     EXPECT_EQ(row.move(text), row.result);
     EXPECT_EQ(text.top, row.newTop);
 }
 
 TEST(TextScrolling, Pages) {
-    const auto goOn = [](ScrollState& text) {
-        text.kind = ScrollKind::kTextGoingOn;
-        return PageDown(text);
-    };
     const TextRow rows[] = {
-        {"no text", 0, 10, PageDown, kNothing, 0},
-        {"less than a page, next article", 0, 15, goOn, kAtEnd, 0},
-        {"less than a page scrolls to its end all the same", 0, 15, PageDown, kMoved, 5},
-        {"two pages less three lines", 0, 17, PageDown, kMoved, 7},
-        {"the last line stands on top", 8, 18, PageDown, kNothing, 8},
-        {"exactly a page of text, next article", 0, 20, goOn, kAtEnd, 0},
-        {"the last two lines of a page of text", 8, 20, PageDown, kMoved, 10},
-        {"a line more than a page", 0, 21, goOn, kMoved, 8},
-        {"a long text", 8, 110, goOn, kMoved, 16},
-        {"a long text with its last line in sight", 90, 110, goOn, kAtEnd, 90},
-        {"page up of more than a step", 9, 110, PageUp, kMoved, 1},
+        {"no text", kText, 0, 10, PageDown, kNothing, 0},
+        {"less than a page, next article", kGoingOn, 0, 15, PageDown, kAtEnd, 0},
+        {"less than a page scrolls to its end all the same", kText, 0, 15, PageDown, kMoved, 5},
+        {"two pages less three lines", kText, 0, 17, PageDown, kMoved, 7},
+        {"the last line stands on top", kText, 8, 18, PageDown, kNothing, 8},
+        {"exactly a page of text, next article", kGoingOn, 0, 20, PageDown, kAtEnd, 0},
+        {"the last two lines of a page of text", kText, 8, 20, PageDown, kMoved, 10},
+        {"a line more than a page", kGoingOn, 0, 21, PageDown, kMoved, 8},
+        {"a long text", kGoingOn, 8, 110, PageDown, kMoved, 16},
+        {"a long text with its last line in sight", kGoingOn, 90, 110, PageDown, kAtEnd, 90},
+        {"page up of more than a step", kText, 9, 110, PageUp, kMoved, 1},
     };
     for (const TextRow& row : rows)
         CheckRow(row);
 }
 
 TEST(TextScrolling, Lines) {
-    const auto goOn = [](ScrollState& text) {
-        text.kind = ScrollKind::kTextGoingOn;
-        return LineDown(text);
-    };
     const TextRow rows[] = {
-        {"exactly a page of text, next article", 0, 20, goOn, kAtEnd, 0},
-        {"exactly a page of text", 0, 20, LineDown, kMoved, 1},
-        {"a line more than a page", 0, 21, goOn, kMoved, 1},
-        {"no further than the blank page", 11, 21, LineDown, kNothing, 11},
-        {"no text", 0, 10, LineDown, kNothing, 0},
+        {"exactly a page of text, next article", kGoingOn, 0, 20, LineDown, kAtEnd, 0},
+        {"exactly a page of text", kText, 0, 20, LineDown, kMoved, 1},
+        {"a line more than a page", kGoingOn, 0, 21, LineDown, kMoved, 1},
+        {"no further than the blank page", kText, 11, 21, LineDown, kNothing, 11},
+        {"no text", kText, 0, 10, LineDown, kNothing, 0},
     };
     for (const TextRow& row : rows)
         CheckRow(row);
@@ -172,7 +167,7 @@ TEST(ScrollRanges, HaveTheirOddEdges) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
         EXPECT_EQ(ScrollMaximum({10, 0, row.total}), row.list);
-        EXPECT_EQ(ScrollMaximum({10, 0, row.total, 0, ScrollKind::kText}), row.text);
+        EXPECT_EQ(ScrollMaximum({10, 0, row.total, 0, kText}), row.text);
     }
 }
 
