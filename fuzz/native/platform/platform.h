@@ -105,6 +105,10 @@ inline uint16_t htons(uint16_t port) {
 
 // Windows, for headers that name them.
 using HINSTANCE = void*;
+struct MSG;
+inline BOOL DestroyWindow(HWND) {
+    return 1;
+}
 constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
@@ -113,6 +117,7 @@ BOOL FindClose(HANDLE);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
+BOOL SetEvent(HANDLE);
 HDC GetDC(HWND);
 int ReleaseDC(HWND, HDC);
 HGDIOBJ SelectObject(HDC, HGDIOBJ);
