@@ -3,9 +3,12 @@
 
 #include <map>
 
+#include "tests/support/secret_watch.h"
+
 namespace {
 
-std::string OrNone(const NarrowText& text) {
+template <class Owner>
+std::string OrNone(const Owner& text) {
     return text ? text.get() : "(none)";
 }
 
@@ -154,6 +157,7 @@ TEST_F(SheetTest, AnAccountNeedsAnIdAndTheSamePasswordTwice) {
     };
     Settings settings;
     Store();
+    const SecretWatch watch("secret");
     const SheetRun run(settings);
     for (const auto& row : rows) {
         const HWND page = run.Turn(kAccount);
@@ -177,6 +181,7 @@ TEST_F(SheetTest, AnAccountNeedsAnIdAndTheSamePasswordTwice) {
         EXPECT_EQ(OrNone(settings.Password), row.stored) << row.why;
     }
     EXPECT_EQ(run.Close(PSBTN_OK), 1);
+    EXPECT_EQ(watch.found, 0) << "a password was left in memory";
     EXPECT_EQ(OrNone(Stored().UserID), "(none)");
 }
 
