@@ -101,12 +101,53 @@ struct BitmapTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+struct ImageListTraits {
+    using Handle = HIMAGELIST;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { ImageList_Destroy(handle); }
+};
+
 using TurnOwner = Owner<TurnTraits>;
 using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;
 using BitmapOwner = Owner<BitmapTraits>;
+using ImageListOwner = Owner<ImageListTraits>;
 using FileOwner = Owner<FileTraits>;
 using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;
 using HeapOwner = Owner<HeapTraits>;
 using FontOwner = Owner<FontTraits>;
+
+// A window's own device context. The last error survives the release.
+class WindowDc {
+  public:
+    explicit WindowDc(HWND window) : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() {
+        const DWORD error = GetLastError();
+        ReleaseDC(window_, dc_);
+        SetLastError(error);
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+
+    HDC Get() const { return dc_; }
+
+  private:
+    HWND window_;
+    HDC dc_;
+};
+
+// Selects an object into a device context until the end of the scope; nothing when it is null.
+class Selection {
+  public:
+    Selection(HDC dc, HGDIOBJ object) : dc_(dc), before_(object ? SelectObject(dc, object) : nullptr) {}
+    ~Selection() {
+        if (before_) SelectObject(dc_, before_);
+    }
+    Selection(const Selection&) = delete;
+    Selection& operator=(const Selection&) = delete;
+
+  private:
+    HDC dc_;
+    HGDIOBJ before_;
+};

@@ -22,6 +22,9 @@ using HKEY = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
+using HGDIOBJ = void*;
+using HIMAGELIST = void*;
+using HWND = void*;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
 
@@ -101,7 +104,6 @@ inline uint16_t htons(uint16_t port) {
 }
 
 // Windows, for headers that name them.
-using HWND = void*;
 using HINSTANCE = void*;
 struct MSG;
 constexpr UINT MB_ICONERROR = 16;
@@ -114,6 +116,11 @@ BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
+BOOL SetEvent(HANDLE);
+HDC GetDC(HWND);
+int ReleaseDC(HWND, HDC);
+HGDIOBJ SelectObject(HDC, HGDIOBJ);
+BOOL ImageList_Destroy(HIMAGELIST);
 
 // The files' contents by path, and how many handles are open.
 extern std::map<std::wstring, std::string> memoryFiles;
