@@ -45,6 +45,14 @@ inline HMENU ChildId(int id) {
     return reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
 }
 
+// Sets up what a frame has on the desktop only; does nothing on the device, whose shell gives it the whole
+// screen. To be called once, while the window is being made and before its menu bars. It gets a border to
+// drag, a system menu, `icon` of its module as its large icon, the place where it was left last, the mouse
+// wheel, and dialogs that open over it. The place is kept in the value WindowPlace of `key` below
+// HKEY_CURRENT_USER; `wakeMessage` brings the window forward before the window itself handles it. `key` is
+// borrowed for the window's life. One frame at a time.
+void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessage);
+
 // Gives the open clipboard a copy of `size` bytes. Error 8 when memory runs out.
 [[nodiscard]] bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size);
 

@@ -22,6 +22,9 @@ using HKEY = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
+using HMENU = void*;
+using HIMAGELIST = void*;
+using HHOOK = void*;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
 
@@ -111,6 +114,9 @@ BOOL FindClose(HANDLE);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
+BOOL DestroyMenu(HMENU);
+BOOL ImageList_Destroy(HIMAGELIST);
+BOOL UnhookWindowsHookEx(HHOOK);
 
 // The files' contents by path, and how many handles are open.
 extern std::map<std::wstring, std::string> memoryFiles;
