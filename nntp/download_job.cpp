@@ -19,7 +19,6 @@ SessionRequest RequestOf(DownloadJob& job) {
 DWORD WINAPI DownloadWorker(void* parameter) {
     auto job = static_cast<DownloadJob*>(parameter);
     const HWND mainWindow = job->mainWindow;
-    WaitForSingleObject(job->progressShown.Get(), INFINITE);
     const bool done = RunSession(RequestOf(*job));
     CloseProgress(job->progress);
     // The job is the main window's from here on.
@@ -30,9 +29,7 @@ DWORD WINAPI DownloadWorker(void* parameter) {
 bool AllocateParts(DownloadJob& job) {
     job.cursor.reset(new (std::nothrow) GroupCursor);
     job.result.reset(new (std::nothrow) RunResult);
-    job.progressShown.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    job.progress.shown = job.progressShown.Get();
-    return job.cursor && job.result && job.progressShown;
+    return job.cursor && job.result;
 }
 
 bool CopyLogin(DownloadJob& job, const Settings& settings, NarrowText typedPassword) {

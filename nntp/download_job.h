@@ -6,7 +6,6 @@
 #include "nntp/group_cursor.h"
 #include "nntp/progress_dialog.h"
 #include "nntp/run_result.h"
-#include "platform/owners.h"
 #include "settings/settings.h"
 
 // Sent by the worker to the main window as its last act; lParam is the job.
@@ -20,10 +19,10 @@ struct DownloadJob {
     std::unique_ptr<RunResult> result;
     HWND mainWindow = nullptr;
     uint32_t limit = 0;
-    NarrowText user;      // null: no login
-    NarrowText password;  // the stored one, else the one typed at the prompt
-    ProgressDialog progress;
-    EventOwner progressShown;  // the worker waits for it before its first word to the dialog
+    NarrowText user;          // null: no login
+    NarrowText password;      // the stored one, else the one typed at the prompt
+    ProgressDialog progress;  // made, or known to be missing, before the worker starts
+    bool ended = false;       // the main window has taken the run-finished message
 };
 
 // Fills a job from the settings; takes `typedPassword` over when none is stored. Null when memory runs out.

@@ -1,22 +1,33 @@
-// The modal "Articles" dialog that stands while a run goes on. It is made on the user-interface thread; the
-// worker moves it by messages only. It has no buttons: Esc or Enter closes it early, and the run goes on
-// without it.
+// The "Articles" dialog of a run. It is made before the worker starts and lives until the run's end is
+// reported: Esc or Enter only puts it away, so the worker always has a window to send to, and shown again it
+// stands where the run is. It has no buttons: a run cannot be cancelled.
 #pragma once
 
 #include <cstdint>
 
+#include "platform/owners.h"
 #include "platform/platform.h"
 
 struct ProgressDialog {
-    HWND dialog = nullptr;    // null before the dialog is there and after it has gone
-    uint32_t rangeCount = 0;  // articles of the current group's range
+    WindowOwner dialog;       // none when it could not be made; then the run goes on unseen
+    bool shown = false;       // the user-interface thread's: it stands over its disabled owner
+    uint32_t rangeCount = 0;  // the worker's: articles of the current group's range
     uint32_t stepCount = 0;
-    HANDLE shown = nullptr;  // event, set once the dialog is there; not owned, may be null
 };
 
-// Runs the dialog; returns when it is closed. `progress` outlives the call. The event is set also when no
-// dialog can be made.
-void RunProgressDialog(ProgressDialog& progress, HINSTANCE instance, HWND owner);
+// For the user-interface thread.
+
+// Makes the dialog, hidden; `progress` outlives it.
+void MakeProgressDialog(ProgressDialog& progress, HINSTANCE instance, HWND owner);
+
+// Shows it modally, but does not wait: the owner is disabled until the dialog is put away.
+void ShowProgress(ProgressDialog& progress);
+
+// For the message loop, before it dispatches: true when the message was the dialog's and is done with.
+bool TakeProgressKey(const ProgressDialog& progress, MSG& message);
+
+// Puts it away for good.
+void EndProgress(ProgressDialog& progress);
 
 // For the worker.
 void StartGroup(ProgressDialog& progress, const wchar_t* group, uint32_t count, uint32_t limit);

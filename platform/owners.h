@@ -78,10 +78,19 @@ struct FontTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
-struct EventTraits {
+struct TurnTraits {  // an event that is set while it is nobody's turn
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
-    static void Free(Handle handle) { CloseHandle(handle); }
+    static void Free(Handle handle) {
+        SetEvent(handle);
+        CloseHandle(handle);
+    }
+};
+
+struct WindowTraits {  // released on the thread that made it
+    using Handle = HWND;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { DestroyWindow(handle); }
 };
 
 struct DcTraits {  // a memory device context
@@ -120,7 +129,8 @@ struct BitmapTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
-using EventOwner = Owner<EventTraits>;
+using TurnOwner = Owner<TurnTraits>;
+using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;
 using BitmapOwner = Owner<BitmapTraits>;
 using MenuOwner = Owner<MenuTraits>;

@@ -7,10 +7,16 @@ constexpr int32_t kSmallestSize = 8;
 constexpr int32_t kLargestSize = 18;
 constexpr wchar_t kVerticalMark = L'@';  // begins the names of faces for vertical writing
 
-int CALLBACK AddFamily(const LOGFONTW* font, const TEXTMETRICW*, DWORD, LPARAM combo) {
-    if (font->lfFaceName[0] != kVerticalMark) {
-        SendMessageW(reinterpret_cast<HWND>(combo), CB_ADDSTRING, 0,
-                     reinterpret_cast<LPARAM>(font->lfFaceName));
+LRESULT FindFamily(HWND combo, const wchar_t* name) {
+    return SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(name));
+}
+
+// The system may report a family once for each of its scripts.
+int CALLBACK AddFamily(const LOGFONTW* font, const TEXTMETRICW*, DWORD, LPARAM parameter) {
+    const wchar_t* name = font->lfFaceName;
+    const auto combo = reinterpret_cast<HWND>(parameter);
+    if (name[0] != kVerticalMark && FindFamily(combo, name) == CB_ERR) {
+        SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name));
     }
     return 1;
 }
@@ -24,8 +30,7 @@ void ListFamilies(HWND dialog, const wchar_t* selected) {
     const HDC dc = GetDC(dialog);
     EnumFontFamiliesW(dc, nullptr, AddFamily, reinterpret_cast<LPARAM>(combo));
     ReleaseDC(dialog, dc);
-    Select(combo, SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
-                               reinterpret_cast<LPARAM>(selected)));
+    Select(combo, FindFamily(combo, selected));
 }
 
 // An entry's index is its size less the smallest. A size that is not in the list shows as the smallest.

@@ -24,7 +24,8 @@ struct AppFrame {
     HMENU subjectPopup = nullptr;  // kept by their bars
     HMENU articlePopup = nullptr;
     HACCEL accelerators = nullptr;
-    bool busy = false;                         // a modal operation or a run is under way
+    bool busy = false;  // a modal operation or a run is under way; kept, asked by nobody
+    bool alone = true;  // the frame is being made, or RunAlone's command is under way
     ViewKind currentView = ViewKind::kDrafts;  // the first switch to the group view finds another one current
     // Declared so that they go in the order article, subject, group, drafts.
     std::unique_ptr<DraftTree> draftTree;
@@ -37,8 +38,10 @@ struct AppFrame {
     uint32_t priorityLevel = 0;
     bool dialled = false;           // the line that is up was dialled by this program
     HRASCONN connection = nullptr;  // of the call that is under way or up
-    DownloadJob* job = nullptr;     // the run under way; the worker uses it until it reports the end
+    DownloadJob* job = nullptr;     // the run under way, until its end has been shown; kept by a worker that
+                                    // the program's end cuts off
     bool ended = false;             // the main window has been there and is gone
+    TurnOwner turn;  // the starts' turn, from the search for another frame until this one is there
 };
 
 // From a second instance. The subsystems' headers declare the other messages that reach the frame.

@@ -32,6 +32,15 @@ bool WakeFirstInstance() {
     return found;
 }
 
+// Of two starts at once neither would find a frame. They look one after the other; one whose predecessor
+// hangs does not wait for ever, and starts.
+TurnOwner AwaitTurn() {
+    constexpr DWORD kPatience = 5000;  // milliseconds
+    TurnOwner turn(CreateEventW(nullptr, FALSE, TRUE, L"PelnorStart"));
+    if (turn) WaitForSingleObject(turn.Get(), kPatience);
+    return turn;
+}
+
 bool AllocateViews(AppFrame& frame) {
     frame.articleView.reset(new (std::nothrow) ArticleView);
     frame.subjectView.reset(new (std::nothrow) SubjectView);
@@ -59,6 +68,7 @@ void ShowFrame(AppFrame& frame, int showCommand) {
 int RunMessageLoop(const AppFrame& frame) {
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (frame.job && TakeProgressKey(frame.job->progress, message)) continue;
         if (TranslateAcceleratorW(frame.mainWindow, frame.accelerators, &message)) continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);
@@ -67,8 +77,9 @@ int RunMessageLoop(const AppFrame& frame) {
 }
 
 // The sockets end before the frame's parts go.
-int RunFrame(HINSTANCE instance, int showCommand) {
+int RunFrame(HINSTANCE instance, int showCommand, TurnOwner turn) {
     AppFrame frame;
+    frame.turn = std::move(turn);
     int result = 1;
     if (OpenFrame(frame, instance, showCommand)) {
         result = RunMessageLoop(frame);
@@ -98,7 +109,8 @@ int RunPelnor(HINSTANCE instance, int showCommand) {
         MessageBoxW(nullptr, L"Init winsock failed.", L"Error", MB_OK | MB_ICONERROR);
         return 1;
     }
-    if (!WakeFirstInstance()) return RunFrame(instance, showCommand);
+    TurnOwner turn = AwaitTurn();
+    if (!WakeFirstInstance()) return RunFrame(instance, showCommand, std::move(turn));
     WSACleanup();
     return 0;
 }

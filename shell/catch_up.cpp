@@ -72,8 +72,6 @@ void CatchUpGroup(AppFrame& frame, const wchar_t* name, uint32_t row) {
 }  // namespace
 
 void CatchUp(AppFrame& frame) {
-    // A run whose progress was put away would write the header that it knows over the new one.
-    if (frame.job) return;
     wchar_t name[kTextCapacity];
     uint32_t row = 0;
     frame.busy = true;

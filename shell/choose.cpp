@@ -32,8 +32,6 @@ bool RunSubscribe(const AppFrame& frame) {
 }  // namespace
 
 void Subscribe(AppFrame& frame) {
-    // A run whose progress was put away walks the rows that would be filled anew.
-    if (frame.job) return;
     frame.busy = true;
     if (RunSubscribe(frame)) (void)ReloadData(frame);
     frame.busy = false;
@@ -47,5 +45,5 @@ void EditKeywords(AppFrame& frame) {
     KeywordDialogState state;
     const INT_PTR result =
         RunKeywordDialog(state, frame.instance, frame.mainWindow, store.filterPath.get(), proposed.get());
-    if (result == 1 && !RefilterSubjects(subjects)) ShowLastError(IDS_SWITCH_VIEW_FAILED, kProgramCaption);
+    if (result == 1 && !RefilterSubjects(subjects)) ShowLastError(IDS_INIT_INDEX_FAILED, kProgramCaption);
 }

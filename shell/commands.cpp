@@ -71,9 +71,8 @@ void OnSubjectNotice(AppFrame& frame, UINT notice) {
     if (notice == kSubjectOpen) OpenCurrentArticle(frame);
 }
 
-// The busy flag stays: it always has.
+// For RunAlone: a run walks the rows that are filled anew. The busy flag stays: it always has.
 void OnProperties(AppFrame& frame) {
-    if (frame.job) return;  // the run walks the rows that would be filled anew
     Settings edited;
     frame.busy = true;
     InitSettings(edited);
@@ -126,31 +125,38 @@ bool OnViewCommand(AppFrame& frame, UINT id, UINT origin) {
     }
 }
 
+struct GroupCommand {
+    UINT id;
+    void (*act)(AppFrame& frame);
+};
+
+// The group view's commands, which change its rows or the files behind them.
+constexpr GroupCommand kGroupCommands[] = {{IDC_PROPERTIES, OnProperties},
+                                           {IDC_GET_ARTICLES, GetArticles},
+                                           {IDC_DELETE_READ, DeleteReadArticles},
+                                           {IDC_SUBSCRIBE, Subscribe},
+                                           {IDC_CATCH_UP, CatchUp}};
+
+// True when `id` was one of them.
+bool OnGroupCommand(AppFrame& frame, UINT id, UINT origin) {
+    for (const GroupCommand& command : kGroupCommands) {
+        if (command.id != id) continue;
+        if (ReachesView(frame, origin, ViewKind::kGroup)) RunAlone(frame, command.act);
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 void OnCommand(AppFrame& frame, UINT id, UINT origin) {
-    if (OnViewCommand(frame, id, origin)) return;
+    if (OnViewCommand(frame, id, origin) || OnGroupCommand(frame, id, origin)) return;
     switch (id) {
         case IDC_EXIT:
             SendMessageW(frame.mainWindow, WM_CLOSE, 0, 0);
             break;
-        case IDC_PROPERTIES:
-            OnProperties(frame);
-            break;
-        case IDC_GET_ARTICLES:
-            if (ReachesView(frame, origin, ViewKind::kGroup)) GetArticles(frame);
-            break;
-        case IDC_DELETE_READ:
-            DeleteReadArticles(frame);
-            break;
-        case IDC_SUBSCRIBE:
-            Subscribe(frame);
-            break;
         case IDC_ABOUT:
             OnAbout(frame);
-            break;
-        case IDC_CATCH_UP:
-            CatchUp(frame);
             break;
         default:
             OnDraftCommand(frame, id);

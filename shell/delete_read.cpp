@@ -10,11 +10,10 @@
 
 namespace {
 
-// A box that went with its window was not answered.
-bool UserAgrees(const AppFrame& frame) {
-    const int answer = MessageBoxW(frame.mainWindow, LoadResString(IDS_ASK_DELETE_READ),
-                                   L"Delete read articles", MB_YESNO | MB_ICONQUESTION);
-    return answer != IDNO && !frame.ended;
+bool UserAgrees() {
+    const int answer = MessageBoxW(nullptr, LoadResString(IDS_ASK_DELETE_READ), L"Delete read articles",
+                                   MB_YESNO | MB_ICONQUESTION);
+    return answer == IDYES;
 }
 
 void DeleteInGroup(const wchar_t* folder, const wchar_t* name) {
@@ -23,7 +22,7 @@ void DeleteInGroup(const wchar_t* folder, const wchar_t* name) {
     ShowLastError(IDS_DELETE_READ_FAILED, name, MB_ICONEXCLAMATION);
 }
 
-// Closing the program amid the failures that are told ends it before the next group.
+// Closing the program while a box stands ends it before the next group.
 bool DeleteInGroups(const AppFrame& frame) {
     const wchar_t* folder = frame.settings.DataPath;
     GroupFile groups;
@@ -39,12 +38,12 @@ bool DeleteInGroups(const AppFrame& frame) {
 }  // namespace
 
 void DeleteReadArticles(AppFrame& frame) {
-    // A run whose progress was put away still writes at the places that it found when it began, as an open
-    // group does. The failures' boxes have no owner, so the frame is kept from opening one meanwhile.
-    if (frame.job || frame.subjectView->list.open || !UserAgrees(frame)) return;
-    EnableWindow(frame.mainWindow, FALSE);
-    const bool deleted = DeleteInGroups(frame);
+    // A group that is open writes at the places that it found when it was opened.
+    if (frame.subjectView->list.open) return;
+    EnableWindow(frame.mainWindow, FALSE);  // the boxes have no owner that would be
+    const bool deleted = UserAgrees() && DeleteInGroups(frame);
     EnableWindow(frame.mainWindow, TRUE);
+    SetForegroundWindow(frame.mainWindow);
     FocusCurrentView(frame);
     if (deleted) (void)ReloadData(frame);
 }

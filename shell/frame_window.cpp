@@ -90,6 +90,7 @@ void SetFrameIcon(const AppFrame& frame) {
 }
 
 LRESULT OnCreate(AppFrame& frame) {
+    frame.turn.Reset();
     SetUpDesktopFrame(frame.mainWindow, IDI_PELNOR, kProgramKey, kWakeMessage);
     if (!MakeMenuBars(frame)) {
         MessageBoxW(nullptr, L"FAILED", L"DEBUG", MB_OK | MB_ICONERROR);
@@ -104,6 +105,7 @@ LRESULT OnCreate(AppFrame& frame) {
     SetFrameIcon(frame);
     (void)ReloadData(frame);
     SwitchToGroupView(frame);
+    frame.alone = false;
     return 0;
 }
 
@@ -115,11 +117,12 @@ LRESULT OnDestroy(AppFrame& frame) {
     return 0;
 }
 
-// A double tap or Enter on a row of the group list.
+// A double tap or Enter on a row of the group list. No group is opened under a command that changes its
+// files.
 LRESULT OnNotify(AppFrame& frame, const NMHDR& header) {
     const bool opens =
         header.code == static_cast<UINT>(NM_DBLCLK) || header.code == static_cast<UINT>(NM_RETURN);
-    if (header.idFrom != IDW_GROUP_VIEW || !opens) return 0;
+    if (header.idFrom != IDW_GROUP_VIEW || !opens || frame.alone) return 0;
     wchar_t name[kTextCapacity];
     uint32_t row = 0;
     if (SelectedGroup(*frame.groupView, name, kTextCapacity, &row)) SwitchToSubjectView(frame, name, row);
@@ -129,13 +132,16 @@ LRESULT OnNotify(AppFrame& frame, const NMHDR& header) {
 LRESULT OnStartRun(AppFrame& frame) {
     frame.dialled = true;
     EnableWindow(frame.mainWindow, TRUE);
-    StartRun(frame);
+    RunAlone(frame, StartRun);
     return 0;
 }
 
+// A handle is used once: the system may give its number to another program's call.
 LRESULT OnHangUp(AppFrame& frame) {
+    const HRASCONN connection = frame.connection;
+    frame.connection = nullptr;
     EnableWindow(frame.mainWindow, TRUE);
-    (void)EndRasCall(frame.connection);
+    if (connection) (void)EndRasCall(connection);
     return 0;
 }
 
@@ -166,7 +172,7 @@ LRESULT Dispatch(AppFrame& frame, UINT message, WPARAM wParam, LPARAM lParam) {
         case kHangUpMessage:
             return OnHangUp(frame);
         case kRunFinishedMessage:
-            FinishRun(frame, reinterpret_cast<DownloadJob*>(lParam));
+            FinishRun(frame, reinterpret_cast<const DownloadJob*>(lParam));
             return 0;
         case kWakeMessage:
             return 0;

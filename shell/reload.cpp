@@ -10,9 +10,9 @@
 
 namespace {
 
-bool CheckGroup(const wchar_t* folder, const wchar_t* name) {
+bool CheckGroup(const wchar_t* folder, const wchar_t* name, bool cutOffDeletion) {
     GroupStore store;
-    if (!SetNames(store, folder, name) || !FinishDeletion(store)) return false;
+    if (!SetNames(store, folder, name) || (cutOffDeletion && !FinishDeletion(store))) return false;
     const IndexState state = BringUpToDate(store);
     if (state == IndexState::kUnknownVersion) {
         const ErrorKeeper keeper;
@@ -22,10 +22,11 @@ bool CheckGroup(const wchar_t* folder, const wchar_t* name) {
 }
 
 bool CheckGroups(const wchar_t* folder) {
+    const bool cutOffDeletion = MayHoldCutOffDeletion(folder);
     GroupFile groups;
     if (!OpenGroupFile(groups, folder)) return false;
     while (const wchar_t* name = NextGroupName(groups)) {
-        if (!CheckGroup(folder, name)) return false;
+        if (!CheckGroup(folder, name, cutOffDeletion)) return false;
     }
     // A line that is too long ends the list as the end of the file does.
     return GetError() == kErrorEndOfFile || GetError() == kErrorMoreData;

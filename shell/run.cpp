@@ -18,6 +18,7 @@ bool AskForPassword(const AppFrame& frame, NarrowText& password) {
 }
 
 bool StartWorker(AppFrame& frame, std::unique_ptr<DownloadJob> job) {
+    MakeProgressDialog(job->progress, frame.instance, frame.mainWindow);
     frame.job = job.get();
     if (StartDownloadWorker(*job)) {
         job.release();  // the worker's, until it reports its end
@@ -28,19 +29,32 @@ bool StartWorker(AppFrame& frame, std::unique_ptr<DownloadJob> job) {
     return false;
 }
 
+// Who closes the program meanwhile wants to hear no more of it.
 void ReportEnd(AppFrame& frame, const RunResult& result) {
+    if (frame.ended) return;
     if (result.severity == kError) {
         MessageBoxW(nullptr, result.text, result.title, MB_OK | MB_ICONERROR);
         return;
     }
     MessageBoxW(frame.mainWindow, LoadResString(IDS_DOWNLOAD_DONE), L"Disconnect", MB_OK);
-    (void)ReloadData(frame);
+    if (!frame.ended) (void)ReloadData(frame);
 }
 
 }  // namespace
 
+void RunAlone(AppFrame& frame, void (*command)(AppFrame&)) {
+    // A frame that is disabled gets commands from other programs only.
+    if (frame.alone || !IsWindowEnabled(frame.mainWindow)) return;
+    if (frame.job) {
+        ShowProgress(frame.job->progress);
+        return;
+    }
+    frame.alone = true;
+    command(frame);
+    frame.alone = false;
+}
+
 void GetArticles(AppFrame& frame) {
-    if (frame.job || !IsWindowEnabled(frame.mainWindow)) return;
     if (!frame.settings.Dialup || IsLineUp()) {
         StartRun(frame);
     } else {
@@ -49,7 +63,6 @@ void GetArticles(AppFrame& frame) {
 }
 
 void StartRun(AppFrame& frame) {
-    if (frame.job) return;
     frame.busy = true;
     NarrowText typedPassword;
     if (!AskForPassword(frame, typedPassword)) return;
@@ -60,11 +73,14 @@ void StartRun(AppFrame& frame) {
         frame.busy = false;
         return;
     }
-    RunProgressDialog(frame.job->progress, frame.instance, frame.mainWindow);
+    ShowProgress(frame.job->progress);
 }
 
-void FinishRun(AppFrame& frame, DownloadJob* job) {
-    const std::unique_ptr<DownloadJob> finished(job);
+void FinishRun(AppFrame& frame, const DownloadJob* job) {
+    if (!job || job != frame.job || job->ended) return;
+    const std::unique_ptr<DownloadJob> finished(frame.job);
+    finished->ended = true;
+    EndProgress(finished->progress);
     if (frame.settings.Dialup && frame.dialled) {
         RunDisconnectDialog(frame.mainWindow, frame.instance, frame.settings.DisconnectWaitTime);
     }
@@ -72,6 +88,4 @@ void FinishRun(AppFrame& frame, DownloadJob* job) {
     ReportEnd(frame, *finished->result);
     frame.busy = false;
     frame.job = nullptr;
-    // The loop of a progress dialog that ended amid this waits for one more message.
-    PostMessageW(frame.mainWindow, WM_NULL, 0, 0);
 }

@@ -54,16 +54,8 @@ bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount 
     return visited;
 }
 
-// A damaged header may count any number of records: no memory is taken for them before the last is known to
-// be there.
-bool HasLastRecord(GroupStore& store) {
-    IndexRecord last;
-    return store.recordCount == 0 || ReadRecord(store, last, store.recordCount - 1);
-}
-
 bool MakeRowMap(ArticleList& list) {
     uint32_t counts[kRunCount + 1] = {};
-    if (!HasLastRecord(list.store)) return false;
     const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.recordCount);
     if (!classes) return Fail(kErrorNoMemory);
     if (!Classify(list, classes.get(), counts)) return false;

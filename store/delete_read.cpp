@@ -49,9 +49,15 @@ bool OpenOldLog(Rewrite& rewrite, const GroupStore& store) {
     return OpenDataFile(rewrite.oldLog, store.logPath.get(), FileMode::kReadAlone);
 }
 
+// Files of these names may be all that is left of the articles, after a deletion that has not taken its
+// places yet: they stay, and this fails.
 bool MakeNewFiles(Rewrite& rewrite, const TemporaryPaths& paths) {
-    return OpenDataFile(rewrite.newIndex, paths.index.get(), FileMode::kReplace) &&
-           OpenDataFile(rewrite.newLog, paths.log.get(), FileMode::kReplace);
+    if (!OpenDataFile(rewrite.newIndex, paths.index.get(), FileMode::kNew)) return false;
+    if (OpenDataFile(rewrite.newLog, paths.log.get(), FileMode::kNew)) return true;
+    const ErrorKeeper keeper;
+    CloseDataFile(rewrite.newIndex);
+    (void)DeleteDataFile(paths.index.get());
+    return false;
 }
 
 bool GrowCopyBuffer(Rewrite& rewrite, uint32_t size) {
@@ -72,6 +78,7 @@ bool KeepRecord(Rewrite& rewrite, IndexRecord record) {
     if (!GrowCopyBuffer(rewrite, record.logLength)) return false;
     SeekTo(rewrite.oldLog, record.logOffset);
     if (!ReadExactly(rewrite.oldLog, rewrite.copyBuffer.get(), record.logLength)) return false;
+    record.subjectTextOffset += rewrite.newLog.position - record.logOffset;
     record.logOffset = rewrite.newLog.position;
     if (!WriteBytes(rewrite.newLog, rewrite.copyBuffer.get(), record.logLength)) return false;
     if (!WriteBytes(rewrite.newIndex, &record, kRecordSize)) return false;
@@ -92,7 +99,7 @@ bool KeepUnread(Rewrite& rewrite, GroupStore& store) {
 
 // The new index is whole on disk before any old file goes, and the new log before the new index says so.
 bool WriteNewFiles(Rewrite& rewrite, GroupStore& store) {
-    if (!ReadStandingHeader(store) || !WriteHeaderTo(rewrite.newIndex, store)) return false;
+    if (!ReadHeader(store) || !WriteHeaderTo(rewrite.newIndex, store)) return false;
     SeekTo(rewrite.newIndex, kHeaderSize);
     if (!KeepUnread(rewrite, store)) return false;
     store.recordCount = rewrite.kept;
@@ -115,25 +122,26 @@ void RemoveTemporaries(const TemporaryPaths& paths) {
     (void)DeleteDataFile(paths.index.get());
 }
 
-bool DeleteOld(const WideText& path) {
-    return !FileExists(path.get()) || DeleteDataFile(path.get());
+// The old log is gone: the new one takes its place, unless it has it already, and the old index goes, even if
+// the new log cannot follow. A group without an index is used by nobody until a start has finished this.
+bool TakeLogsPlace(const TemporaryPaths& paths, const GroupStore& store, bool newLogWaits) {
+    const bool taken = !newLogWaits || RenameDataFile(paths.log.get(), store.logPath.get());
+    const unsigned error = GetError();
+    return DeleteIfThere(store.indexPath.get()) && (taken || Fail(error));
 }
 
-// The old log is gone. Where a step fails, what is there lets the next FinishDeletion go on with that step.
-bool TakePlaces(const TemporaryPaths& paths, const GroupStore& store) {
-    if (FileExists(paths.log.get()) && !RenameDataFile(paths.log.get(), store.logPath.get())) return false;
-    return DeleteOld(store.indexPath) && RenameDataFile(paths.index.get(), store.indexPath.get());
+bool TakePlaces(const TemporaryPaths& paths, const GroupStore& store, bool newLogWaits) {
+    return TakeLogsPlace(paths, store, newLogWaits) &&
+           RenameDataFile(paths.index.get(), store.indexPath.get());
 }
 
 // The new index is lost or damaged, and the old one names places in the old log: without either, an index is
 // made anew from the new log.
-bool DropIndexes(const TemporaryPaths& paths, const GroupStore& store) {
-    if (!DeleteOld(store.indexPath)) return false;
-    if (FileExists(paths.log.get()) && !RenameDataFile(paths.log.get(), store.logPath.get())) return false;
-    return DeleteOld(paths.index);
+bool DropIndexes(const TemporaryPaths& paths, const GroupStore& store, bool newLogWaits) {
+    return TakeLogsPlace(paths, store, newLogWaits) && DeleteIfThere(paths.index.get());
 }
 
-// Whether the new index is complete and describes a log of exactly `logSize` bytes. Error 13 when it is not;
+// Whether the new index is complete and describes a log, which may have grown since. Error 13 when it is not;
 // any other error when it cannot be known.
 bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
     DataFile index;
@@ -149,7 +157,7 @@ bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
         if (record.logOffset != end || record.logLength > logSize - end) return Fail(kErrorInvalidData);
         end += record.logLength;
     }
-    return end == logSize || Fail(kErrorInvalidData);
+    return true;
 }
 
 bool EndsArticle(DataFile& log, const IndexRecord& record) {
@@ -162,7 +170,7 @@ bool EndsArticle(DataFile& log, const IndexRecord& record) {
 }
 
 // Whether every record names a place in the log that ends as articles do. Error 13 when not: then the log is
-// newer than the index. Any other error when it cannot be known.
+// newer than the index. Error 2 when either is missing, any other when it cannot be known.
 bool NamesArticles(const wchar_t* indexPath, const wchar_t* logPath) {
     DataFile index;
     DataFile log;
@@ -178,9 +186,21 @@ bool NamesArticles(const wchar_t* indexPath, const wchar_t* logPath) {
     return true;
 }
 
-bool FitsLog(const wchar_t* indexPath, const wchar_t* logPath) {
+bool FitsLog(const WideText& indexPath, const WideText& logPath) {
     DataFile log;
-    return OpenDataFile(log, logPath, FileMode::kRead) && DescribesLog(indexPath, log.size);
+    return OpenDataFile(log, logPath.get(), FileMode::kRead) && DescribesLog(indexPath.get(), log.size);
+}
+
+// False when it cannot be known.
+bool IsThere(const WideText& path, bool& there) {
+    DataFile file;
+    there = OpenDataFile(file, path.get(), FileMode::kRead);
+    return there || GetError() == kErrorFileNotFound;
+}
+
+// After another error the file may be all that is left of the articles.
+bool IsMissingOrDamaged(unsigned error) {
+    return error == kErrorFileNotFound || error == kErrorInvalidData;
 }
 
 }  // namespace
@@ -189,9 +209,9 @@ bool DeleteRead(GroupStore& store) {
     TemporaryPaths paths;
     const std::unique_ptr<Rewrite> rewrite(new (std::nothrow) Rewrite);
     if (!rewrite) return Fail(kErrorNoMemory);
-    // Without a log nothing is touched: a new one that could not take its place yet may be all there is.
-    if (!MakePaths(store, paths) || !FinishDeletion(store) || !OpenOldLog(*rewrite, store)) return false;
-    const bool written = MakeNewFiles(*rewrite, paths) && WriteNewFiles(*rewrite, store);
+    if (!MakePaths(store, paths) || !OpenOldLog(*rewrite, store) || !MakeNewFiles(*rewrite, paths))
+        return false;
+    const bool written = WriteNewFiles(*rewrite, store);
     const unsigned error = GetError();
     const bool closed = CloseFiles(*rewrite, store);
     if (!written || !closed) {
@@ -200,35 +220,32 @@ bool DeleteRead(GroupStore& store) {
         return Fail(written ? closeError : error);
     }
     // A new index beside the old log would name the wrong articles: the log goes first, or nothing does.
-    if (!DeleteOld(store.logPath)) {
+    if (!DeleteIfThere(store.logPath.get())) {
         RemoveTemporaries(paths);
         return false;
     }
-    // The articles are safe: what does not succeed here is made up for before the group is used again.
-    (void)TakePlaces(paths, store);
+    // The articles are safe: what does not succeed here is made up for by the next start.
+    (void)TakePlaces(paths, store, true);
     return true;
 }
 
 bool FinishDeletion(const GroupStore& store) {
     TemporaryPaths paths;
-    if (!MakePaths(store, paths)) return false;
-    const bool newLog = FileExists(paths.log.get());
-    const bool newIndex = FileExists(paths.index.get());
-    if (!newLog && !newIndex) return true;
-    // The old log still stands, or there is none at all.
-    if (newLog == FileExists(store.logPath.get())) {
+    bool newLog = false, newIndex = false, log = false;
+    const bool known = MakePaths(store, paths) && IsThere(paths.log, newLog) &&
+                       IsThere(paths.index, newIndex) && IsThere(store.logPath, log);
+    if (!known || (!newLog && !newIndex)) return known;
+    if (NamesArticles(store.indexPath.get(), store.logPath.get())) {
         RemoveTemporaries(paths);
         return true;
     }
-    const wchar_t* log = newLog ? paths.log.get() : store.logPath.get();
-    if (newIndex && FitsLog(paths.index.get(), log)) return TakePlaces(paths, store);
-    // Files that could not be read now may be all that is left of the articles.
-    if (newIndex && GetError() != kErrorInvalidData) return false;
-    if (newLog) return DropIndexes(paths, store);
-    if (NamesArticles(store.indexPath.get(), log)) {
-        RemoveTemporaries(paths);
-        return true;
+    if (!IsMissingOrDamaged(GetError())) return false;
+    if (FitsLog(paths.index, newLog ? paths.log : store.logPath)) {
+        return (!newLog || DeleteIfThere(store.logPath.get())) && TakePlaces(paths, store, newLog);
     }
-    const bool isNewerLog = GetError() == kErrorInvalidData || GetError() == kErrorFileNotFound;
-    return isNewerLog && DropIndexes(paths, store);
+    if (!IsMissingOrDamaged(GetError())) return false;
+    // Neither index describes a log. The old files stand, unless only one log is there, which may be the new.
+    if (newLog != log) return DropIndexes(paths, store, newLog);
+    RemoveTemporaries(paths);
+    return true;
 }

@@ -42,6 +42,8 @@ OpenArguments ArgumentsOf(FileMode mode) {
             return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS};
         case FileMode::kWrite:
             return {GENERIC_WRITE, 0, OPEN_ALWAYS};
+        case FileMode::kNew:
+            return {GENERIC_READ | GENERIC_WRITE, 0, CREATE_NEW};
         case FileMode::kReplace:
             break;
     }
@@ -300,6 +302,10 @@ bool FileExists(const wchar_t* path) {
 
 bool DeleteDataFile(const wchar_t* path) {
     return Allowed(FileCall::kDelete) && DeleteFileW(path);
+}
+
+bool DeleteIfThere(const wchar_t* path) {
+    return DeleteDataFile(path) || GetError() == kErrorFileNotFound;
 }
 
 bool RenameDataFile(const wchar_t* from, const wchar_t* to) {

@@ -16,6 +16,7 @@ enum class FileMode {
     kReadWriteExisting,  // read and write, no sharing, must exist
     kWrite,              // write, no sharing, created when missing, contents kept
     kReplace,            // read and write, no sharing, always a new empty file
+    kNew,                // read and write, no sharing, must not exist
     kRewrite,            // like kReplace, but what the file held goes only once new contents are on disk
 };
 
@@ -72,6 +73,7 @@ void SeekToEnd(DataFile& file);
 
 bool FileExists(const wchar_t* path);
 [[nodiscard]] bool DeleteDataFile(const wchar_t* path);
+[[nodiscard]] bool DeleteIfThere(const wchar_t* path);  // succeeds where there is no such file
 [[nodiscard]] bool RenameDataFile(const wchar_t* from, const wchar_t* to);
 
 // `path` with `suffix` appended; null with error 8.

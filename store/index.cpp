@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "store/delete_read.h"
 #include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -15,6 +14,7 @@ constexpr uint32_t kRecordSize = sizeof(IndexRecord);
 constexpr uint32_t kTextVersion = 1;
 constexpr uint32_t kLargestVersionWord = 500;  // digits of a text header read as more
 
+constexpr uint32_t kAnyCount = 0xFFFFFFFF;
 constexpr uint32_t kMostRecords = (0xFFFFFFFF - kHeaderSize) / kRecordSize;
 
 uint32_t OffsetOf(uint32_t number) {
@@ -56,11 +56,17 @@ bool TakeHeader(GroupStore& store, IndexHeader& header) {
     return true;
 }
 
-bool TakeHeaderFrom(DataFile& index, GroupStore& store) {
+bool TakeHeaderFrom(DataFile& index, GroupStore& store, uint32_t mostRecords) {
     IndexHeader header;
     if (!ReadExactly(index, &header, kHeaderSize)) return false;
-    if (header.version != kIndexVersion) return Fail(kErrorInvalidData);
+    if (header.version != kIndexVersion || header.recordCount > mostRecords) return Fail(kErrorInvalidData);
     return TakeHeader(store, header);
+}
+
+// A header never counts records that are not there.
+bool WriteTrueHeader(DataFile& index, const GroupStore& store) {
+    if (store.recordCount > RecordsInFile(index)) return Fail(kErrorInvalidData);
+    return WriteHeaderTo(index, store);
 }
 
 // Opens the index for one operation unless the caller holds it open already.
@@ -148,7 +154,7 @@ bool RefilterRecord(GroupStore& store, const KeywordFilter& filter, uint32_t num
     IndexRecord record;
     if (!ReadRecord(store, record, number)) return false;
     const NarrowText subject = ReadSubjectText(store.log, record);
-    if (!subject) return false;
+    if (!subject) return GetError() == kErrorInvalidData;  // unknown, so its priority stays
     const uint32_t before = PriorityOf(record);
     const uint32_t priority = MatchKeywordFilter(filter, subject.get());
     if (priority == before) return true;
@@ -198,40 +204,38 @@ void CountWhatStands(GroupStore& store) {
     if (CountRecords(store, counts)) CopyCounts(store, counts);
 }
 
-// Runs `change` over the open index, then writes the header with the counts reached, and closes, whatever
-// happened. The first failure's error is the one that stays.
-bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
-    if (!ReadHeader(store) || !OpenIndex(store)) return false;
+// Runs `change` over the open index, then writes the header with the counts reached, whatever happened. The
+// first failure's error is the one that stays.
+bool ChangeAndCount(GroupStore& store, bool (*change)(GroupStore&)) {
     const bool changed = change(store) && FlushDataFile(store.index);
     const unsigned error = GetError();
     if (!changed) CountWhatStands(store);
     const bool saved = WriteHeader(store);
-    const unsigned saveError = GetError();
+    return changed ? saved : Fail(error);
+}
+
+bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
+    if (!ReadHeader(store) || !OpenIndex(store)) return false;
+    const bool changed = RefreshHeader(store) && ChangeAndCount(store, change);
+    const ErrorKeeper keeper;
     CloseDataFile(store.index);
     CloseDataFile(store.log);
-    return (changed || Fail(error)) && (saved || Fail(saveError));
+    return changed;
 }
 
 }  // namespace
 
 bool ReadHeader(GroupStore& store) {
-    if (store.indexPath && !FinishDeletion(store)) {
-        Reset(store);
-        return false;
-    }
-    return ReadStandingHeader(store);
-}
-
-bool ReadStandingHeader(GroupStore& store) {
     Reset(store);
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;
-    return OpenDataFile(file, store.indexPath.get(), FileMode::kRead) && TakeHeaderFrom(file, store);
+    return OpenDataFile(file, store.indexPath.get(), FileMode::kRead) &&
+           TakeHeaderFrom(file, store, kAnyCount);
 }
 
 bool RefreshHeader(GroupStore& store) {
     SeekTo(store.index, 0);
-    return TakeHeaderFrom(store.index, store);
+    return TakeHeaderFrom(store.index, store, RecordsInFile(store.index));
 }
 
 bool WriteHeaderTo(DataFile& file, const GroupStore& store) {
@@ -244,10 +248,10 @@ bool WriteHeaderTo(DataFile& file, const GroupStore& store) {
 }
 
 bool WriteHeader(GroupStore& store) {
-    if (IsOpen(store.index)) return WriteHeaderTo(store.index, store);
+    if (IsOpen(store.index)) return WriteTrueHeader(store.index, store);
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;
-    return OpenDataFile(file, store.indexPath.get(), FileMode::kWrite) && WriteHeaderTo(file, store) &&
+    return OpenDataFile(file, store.indexPath.get(), FileMode::kWrite) && WriteTrueHeader(file, store) &&
            CloseDataFile(file);
 }
 

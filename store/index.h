@@ -10,22 +10,19 @@
 #include "text/last_error.h"
 
 // Resets the store and takes the header's values over. Error 13 for a short file or another version, 87
-// without names, 8. Every use of a group begins with it, so a deletion that was cut off is finished first,
-// and where that cannot be, this fails.
+// without names, 8. The record count is what the header says, true or not: it is shown, and no more.
 [[nodiscard]] bool ReadHeader(GroupStore& store);
 
-// The same without a look at a deletion, for the deletion itself.
-[[nodiscard]] bool ReadStandingHeader(GroupStore& store);
-
-// The same from the open index, which stays open: whoever opens one for writing may have read a header that
-// somebody has changed since.
+// Takes the header over from the open index, which stays open: whoever opens one for writing may have read a
+// header that somebody has changed since. Error 13 also when it counts more records than the file has, since
+// writing would go on behind them. A file that has more is the trace of a run that was cut off.
 [[nodiscard]] bool RefreshHeader(GroupStore& store);
 
 // Writes the store's values as the header, through the open index or, when it is closed, by opening it. The
-// status text is cut to 63 bytes.
+// status text is cut to 63 bytes. Error 13 when the file has fewer records than the store counts.
 [[nodiscard]] bool WriteHeader(GroupStore& store);
 
-// The same into another file, at its start.
+// The same into another file, at its start, whatever it holds.
 [[nodiscard]] bool WriteHeaderTo(DataFile& file, const GroupStore& store);
 
 // Reads up to `count` records from record `first` on; `count` says how many there were. Error 87 when `first`

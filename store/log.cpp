@@ -27,7 +27,15 @@ bool AddSequenceLine(HeaderBlock& head, uint32_t number) {
     return AddHeaderLine(head, {line, length});
 }
 
+bool LiesWithin(uint32_t offset, uint32_t length, uint32_t size) {
+    return offset <= size && length <= size - offset;
+}
+
 NarrowText ReadPart(DataFile& log, uint32_t offset, uint32_t length) {
+    if (!LiesWithin(offset, length, log.size)) {
+        SetError(kErrorInvalidData);
+        return nullptr;
+    }
     NarrowText text = NewArray<char>(static_cast<std::size_t>(length) + 1);
     if (!text) {
         SetError(kErrorNoMemory);
@@ -106,10 +114,6 @@ bool FinishArticle(ArticleWriter& writer) {
 WideText ReadArticle(const GroupStore& store, uint32_t offset, uint32_t length) {
     DataFile log;
     if (!OpenLogForReading(log, store)) return nullptr;
-    if (offset > log.size || length > log.size - offset) {
-        SetError(kErrorInvalidData);
-        return nullptr;
-    }
     const NarrowText text = ReadPart(log, offset, length);
     return text ? ToWide(text.get()) : nullptr;
 }
@@ -122,9 +126,12 @@ WideText ReadSubjectText(const GroupStore& store, const IndexRecord& record) {
 }
 
 NarrowText ReadSubjectText(DataFile& log, const IndexRecord& record) {
-    const uint32_t offset = record.subjectTextOffset < log.size ? record.subjectTextOffset : log.size;
-    const uint32_t most = log.size - offset;
-    return ReadPart(log, offset, record.subjectTextLength < most ? record.subjectTextLength : most);
+    const uint32_t start = record.subjectTextOffset - record.logOffset;
+    const bool isOwn = record.subjectTextOffset >= record.logOffset &&
+                       LiesWithin(start, record.subjectTextLength, record.logLength);
+    if (isOwn) return ReadPart(log, record.subjectTextOffset, record.subjectTextLength);
+    SetError(kErrorInvalidData);
+    return nullptr;
 }
 
 bool ReadHeaderBlock(DataFile& file, HeaderBlock& head) {

@@ -49,10 +49,11 @@ struct ArticleWriter {
 // does not lie inside the log, or the file's error. The store's own log handle is not used.
 WideText ReadArticle(const GroupStore& store, uint32_t offset, uint32_t length);
 
-// The subject text that a record names; what lies outside the log is left out.
+// The subject text that a record names. Null on failure: error 8, 13 when the text does not lie inside the
+// record's own article or the log, or the file's error.
 WideText ReadSubjectText(const GroupStore& store, const IndexRecord& record);
 
-// The same from an open log, in the stored code page. Null with error 8 or the file's error.
+// The same from an open log, in the stored code page.
 NarrowText ReadSubjectText(DataFile& log, const IndexRecord& record);
 
 // Reads header lines up to the empty line that ends them, or to the end of the file. Error 234 for a line of

@@ -25,8 +25,7 @@ WideText TemporaryPath(const GroupStore& store) {
 
 // There may be no old index.
 bool ReplaceIndex(const GroupStore& store, const wchar_t* temporary) {
-    const wchar_t* index = store.indexPath.get();
-    return (!FileExists(index) || DeleteDataFile(index)) && RenameDataFile(temporary, index);
+    return DeleteIfThere(store.indexPath.get()) && RenameDataFile(temporary, store.indexPath.get());
 }
 
 void DropTemporary(const wchar_t* temporary) {
@@ -169,7 +168,7 @@ bool ReadTextHeader(GroupStore& store) {
 // Under the temporary name, and with the header last: what was cut off while it grew cannot be taken for
 // whole.
 bool RebuildAside(GroupStore& store, WideText& temporary) {
-    if (FileExists(temporary.get()) && !DeleteDataFile(temporary.get())) return false;
+    if (!DeleteIfThere(temporary.get())) return false;
     store.indexPath.swap(temporary);
     const bool rebuilt = RebuildFromLog(store);
     store.indexPath.swap(temporary);
@@ -198,11 +197,11 @@ bool ConvertTextIndex(GroupStore& store) {
 CutOffUpgrade FinishUpgrade(const GroupStore& store) {
     const WideText temporary = TemporaryPath(store);
     if (!temporary) return CutOffUpgrade::kFailed;
-    if (!FileExists(temporary.get())) return CutOffUpgrade::kNone;
     if (IsWholeIndex(temporary.get())) {
         const bool renamed = RenameDataFile(temporary.get(), store.indexPath.get());
         return renamed ? CutOffUpgrade::kTaken : CutOffUpgrade::kFailed;
     }
+    if (GetError() == kErrorFileNotFound) return CutOffUpgrade::kNone;
     if (GetError() != kErrorInvalidData) return CutOffUpgrade::kFailed;
     DropTemporary(temporary.get());
     return CutOffUpgrade::kNone;

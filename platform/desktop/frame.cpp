@@ -68,9 +68,24 @@ void OnMaximise(DesktopFrame& frame) {
     if (visible && !IsIconic(frame.window)) ShowWindow(frame.window, SW_SHOWMAXIMIZED);
 }
 
-void OnWake(const DesktopFrame& frame) {
-    if (IsIconic(frame.window)) ShowWindow(frame.window, SW_RESTORE);
-    SetForegroundWindow(GetLastActivePopup(frame.window));  // a dialog stands over the frame
+BOOL CALLBACK TakeIfUsable(HWND window, LPARAM parameter) {
+    if (!IsWindowVisible(window) || !IsWindowEnabled(window)) return TRUE;
+    *reinterpret_cast<HWND*>(parameter) = window;
+    return FALSE;
+}
+
+// A box without an owner may stand before a frame that is disabled for it.
+HWND WindowInFront(HWND frame) {
+    HWND front = GetLastActivePopup(frame);
+    if (!IsWindowVisible(front)) front = frame;
+    if (!IsWindowEnabled(front))
+        EnumThreadWindows(GetCurrentThreadId(), TakeIfUsable, reinterpret_cast<LPARAM>(&front));
+    return front;
+}
+
+void OnWake(HWND window) {
+    if (IsIconic(window)) ShowWindow(window, SW_RESTORE);
+    SetForegroundWindow(WindowInFront(window));
 }
 
 // A frame that keeps the focus for itself, as it comes back from the task bar, would leave the keyboard
@@ -102,7 +117,7 @@ LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
             if (wParam && frame.maximisesLater) PostMessageW(window, kMaximise, 0, 0);
             break;
         default:
-            if (message == frame.wakeMessage) OnWake(frame);
+            if (message == frame.wakeMessage) OnWake(window);
     }
     const LRESULT result = CallWindowProcW(frame.procedure, window, message, wParam, lParam);
     if (message == WM_SETFOCUS) AfterSetFocus(window);

@@ -6,6 +6,7 @@
 
 static_assert(sizeof(SHMENUBARINFO) == 32);
 static_assert(kPointerExtra == 4);
+static_assert(sizeof(fd_set) == 260 && sizeof(timeval) == 8);
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongW(window, offset, reinterpret_cast<LONG>(pointer));

@@ -1,5 +1,5 @@
-// Records that the device lays out in its own way; the Windows headers know only the desktop's. platform.h
-// gives both homes one name for each.
+// What the device has in another way than the Windows headers say, which know only the desktop's. platform.h
+// gives both homes one name for each record.
 #pragma once
 
 #include <windows.h>
@@ -38,3 +38,9 @@ struct SheetHeader {
 };
 static_assert(sizeof(SheetPage) == 40);
 static_assert(sizeof(SheetHeader) == 40);
+
+// The headers have the compiler do these, which has no instruction for it here; the device exports them.
+#undef InterlockedIncrement
+#undef InterlockedDecrement
+extern "C" LONG InterlockedIncrement(LONG volatile* value);
+extern "C" LONG InterlockedDecrement(LONG volatile* value);

@@ -11,6 +11,7 @@ struct Article {
     std::string text;
     uint32_t flags = 0;       // 1 read, 2 low, 4 high
     std::string before = {};  // bytes of the log that belong to no article
+    uint32_t subject = 1;     // where its text stands, from the article's first byte
 };
 
 struct GroupBytes {
@@ -19,11 +20,12 @@ struct GroupBytes {
 };
 
 const std::string kLong(40000, 'x');  // more than any buffer on the way
+const std::string kEnd = "================\r\n";
+const std::vector<Article> kEnded = {{"one" + kEnd}, {"two" + kEnd, 1}, {"three" + kEnd}};
 const std::vector<Article> kMixed = {{"read", 1}, {"one", 4}, {"read high", 5},
                                      {kLong},     {"low", 2}, {kLong, 1}};
 
-// The files of a group, from its articles. `unread` counts them before the deletion; the texts' places are
-// those in the old log.
+// The files of a group, from its articles.
 GroupBytes FilesOf(const std::vector<Article>& articles, bool afterDeletion) {
     GroupBytes files;
     HeaderBytes header;
@@ -33,17 +35,14 @@ GroupBytes FilesOf(const std::vector<Article>& articles, bool afterDeletion) {
     header.savedPosition = afterDeletion ? 0 : 3;
     header.status = "\x82\xA0 new";
     std::string records;
-    uint32_t number = 60, oldOffset = 0;
+    uint32_t number = 60;
     for (const Article& article : articles) {
         ++number;
-        oldOffset += static_cast<uint32_t>(article.before.size());
-        const auto length = static_cast<uint32_t>(article.text.size());
-        const uint32_t textOffset = oldOffset;
-        oldOffset += length;
         if (afterDeletion && article.flags & 1) continue;
         if (!afterDeletion) files.log += article.before;
+        const auto length = static_cast<uint32_t>(article.text.size());
         RecordBytes record{article.flags, number, static_cast<uint32_t>(files.log.size()), length};
-        record.textOffset = textOffset;
+        record.textOffset = record.offset + article.subject;
         record.textLength = 2;
         records += Bytes(record);
         files.log += article.text;
@@ -78,6 +77,7 @@ TEST_F(DeleteReadTest, LeavesTheUnreadArticles) {
         {"all priorities, articles longer than any buffer", kMixed},
         {"bytes of no article between", {{"one", 0, "dead"}, {"two", 1, "dead"}, {"three", 2, kLong}}},
         {"an article without a byte", {{""}, {"one", 1}, {"two", 4}}},
+        {"subjects outside their articles", {{"one", 1}, {"two", 0, "", 0u - 5}, {"three", 0, "", 50}}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -89,16 +89,14 @@ TEST_F(DeleteReadTest, LeavesTheUnreadArticles) {
 }
 
 TEST_F(DeleteReadTest, ADamagedGroupStaysAsItIs) {
-    GroupBytes outside = FilesOf({{"one"}, {"two", 1}}, false), counted = outside;
+    GroupBytes outside = FilesOf({{"one"}, {"two", 1}}, false);
     outside.log.pop_back();
     outside.index.replace(100 + 92 + 0, 4, Word(0));  // the one that ends outside is unread
-    counted.index.replace(16, 4, Word(3));
     const struct {
         const char* sentence;
         GroupBytes files;
     } rows[] = {
         {"an article that ends outside the log", outside},
-        {"a header that counts more records than there are", counted},
         {"an index of an older version", {Bytes(HeaderBytes{4}) + Padded("", 8), "log"}},
     };
     for (const auto& row : rows) {
@@ -111,15 +109,50 @@ TEST_F(DeleteReadTest, ADamagedGroupStaysAsItIs) {
     }
 }
 
-TEST_F(DeleteReadTest, NewFilesBesideTheOldLogAreRemoved) {
-    const GroupBytes old = FilesOf({{"one"}, {"two", 1}, {"three"}}, false);
-    const GroupBytes made = FilesOf({{"one"}, {"two", 1}, {"three"}}, true);
-    for (const GroupBytes& files : {made, GroupBytes{old.index.substr(0, 100), ""}}) {
-        Write(old);
-        folder.Write(L"fj.test.id~", files.index);
-        folder.Write(L"fj.test.lo~", files.log);
+// What a start makes of the files that it may find.
+TEST_F(DeleteReadTest, ACutOffDeletionIsFinishedOrCleared) {
+    const GroupBytes old = FilesOf(kEnded, false), made = FilesOf(kEnded, true);
+    const GroupBytes grown = {old.index, made.log + "the next" + kEnd}, anew = {old.index, ""};
+    const std::string none;
+    const struct {
+        const char* sentence;
+        GroupBytes stands, waits, result;
+    } rows[] = {
+        {"the new files are whole, the old ones stand", old, made, old},
+        {"the new files were never finished", old, {old.index.substr(0, 100), ""}, old},
+        {"the log has grown since it took its place", grown, {made.index, none}, {made.index, grown.log}},
+        {"the old log went, and a run made another", anew, made, made},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        Write(row.stands);
+        folder.Write(L"fj.test.id~", row.waits.index);
+        if (&row != &rows[2]) folder.Write(L"fj.test.lo~", row.waits.log);
         EXPECT_TRUE(FinishDeletion(store));
-        EXPECT_TRUE(Files() == old);
+        EXPECT_TRUE(Files() == row.result);
+        EXPECT_FALSE(HasTemporaries());
+    }
+}
+
+// Of what a deletion that failed half-way leaves, another one takes nothing, whichever call failed, and the
+// next start makes up for it.
+TEST_F(DeleteReadTest, AnUnfinishedDeletionWaitsForTheNextStart) {
+    const GroupBytes old = FilesOf(kEnded, false), made = FilesOf(kEnded, true);
+    int calls = 1;
+    for (int fault = 0; fault <= calls; ++fault) {
+        SCOPED_TRACE(fault);
+        Write(old);
+        {
+            const FileFaults faults(fault);
+            EXPECT_TRUE(DeleteRead(store) || fault > 0);
+            if (fault == 0) calls = faultPlan.calls;
+        }
+        EXPECT_TRUE(folder.Has(L"fj.test.log") || !folder.Has(L"fj.test.idx")) << "an index without its log";
+        const bool waits = HasTemporaries();
+        EXPECT_NE(DeleteRead(store), waits);
+        EXPECT_TRUE(FinishDeletion(store));
+        EXPECT_EQ(Log(), made.log);
+        EXPECT_EQ(Index().substr(100), made.index.substr(100));
         EXPECT_FALSE(HasTemporaries());
     }
 }
@@ -137,7 +170,7 @@ TEST_F(DeleteReadTest, ANewIndexThatDoesNotFitTheLogIsNeverTaken) {
         const char* sentence;
         std::string index;
     } rows[] = {
-        {"it ends elsewhere than the log", Bytes(two) + Bytes(whole[0]) + Bytes(whole[0])},
+        {"an article twice", Bytes(two) + Bytes(whole[0]) + Bytes(whole[0])},
         {"its count is too high", Bytes(three) + Bytes(whole[0]) + Bytes(whole[1])},
         {"an older version", Bytes(older) + Padded("", 8) + Bytes(whole[0]) + Bytes(whole[1])},
         {"articles with a gap between", Bytes(two) + Bytes(gap[0]) + Bytes(gap[1])},

@@ -70,11 +70,6 @@ class Runtime:
         blocks.append(self.machine.heap.take(size))
         return blocks[-1]
 
-    def HeapFree(self, heap, _flags, place):
-        self.handles[heap].remove(place)
-        self.machine.heap.give_back(place)
-        return 1
-
     def HeapDestroy(self, heap):
         for place in self.handles.pop(heap)[1:]:
             self.machine.heap.give_back(place)
@@ -121,9 +116,6 @@ class Runtime:
     def strcpy(self, destination, source):
         self.machine.write(destination, self.machine.text(source) + b"\0")
 
-    def strcat(self, destination, source):
-        self.machine.write(destination + self.strlen(destination), self.machine.text(source) + b"\0")
-
     def strchr(self, text, char):
         found = (self.machine.text(text) + b"\0").find(char & 0xFF)
         return text + found if found >= 0 else 0
@@ -145,8 +137,9 @@ class Runtime:
         found = self.machine.wide(text).find(self.machine.wide(part))
         return text + 2 * found if found >= 0 else 0
 
-    def wcsncpy(self, destination, source, size):
-        self.machine.write(destination, self.machine.wide(source)[:size].ljust(size, "\0").encode("utf-16-le"))
+    def wcscspn(self, text, stops):
+        text, stops = self.machine.wide(text), self.machine.wide(stops)
+        return next((place for place, char in enumerate(text) if char in stops), len(text))
 
     def wsprintfW(self, buffer, form):
         places = itertools.count(2)
@@ -184,10 +177,16 @@ class Runtime:
     def SetLastError(self, error):
         self.error = error
 
-    def InterlockedExchangeAdd(self, place, change):
-        before, = self.machine.words(place, 1)
-        self.machine.put_words(place, before + change)
-        return before
+    def add(self, place, change):
+        value, = self.machine.words(place, 1)
+        self.machine.put_words(place, value + change)
+        return value + change
+
+    def InterlockedIncrement(self, place):
+        return self.add(place, 1)
+
+    def InterlockedDecrement(self, place):
+        return self.add(place, -1)
 
     # files
 

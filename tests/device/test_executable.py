@@ -10,9 +10,19 @@ import unittest
 
 import pefile
 
+import templates
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MOST = 200 * 1024  # bytes that the device's user is to find room for
-PAGE = 0x1000
+
+# The screen in pixels. At its bottom stands the bar with the input panel's button, above it the panel while it is
+# open.
+WIDTH, HEIGHT, BAR, PANEL = 240, 320, 26, 80
+# Of a window: its frame and title, and two rows of tabs with their frame in a sheet.
+FRAME, TITLE, TABS = 6, 24, 46
+FONT_WIDTH, FONT_HEIGHT = 6, 13  # what 4 dialog units across and 8 down become
+NOT_SHOWN = (117, 144)  # pages that the sheet leaves out
+EDITABLE_LIST = 2  # of a combo box's kinds
 
 # All that an ARMv4 has and the compiler uses, without the condition and the letter s. Later machines' instructions
 # (bx, blx, clz, ldrd, ...) are missing from it. udf is where the program gives up.
@@ -48,6 +58,13 @@ def resources(executable):
     }
 
 
+def foreign_imports(imports):
+    """The names of those that the device is not known to export."""
+    lists = (ROOT / "platform/device/api").glob("*.txt")
+    exports = {f"{path.stem}.dll": set(path.read_text().split()) for path in lists}
+    return [name for library, name in imports if name not in exports[library]]
+
+
 class Executable(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -56,8 +73,8 @@ class Executable(unittest.TestCase):
         cls.exe = pefile.PE(str(cls.file))
 
     def imports(self):
-        """(library, name, address of the slot) of each import."""
-        return [(library.dll.decode(), entry.name.decode(), entry.address)
+        """The library and name of each."""
+        return [(library.dll.decode(), entry.name.decode())
                 for library in self.exe.DIRECTORY_ENTRY_IMPORT for entry in library.imports]
 
     def test_headers(self):
@@ -76,40 +93,22 @@ class Executable(unittest.TestCase):
             self.assertEqual(expected, found, sentence)
         self.assertLessEqual(self.file.stat().st_size, MOST)
 
-    def test_sections_stand_in_order_inside_the_file(self):
-        optional = self.exe.OPTIONAL_HEADER
-        self.assertEqual([".text", ".rdata", ".data", ".idata", ".rsrc"],
-                         [section.Name.rstrip(b"\0").decode() for section in self.exe.sections])
-        address, offset = PAGE, optional.SizeOfHeaders
-        for section in self.exe.sections:
-            self.assertEqual((address, offset), (section.VirtualAddress, section.PointerToRawData), section.Name)
-            self.assertLess(0, section.SizeOfRawData)
-            address += -(-section.Misc_VirtualSize // PAGE) * PAGE
-            offset += section.SizeOfRawData
-        self.assertEqual((address, offset), (optional.SizeOfImage, self.file.stat().st_size))
-        code = self.exe.sections[0]
-        self.assertTrue(code.contains_rva(optional.AddressOfEntryPoint), "the entry is code")
-        data = self.exe.sections[2]
-        self.assertGreater(data.Misc_VirtualSize, data.SizeOfRawData, "variables that start as 0 have their room")
-
     def test_every_import_is_exported_by_its_library(self):
-        exports = {f"{path.stem}.dll": set(path.read_text().split())
-                   for path in (ROOT / "platform/device/api").glob("*.txt")}
         self.assertEqual({"coredll.dll", "commctrl.dll", "aygshell.dll", "winsock.dll"},
-                         {library for library, _, _ in self.imports()})
-        for library, name, _ in self.imports():
-            self.assertIn(name, exports[library])
+                         {library for library, _ in self.imports()})
+        self.assertEqual([], foreign_imports(self.imports()))
 
-    def test_every_call_goes_through_its_own_slot(self):
-        symbols = {}
-        for line in tool("nm", self.program).splitlines():
-            address, _, name = line.split()[-3:]
-            symbols[name] = int(address, 16)
-        data = self.exe.sections[2]
-        for _, name, slot in self.imports():
-            stub = self.exe.get_data(symbols[name] - self.exe.OPTIONAL_HEADER.ImageBase, 12)
-            self.assertEqual(bytes.fromhex("00c09fe5 00f09ce5") + slot.to_bytes(4, "little"), stub, name)
-            self.assertTrue(data.contains_rva(slot - self.exe.OPTIONAL_HEADER.ImageBase), "a slot is written to")
+    def test_a_later_systems_call_is_refused(self):
+        source = build / "later_call.s"
+        for name, refused in ("InterlockedIncrement", False), ("InterlockedExchangeAdd", True):
+            self.assertEqual([name] if refused else [], foreign_imports([("coredll.dll", name)]))
+            source.write_text(f".text\n.global DeviceEntry\nDeviceEntry: bl {name}\n.section .rodata\n.word 1\n")
+            link = subprocess.run(
+                ["arm-none-eabi-gcc", "-march=armv4", "-nostdlib", "-T", str(ROOT / "platform/device/layout.ld"),
+                 "-Wl,--gc-sections", str(source), str(build / "platform/device/stubs.s"), "-o",
+                 str(build / "later_call")], capture_output=True, text=True)
+            self.assertEqual(refused, f"undefined reference to `{name}'" in link.stderr, link.stderr)
+            self.assertEqual(refused, link.returncode != 0, link.stderr)
 
     def test_the_code_is_the_machines(self):
         self.assertEqual([], foreign_instructions(self.program))
@@ -130,6 +129,29 @@ class Executable(unittest.TestCase):
         self.assertEqual(there.keys(), here.keys())
         for key, contents in there.items():
             self.assertEqual(contents, here[key], key)
+
+    def dialogs(self):
+        """(number, dialog, height of what stands above its contents, height of the whole) of each."""
+        for number in templates.places(self.exe, templates.RT_DIALOG):
+            dialog = templates.dialog(self.exe, number)
+            above = TITLE + (TABS if dialog.style & templates.CHILD else 0)
+            yield number, dialog, above, above + dialog.height * FONT_HEIGHT / 8 + FRAME
+
+    def test_every_dialog_fits_the_screen(self):
+        high = [number for number, _, _, height in self.dialogs() if height > HEIGHT - 2 * BAR]
+        wide = [number for number, dialog, _, _ in self.dialogs() if dialog.width * FONT_WIDTH / 4 + 2 * FRAME > WIDTH]
+        self.assertEqual(([], []), (high, wide))
+
+    def test_what_is_typed_into_stands_above_the_input_panel(self):
+        """Dialogs stand in the middle of the screen."""
+        lowest = {}
+        for number, dialog, above, height in self.dialogs():
+            edits = [item.y + (12 if item.kind == "ComboBox" else item.height) for item in dialog.items
+                     if item.kind == "Edit" or (item.kind == "ComboBox" and item.style & 3 == EDITABLE_LIST)]
+            if edits and number not in NOT_SHOWN:
+                lowest[number] = (HEIGHT - height) / 2 + above + max(edits) * FONT_HEIGHT / 8
+        self.assertEqual({102, 124, 125, 130, 133}, set(lowest))
+        self.assertEqual({}, {number: place for number, place in lowest.items() if place > HEIGHT - BAR - PANEL})
 
 
 if __name__ == "__main__":

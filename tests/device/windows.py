@@ -1,31 +1,28 @@
-"""What the device's shell does for the program: windows, messages, resources and the registry. Nothing is drawn."""
+"""What the device's shell does for the program: windows, messages, lists, texts and the registry. Nothing is drawn."""
 import collections
 import struct
 
 import machine
 import runtime
+import templates
 
 WM_CREATE, WM_DESTROY, WM_PAINT, WM_CLOSE, WM_QUIT = 1, 2, 0xF, 0x10, 0x12
 WM_NOTIFY, WM_KEYDOWN, WM_COMMAND = 0x4E, 0x100, 0x111
-GET_SUBMENU = 0x591  # asks a menu bar for a drop-down's menu
-RT_RCDATA, RT_STRING = 10, 6
+FIRST_OF_LISTS, GET_SUBMENU = 0x1000, 0x591  # what asks a menu bar for a drop-down's menu
+USER_DATA, STYLE = -21, -16  # words that every window has
+YES_OR_NO, YES, OK = 4, 6, 1
 SCREEN = (0, 0, 240, 294)
 BAR_HEIGHT = 26
 
 # Nothing depends on what these do, only on their success.
 DONE = dict.fromkeys(
     "InitCommonControls WSACleanup ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect "
-    "ScrollWindowEx SetScrollPos SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject "
-    "DeleteDC ReleaseDC GetTextColor SetTextColor SetBkColor SetBkMode FillRect Rectangle PatBlt BitBlt EndPaint "
-    "ImageList_Destroy EnableWindow IsWindowEnabled SetFocus".split(), 1)
+    "ScrollWindowEx SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject DeleteDC ReleaseDC GetTextColor SetTextColor "
+    "SetBkColor SetBkMode FillRect Rectangle PatBlt BitBlt EndPaint ImageList_Destroy".split(), 1)
 DONE.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey".split(), 0))
 # These only give a new handle.
 MADE = ("GetDC CreateCompatibleDC CreateCompatibleBitmap CreateFontIndirectW GetStockObject LoadCursorW LoadBitmapW "
         "LoadImageW LoadAcceleratorsW ImageList_LoadImage").split()
-
-
-class Waiting(Exception):
-    """The program asks for a message and there is none."""
 
 
 class Ended(Exception):
@@ -33,31 +30,30 @@ class Ended(Exception):
 
 
 class Window:
-    def __init__(self, kind, parent, number):
+    """With what its kind has: a control's text and state, the rows of a list or combo box, the columns of a list."""
+
+    def __init__(self, kind, parent, number, style=0):
         self.kind, self.parent, self.number = kind, parent, number
         self.words = bytearray(kind.extra)
-        self.user_data = 0
+        self.common = {USER_DATA: 0, STYLE: style}
+        self.text, self.enabled, self.checked, self.place, self.track = "", 1, 0, 0, 0
+        self.rows, self.columns, self.selected = [], [], -1
 
 
 # What a window class is made of; the system's own have no procedure.
 Kind = collections.namedtuple("Kind", "name procedure extra", defaults=(0, 0))
 
 
-class ListView:
-    """The rows of a list, as far as the program asks for them again."""
-
-    def __init__(self):
-        self.rows, self.columns, self.selected = [], [], -1
-
-
 class Windows(runtime.Runtime):
     def __init__(self):
         super().__init__()
         self.kinds = {name: Kind(name) for name in ("SysListView32", "SysTreeView32", "SysHeader32", "SCROLLBAR")}
-        self.lists = {}
         self.drawn = []  # texts
         self.registry = {}  # {path: {name: bytes}}
-        self.messages = collections.deque()  # functions that give window, message, wParam, lParam; None ends
+        self.focus = 0
+        self.posted = collections.deque()  # window, message, wParam, lParam; None ends the program's loop
+        self.messages = collections.deque()  # what comes from outside: functions that give one of these
+        self.boxes = []  # caption and text of each message box
 
     def __getattr__(self, name):
         if name in DONE:
@@ -75,15 +71,6 @@ class Windows(runtime.Runtime):
                    if isinstance(thing, Window) and thing.kind.name == class_name)
         return handle
 
-    def resource(self, kind, name):
-        """A resource's bytes; None when the executable has none."""
-        for entry in self.machine.exe.DIRECTORY_ENTRY_RESOURCE.entries:
-            for item in entry.directory.entries if entry.id == kind else ():
-                if item.id == name:
-                    data = item.directory.entries[0].data.struct
-                    return self.machine.exe.get_data(data.OffsetToData, data.Size)
-        return None
-
     # windows
 
     def RegisterClassW(self, record):
@@ -94,10 +81,7 @@ class Windows(runtime.Runtime):
 
     def CreateWindowExW(self, _more, kind, name, style, x, y, width, height, parent, menu, instance, parameter):
         kind = self.kinds[self.machine.wide(kind)]
-        window = Window(kind, parent, menu)
-        handle = self.handle(window)
-        if kind.name == "SysListView32":
-            self.lists[handle] = ListView()
+        handle = self.handle(Window(kind, parent, menu, style))
         if kind.procedure:
             record = self.malloc(48)
             self.machine.put_words(record, parameter, instance, menu, parent, height, width, y, x, style, name, 0, 0)
@@ -134,11 +118,39 @@ class Windows(runtime.Runtime):
         return words
 
     def SetWindowLongW(self, handle, offset, value):
-        struct.pack_into("<I", self.words_of(handle, offset), offset, value)
+        offset, window = runtime.signed(offset), self.handles[handle]
+        if offset in window.common:
+            window.common[offset] = value
+        else:
+            struct.pack_into("<I", self.words_of(handle, offset), offset, value)
         return 1
 
     def GetWindowLongW(self, handle, offset):
+        offset, window = runtime.signed(offset), self.handles[handle]
+        if offset in window.common:
+            return window.common[offset]
         return struct.unpack_from("<I", self.words_of(handle, offset), offset)[0]
+
+    def EnableWindow(self, handle, enabled):
+        self.handles[handle].enabled = enabled
+        return 1
+
+    def IsWindowEnabled(self, handle):
+        return self.handles[handle].enabled
+
+    def SetFocus(self, handle):
+        self.focus = handle
+        return handle
+
+    def GetFocus(self):
+        return self.focus
+
+    def SetScrollPos(self, handle, _bar, place, _shows):
+        self.handles[handle].place = place
+
+    def GetScrollInfo(self, handle, _bar, record):
+        self.machine.put_words(record + 20, self.handles[handle].place, self.handles[handle].track)
+        return 1
 
     def GetClientRect(self, _handle, record):
         self.machine.put_words(record, *SCREEN)
@@ -149,27 +161,30 @@ class Windows(runtime.Runtime):
         self.machine.put_words(record, 0, SCREEN[3], SCREEN[2], SCREEN[3] + BAR_HEIGHT)
         return 1
 
-    def EqualRect(self, left, right):
-        return self.machine.words(left, 4) == self.machine.words(right, 4)
-
     def SHCreateMenuBar(self, record):
         size, parent, _, menu, *_ = self.machine.words(record, 8)
-        if size != 32 or not self.resource(RT_RCDATA, menu):
+        if size != 32 or not templates.resource(self.machine.exe, templates.RT_RCDATA, menu):
             return self.fail(runtime.MISSING)
         self.machine.put_words(record + 28, self.handle(Window(Kind("menu_worker"), parent, menu)))
         return 1
 
-    def MessageBoxW(self, _owner, text, caption, _kind):
-        raise machine.Fault(f"{self.machine.wide(caption)}: {self.machine.wide(text)}")
+    def MessageBoxW(self, _owner, text, caption, kind):
+        """The user always agrees."""
+        self.boxes.append((self.machine.wide(caption), self.machine.wide(text)))
+        return YES if kind & 0xF == YES_OR_NO else OK
 
     # messages
 
     def SendMessageW(self, handle, message, word, long):
-        window = self.handles[handle]
+        window = self.handles.get(handle)
+        if not window:
+            return 0
         if window.kind.procedure:
             return (yield window.kind.procedure, handle, message, word, long)
-        if window.kind.name == "SysListView32":
-            return self.list_message(self.lists[handle], message, word, long)
+        if window.kind.name == "SysListView32" and message >= FIRST_OF_LISTS:
+            return self.list_message(window, message, word, long)
+        if window.kind.name in templates.NUMBERED:
+            return self.control_message(window, message, word, long)
         return self.handle("menu") if message == GET_SUBMENU else 1
 
     def DispatchMessageW(self, record):
@@ -180,52 +195,76 @@ class Windows(runtime.Runtime):
             yield from self.DestroyWindow(handle)
         return 0
 
-    def GetMessageW(self, record, *_):
-        if not self.messages:
-            raise Waiting
-        give = self.messages.popleft()
-        self.machine.put_words(record, *(give() if give else (0, WM_QUIT, 0, 0)), 0, 0, 0)
-        return give is not None
+    def next_message(self):
+        return self.posted.popleft() if self.posted else self.messages.popleft()()
+
+    def GetMessageW(self, record):
+        message = self.next_message()
+        self.machine.put_words(record, *(message or (0, WM_QUIT, 0, 0)), 0, 0, 0)
+        return message is not None
+
+    def PostMessageW(self, handle, message, word, long):
+        self.posted.append((handle, message, word, long))
+        return 1
 
     def PostQuitMessage(self, _result):
-        self.messages.append(None)
+        self.posted.append(None)
 
     def ExitThread(self, result):
         raise Ended(result)
 
-    def list_message(self, rows, message, row, record):
-        if message == 0x1061:  # LVM_INSERTCOLUMNW
-            rows.columns.insert(row, self.machine.words(record, 3)[2])
-        elif message == 0x101D:  # LVM_GETCOLUMNWIDTH
-            return rows.columns[row]
-        elif message == 0x1009:  # LVM_DELETEALLITEMS
-            rows.rows.clear()
-        elif message == 0x1004:  # LVM_GETITEMCOUNT
-            return len(rows.rows)
-        elif message == 0x100C:  # LVM_GETNEXTITEM
-            return rows.selected
-        elif message == 0x102B:  # LVM_SETITEMSTATE
-            rows.selected = row
-        else:
-            return self.list_text(rows, message, row, *self.machine.words(record, 7))
+    def list_message(self, window, message, word, record):
+        """A row holds the texts of its columns by their number, and its image."""
+        rows = window.rows
+        match message:
+            case 0x1003 | 0x102F:  # LVM_SETIMAGELIST, LVM_SETITEMCOUNT
+                pass
+            case 0x1061:  # LVM_INSERTCOLUMNW
+                window.columns.insert(word, self.machine.words(record, 3)[2])
+            case 0x101D:  # LVM_GETCOLUMNWIDTH
+                return window.columns[word]
+            case 0x1009:  # LVM_DELETEALLITEMS
+                rows.clear()
+            case 0x1004:  # LVM_GETITEMCOUNT
+                return len(rows)
+            case 0x100C:  # LVM_GETNEXTITEM
+                return window.selected
+            case 0x102B:  # LVM_SETITEMSTATE
+                window.selected = word
+            case 0x104D:  # LVM_INSERTITEMW
+                rows.insert(self.machine.words(record, 2)[1], {})
+                self.put_item(rows[self.machine.words(record, 2)[1]], record)
+                return self.machine.words(record, 2)[1]
+            case 0x1074:  # LVM_SETITEMTEXTW
+                rows[word][self.machine.words(record, 3)[2]] = self.machine.wide(self.machine.words(record, 6)[5])
+            case 0x104C:  # LVM_SETITEMW
+                self.put_item(rows[self.machine.words(record, 2)[1]], record)
+            case 0x104B:  # LVM_GETITEMW
+                return self.get_item(rows[self.machine.words(record, 2)[1]], record)
+            case 0x1073:  # LVM_GETITEMTEXTW
+                return self.get_item(rows[word], record)
+            case _:
+                raise machine.Fault(f"the list gets message {message:#x}")
         return 1
 
-    def list_text(self, rows, message, row, _mask, item, column, _state, _states, text, _room):
-        if message == 0x104D:  # LVM_INSERTITEMW
-            rows.rows.insert(item, {0: self.machine.wide(text)})
-            return item
-        if message == 0x1074:  # LVM_SETITEMTEXTW
-            rows.rows[row][column] = self.machine.wide(text)
-        elif message == 0x1073:  # LVM_GETITEMTEXTW
-            self.machine.put_wide(text, rows.rows[row].get(column, ""))
-        else:
-            raise machine.Fault(f"the list gets message {message:#x}")
-        return 1
+    def put_item(self, row, record):
+        mask, _item, column, _state, _states, text, _room, image = self.machine.words(record, 8)
+        if mask & 1:
+            row[column] = self.machine.wide(text)
+        if mask & 2:
+            row["image"] = image
+
+    def get_item(self, row, record):
+        _mask, _item, column, _state, _states, text, room = self.machine.words(record, 7)
+        self.machine.put_wide(text, row.get(column, "")[:room - 1])
+        if "image" in row:
+            self.machine.put_words(record + 28, row["image"])
+        return len(row.get(column, "")[:room - 1])
 
     # texts and their measures
 
     def LoadStringW(self, _instance, number, buffer, room):
-        block = self.resource(RT_STRING, number // 16 + 1) or b""
+        block = templates.resource(self.machine.exe, templates.RT_STRING, number // 16 + 1) or b""
         for _ in range(number % 16 if block else 0):
             block = block[2 + 2 * int.from_bytes(block[:2], "little"):]
         text = block[2:2 + 2 * int.from_bytes(block[:2], "little")].decode("utf-16-le")[:room - 1]
@@ -271,6 +310,9 @@ class Windows(runtime.Runtime):
             self.machine.write(data, value)
         self.machine.put_words(size, len(value))
         return 0
+
+    def RegDeleteValueW(self, key, name):
+        return 0 if self.registry[self.handles[key]].pop(self.machine.wide(name), None) else runtime.MISSING
 
     def RegSetValueExW(self, key, name, _reserved, _kind, data, size):
         self.registry[self.handles[key]][self.machine.wide(name)] = self.machine.read(data, size)

@@ -114,6 +114,8 @@ TEST_F(DialUpTest, DialsRunsWaitsAndHangsUp) {
     EXPECT_EQ(ras->hangUps, 1) << "though the wait's timer runs on";
     EXPECT_NE(ras->hungUp, nullptr);
     ExpectIdle(run, closing);
+    SendMessageW(run.frame.mainWindow, kHangUpMessage, 0, 0);
+    EXPECT_EQ(ras->hangUps, 1) << "a call that is over";
     EXPECT_THAT(server.Finish(), testing::IsEmpty());
 }
 

@@ -13,10 +13,11 @@ import time
 from inn import end_with_parent, wait_until
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-WM_NULL, WM_CLOSE, WM_KEYDOWN, WM_COMMAND = 0x00, 0x10, 0x100, 0x111
+WM_CLOSE, WM_KEYDOWN, WM_COMMAND = 0x10, 0x100, 0x111
 BM_SETCHECK, PBM_GETRANGE, PBM_GETPOS = 0xF1, 0x407, 0x408
 VK_ESCAPE = 0x1B
-EXIT, GET_ARTICLES, ABOUT, CATCH_UP = 40001, 40003, 40005, 40011
+EXIT, PROPERTIES, GET_ARTICLES, DELETE_READ = 40001, 40002, 40003, 40004
+ABOUT, SUBSCRIBE, CATCH_UP = 40005, 40007, 40011
 
 Dialog = collections.namedtuple("Dialog", "handle caption text")
 Item = collections.namedtuple("Item", "handle id kind enabled visible text")
@@ -267,6 +268,9 @@ class Program:
     def check(self, dialog, number):
         self.bench.order("send", self.item(dialog.handle, number).handle, BM_SETCHECK, 1, 0)
 
+    def is_enabled(self, window):
+        return next(line[2] for line in self.bench.order("windows") if line[0] == window) == "1"
+
     def key(self, window, code):
         self.bench.order("post", window, WM_KEYDOWN, code, 0)
 
@@ -298,9 +302,6 @@ class Program:
     def finish_run(self):
         box = self.wait_box()
         self.press(box, "OK")
-        # The worker's message has ended the progress dialog, whose loop may have lain below the box: of the messages
-        # that are posted now Wine drops the first there. It must not be a command.
-        self.bench.order("post", self.frame, WM_NULL, 0, 0)
         return box.caption, box.text
 
     def close(self):

@@ -50,6 +50,10 @@ class Relay:
     def release(self):
         self._release.set()
 
+    def drip(self, data):
+        """Sends it to the program, as if it came from the server."""
+        self._sockets[-2].sendall(data)
+
     def ring_after(self, count):
         """`rung` is set once `count` more bytes of replies have gone to the program. Until then they go in small
         pieces, so that the program is at work on one of the last when it rings."""

@@ -8,9 +8,9 @@ import program
 import relay
 import scenario
 from oracle import Group
-from program import GET_ARTICLES
+from program import DELETE_READ, GET_ARTICLES
 
-GROUP, DELETE_READ = "fj.twice", 40004
+GROUP = "fj.twice"
 
 
 class OtherDesktop(program.Bench):

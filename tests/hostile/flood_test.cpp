@@ -173,13 +173,16 @@ class WindowedRun {
         settings.Port = port_;
         settings.Limit = 0xFFFFFFFF;
         std::unique_ptr<DownloadJob> job = MakeDownloadJob(settings, list.Window(), window, nullptr);
-        if (!job || !StartDownloadWorker(*job)) return 0;
-        RunProgressDialog(job->progress, GetModuleHandleW(nullptr), window);
+        if (!job) return 0;
+        MakeProgressDialog(job->progress, GetModuleHandleW(nullptr), window);
+        if (!StartDownloadWorker(*job)) return 0;
+        ShowProgress(job->progress);
         MSG message;
         while (!finished) {
             MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-                DispatchMessageW(&message);
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                if (!TakeProgressKey(job->progress, message)) DispatchMessageW(&message);
+            }
         }
         text_ = job->result->text;
         DestroyWindow(window);
@@ -251,7 +254,7 @@ TEST_F(Flood, TheWindowAnswersAndCanBeClosed) {
         EXPECT_LT(SlowestAnswer(dialog), 500u);
         const DWORD start = GetTickCount();
         PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
-        EXPECT_TRUE(Await([=] { return !IsWindow(dialog); }));
+        EXPECT_TRUE(Await([=] { return !IsWindowVisible(dialog); }));
         EXPECT_LT(GetTickCount() - start, 1000u);
         EXPECT_TRUE(progressed(kHeads));
         EXPECT_FALSE(run.Ended());

@@ -90,6 +90,8 @@ LRESULT CALLBACK WatchProgress(int code, WPARAM wParam, LPARAM lParam) {
     if (escapeAtStart && sent.message == PBM_SETRANGE) {
         escapeAtStart = false;
         SendMessageW(progressDialog, WM_COMMAND, IDCANCEL, 0);
+        EXPECT_FALSE(IsWindowVisible(progressDialog));
+        EXPECT_TRUE(IsWindowEnabled(GetWindow(progressDialog, GW_OWNER)));
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
@@ -144,9 +146,28 @@ const JobCase kJobs[] = {
     {"the bar ends at the limit, and a stored password goes before a typed one", kMany, kLimited, 0,
      "group fj.test\nrange 0..3\nposition 0\nstep 1\nstep 1\nstep 1\n", false, false, true},
     {"an error ends the dialog too", "! hang up\n", L"受信に失敗しました(38).", 2, ""},
-    {"the run outlives a dialog that Esc closes", kTwo, kFetched, 0, "group fj.test\nrange 0..1\n", true},
+    {"the run and what shows it go on behind Esc", kTwo, kFetched, 0,
+     "group fj.test\nrange 0..1\nposition 0\nstep 1\nstep 1\n", true},
     {"the run does without a dialog that cannot be made", kTwo, kFetched, 0, "", false, true},
 };
+
+// Put away, the dialog comes back as the run left it.
+void ExpectSeenAgain(DownloadJob& job, bool begun) {
+    const HWND owner = job.mainWindow, dialog = job.progress.dialog.Get();
+    EXPECT_TRUE(IsWindowEnabled(owner));
+    EXPECT_FALSE(IsWindowVisible(dialog));
+    ShowProgress(job.progress);
+    EXPECT_EQ(IsWindowVisible(dialog), dialog != nullptr);
+    if (dialog && begun) {
+        EXPECT_EQ(TextOf(GetDlgItem(dialog, IDC_PROGRESS_GROUP)), L"fj.test");
+        const LRESULT end = Ask(dialog, IDC_PROGRESS_BAR, PBM_GETRANGE, FALSE);
+        EXPECT_EQ(Ask(dialog, IDC_PROGRESS_BAR, PBM_GETPOS), end);
+        EXPECT_GT(end, 0);
+    }
+    EndProgress(job.progress);
+    EXPECT_FALSE(IsWindow(dialog));
+    EXPECT_TRUE(IsWindowEnabled(owner));
+}
 
 TEST(DownloadJob, RunsOnItsThreadWhileTheDialogStands) {
     const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, WatchProgress, nullptr, GetCurrentThreadId());
@@ -164,14 +185,14 @@ TEST(DownloadJob, RunsOnItsThreadWhileTheDialogStands) {
             files.settings, files.list.Window(), frame.Window(), CopyText(row.stored ? "typed" : "secret"));
         ASSERT_TRUE(job);
         files.settings = Settings();  // what the user changes now is not this run's
-        ASSERT_TRUE(StartDownloadWorker(*job));
         const wchar_t* module = row.noDialog ? L"ws2_32.dll" : nullptr;
-        RunProgressDialog(job->progress, GetModuleHandleW(module), frame.Window());
-        EXPECT_TRUE(IsWindowEnabled(frame.Window())) << "the dialog is gone";
-        EXPECT_FALSE(IsWindow(progressDialog));
+        MakeProgressDialog(job->progress, GetModuleHandleW(module), frame.Window());
+        ASSERT_TRUE(StartDownloadWorker(*job));
+        ShowProgress(job->progress);
+        EXPECT_EQ(IsWindowEnabled(frame.Window()), row.noDialog);
         frame.AwaitFinish();
         EXPECT_EQ(frame.finished, job.get());
-        EXPECT_EQ(job->progress.dialog, nullptr);
+        ExpectSeenAgain(*job, *row.shown != '\0');
         EXPECT_EQ(job->result->text, std::wstring(row.text));
         EXPECT_EQ(job->result->severity, row.severity);
         EXPECT_EQ(shown, row.shown);

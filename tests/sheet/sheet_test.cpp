@@ -1,7 +1,11 @@
 // The sheet through its own controls: what each page shows, refuses and stores.
 #include "tests/sheet/sheet_run.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
 #include <map>
+#include <vector>
 
 namespace {
 
@@ -180,6 +184,32 @@ TEST_F(SheetTest, AnAccountNeedsAnIdAndTheSamePasswordTwice) {
     EXPECT_EQ(OrNone(Stored().UserID), "(none)");
 }
 
+// Each once, in the system's order.
+std::vector<std::wstring> ReportedFaces() {
+    std::vector<std::wstring> faces;
+    const auto add = [](const LOGFONTW* font, const TEXTMETRICW*, DWORD, LPARAM parameter) CALLBACK {
+        auto& found = *reinterpret_cast<std::vector<std::wstring>*>(parameter);
+        const bool known = std::find(found.begin(), found.end(), font->lfFaceName) != found.end();
+        if (!known && font->lfFaceName[0] != L'@') found.emplace_back(font->lfFaceName);
+        return 1;
+    };
+    const HDC dc = GetDC(nullptr);
+    EnumFontFamiliesW(dc, nullptr, add, reinterpret_cast<LPARAM>(&faces));
+    ReleaseDC(nullptr, dc);
+    return faces;
+}
+
+std::vector<std::wstring> ListedFaces(HWND page) {
+    std::vector<std::wstring> faces;
+    const LRESULT count = Ask(page, IDC_FONT_NAME, CB_GETCOUNT);
+    for (LRESULT i = 0; i < count; ++i) {
+        wchar_t name[LF_FACESIZE] = {};
+        Ask(page, IDC_FONT_NAME, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(name));
+        faces.emplace_back(name);
+    }
+    return faces;
+}
+
 TEST_F(SheetTest, TheFontPage) {
     const auto face = [](HWND page) { return TextOf(GetDlgItem(page, IDC_FONT_NAME)); };
     const auto choicesAreOn = [](HWND page) {
@@ -203,6 +233,7 @@ TEST_F(SheetTest, TheFontPage) {
             Ask(page, IDC_FONT_NAME, CB_FINDSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(L"@")),
             CB_ERR)
             << "faces for vertical writing";
+        EXPECT_THAT(ListedFaces(page), testing::ElementsAreArray(ReportedFaces()));
         EXPECT_FALSE(IsOn(page, IDC_SYSTEM_FONT));
         EXPECT_EQ(choicesAreOn(page), 3);
         EXPECT_EQ(run.Close(PSBTN_OK), 1);

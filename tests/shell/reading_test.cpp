@@ -2,6 +2,7 @@
 // are not what they were.
 #include <gmock/gmock.h>
 
+#include "dialup/dialup.h"
 #include "resources/resource.h"
 #include "settings/view_options.h"
 #include "tests/shell/walk.h"
@@ -82,6 +83,17 @@ class ReadingTest : public WalkTest {
         EXPECT_EQ(FlagsOf(kGroup).at(rows[row]) & 1, 1u);
         EXPECT_EQ(Row(), row);
         ExpectConsistent();
+    }
+
+    // In a frame that another program has enabled.
+    void EnterFirstGroup() const {
+        const HWND list = frame->groupView->list;
+        LVITEMW item = {};
+        item.stateMask = item.state = LVIS_SELECTED;
+        NMHDR enter = {list, IDW_GROUP_VIEW, static_cast<UINT>(NM_RETURN)};
+        SendMessageW(frame->mainWindow, kHangUpMessage, 0, 0);
+        SendMessageW(list, LVM_SETITEMSTATE, 0, reinterpret_cast<LPARAM>(&item));
+        SendMessageW(frame->mainWindow, WM_NOTIFY, IDW_GROUP_VIEW, reinterpret_cast<LPARAM>(&enter));
     }
 
     bool IsChecked(HMENU menu, UINT id) const { return GetMenuState(menu, id, MF_BYCOMMAND) & MF_CHECKED; }
@@ -275,6 +287,7 @@ TEST_F(ReadingTest, FilesThatVanishAreToldAndNotMadeAnew) {
         {"go on to the next page", [this] { Key(VK_NEXT); }, {}},
         {"show the read ones too", [this] { Command(IDC_VIEW_READ); }, {switchFailed}},
         {"show other priorities", [this] { Command(IDC_LEVEL_HIGH); }, {}},
+        {"change the keywords", [this] { Command(IDC_KEYWORDS); }, {{L"ｷｰﾜｰﾄﾞ設定", L""}, initFailed}},
         {"leave", [] {}, {}},
     };
     for (const Row& row : table) {
@@ -338,18 +351,40 @@ TEST_F(ReadingTest, OddArticlesOpen) {
     EXPECT_THAT(boxes, IsEmpty());
 }
 
-// The box of a question goes with its window, which is no answer.
-TEST_F(ReadingTest, ClosingTheProgramAtTheQuestionDeletesNothing) {
-    MakeGroups();
-    Open();
-    const size_t articles = FlagsOf(kGroup).size();
-    onBox = [&] {
-        EXPECT_FALSE(IsWindowEnabled(frame->mainWindow)) << "a group could be opened under the deletion";
-        SendMessageW(frame->mainWindow, WM_CLOSE, 0, 0);
+TEST_F(ReadingTest, WhateverIsNotYesDeletesNothing) {
+    const struct {
+        const char* sentence;
+        void (*act)(HWND frame, HWND box);
+    } ways[] = {
+        {"Esc", [](HWND, HWND box) { SendMessageW(box, WM_COMMAND, IDCANCEL, 0); }},
+        {"the close button", [](HWND, HWND box) { SendMessageW(box, WM_SYSCOMMAND, SC_CLOSE, 0); }},
+        {"a box that cannot stay", [](HWND, HWND box) { DestroyWindow(box); }},
+        {"the program is closed", [](HWND window, HWND) { SendMessageW(window, WM_CLOSE, 0, 0); }},
     };
-    Command(IDC_DELETE_READ);
-    EXPECT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(FlagsOf(kGroup).size(), articles);
+    MakeGroups();
+    const size_t articles = FlagsOf(kGroup).size();
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.sentence);
+        Open();
+        boxes.clear();
+        onBox = [&](HWND box) {
+            EXPECT_FALSE(GetWindow(box, GW_OWNER));
+            EXPECT_FALSE(IsWindowEnabled(frame->mainWindow)) << "a group could be opened under the deletion";
+            SetForegroundWindow(frame->mainWindow);
+            SendMessageW(frame->mainWindow, kWakeMessage, 0, 0);
+            EXPECT_EQ(GetForegroundWindow(), box) << "lost behind a frame that answers nothing";
+            way.act(frame->mainWindow, box);
+            if (frame->ended) answer = IDYES;
+        };
+        Command(IDC_DELETE_READ);
+        EXPECT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(FlagsOf(kGroup).size(), articles);
+        if (frame->ended) continue;
+        EXPECT_TRUE(IsWindowEnabled(frame->mainWindow));
+        EXPECT_EQ(GetForegroundWindow(), frame->mainWindow);
+        EXPECT_EQ(GetFocus(), frame->groupView->list);
+        Close();
+    }
 }
 
 // Keys come before the paint that lays the article out.
@@ -413,7 +448,10 @@ TEST_F(ReadingTest, DeletionGoesOnPastAGroupThatFails) {
     EXPECT_EQ(FlagsOf(kGroup).size(), 45u);
     boxes.clear();
     answer = IDYES;
+    onBox = [&](HWND) { EnterFirstGroup(); };
     Command(IDC_DELETE_READ);
+    EXPECT_EQ(frame->currentView, ViewKind::kGroup) << "opened under the deletion";
+    onBox = nullptr;
     EXPECT_THAT(boxes, ElementsAre(question, Box{L"fj.small", L"既読記事の削除に失敗しました(2)"}));
     EXPECT_EQ(FlagsOf(kGroup).size(), unread);
     EXPECT_EQ(WordAt(kGroup, 88), unread);

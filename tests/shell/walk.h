@@ -101,9 +101,12 @@ class WalkTest : public testing::Test {
         folder.Write(L"group.dat", groupList_);
     }
 
-    void Open() {
+    static void UnregisterClasses() {
         for (const wchar_t* name : {L"PelnorMainFrmWnd", L"PELNORSubjectViewWnd", L"PELNORArticleViewWnd"})
             UnregisterClassW(name, GetModuleHandleW(nullptr));
+    }
+    void Open() {
+        UnregisterClasses();
         frame = std::make_unique<AppFrame>();
         ASSERT_TRUE(OpenFrame(*frame, GetModuleHandleW(nullptr), SW_SHOW)) << GetLastError();
         Pump();
@@ -190,8 +193,8 @@ class WalkTest : public testing::Test {
     std::unique_ptr<AppFrame> frame;
     static inline std::vector<Box> boxes;
     std::string groupList_;
-    static inline int answer = IDOK;            // what the boxes are answered with
-    static inline std::function<void()> onBox;  // what happens before
+    static inline int answer = IDOK;                // what the boxes are answered with
+    static inline std::function<void(HWND)> onBox;  // what happens to one before
 
   private:
     static BOOL CALLBACK AnswerDialog(HWND window, LPARAM) {
@@ -204,7 +207,7 @@ class WalkTest : public testing::Test {
         GetDlgItemTextW(window, 0xFFFF, text, 300);
         box.text = text;
         boxes.push_back(box);
-        if (onBox) onBox();
+        if (onBox) onBox(window);
         SendMessageW(window, WM_COMMAND, static_cast<WPARAM>(GetDlgItem(window, answer) ? answer : IDOK), 0);
         return FALSE;
     }

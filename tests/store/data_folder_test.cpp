@@ -26,4 +26,24 @@ TEST(DataFolderTest, StartUpMakesWhatIsMissing) {
     EXPECT_FALSE(MakeListFiles(missing.c_str()));
 }
 
+TEST(DataFolderTest, OneListingFindsCutOffDeletions) {
+    const struct {
+        const wchar_t* name;
+        bool counts;
+    } rows[] = {{L"fj.test.id~", true},
+                {L"fj.test.lo~", true},
+                {L"FJ.LO~", true},
+                {L"fj.id~.idx", false},
+                {L"d~", false}};
+    for (const auto& row : rows) {
+        TempFolder folder;
+        EXPECT_FALSE(MayHoldCutOffDeletion(folder.Path().c_str()));
+        for (const wchar_t* other : {L"a.flt~", L"z.idx~"})
+            folder.Write(other, "x");
+        folder.Write(row.name, "x");
+        EXPECT_EQ(MayHoldCutOffDeletion(folder.Path().c_str()), row.counts) << row.name;
+    }
+    EXPECT_TRUE(MayHoldCutOffDeletion(L"Q:\\missing\\")) << "what cannot be known";
+}
+
 }  // namespace

@@ -1,4 +1,8 @@
 // The log and the index that names its articles, compared byte for byte with what belongs into them.
+#include <functional>
+
+#include "store/article_list.h"
+#include "store/delete_read.h"
 #include "store/index.h"
 #include "store/log.h"
 #include "tests/store/group_files.h"
@@ -162,12 +166,36 @@ TEST_F(LogIndexTest, ArticlesAreReadWithinTheLog) {
     EXPECT_STREQ(ReadArticle(store, 5, 5).get(), L"def\r\n");
     EXPECT_EQ(ReadArticle(store, 5, 6), nullptr) << "a byte too many";
     EXPECT_EQ(GetLastError(), 13u);
-    IndexRecord record;
-    record.subjectTextOffset = 5;
-    record.subjectTextLength = 100;
-    EXPECT_STREQ(ReadSubjectText(store, record).get(), L"def\r\n") << "old offsets may reach beyond the log";
-    record.subjectTextOffset = 100;
-    EXPECT_STREQ(ReadSubjectText(store, record).get(), L"");
+}
+
+// Text from elsewhere would be proposed as a keyword, or matched for its article.
+TEST_F(LogIndexTest, ASubjectIsReadWithinItsArticle) {
+    WriteLog("abc\r\ndef\r\n");
+    const struct {
+        const char* why;
+        uint32_t length, textOffset, textLength;  // of the article at 2
+        const wchar_t* text;
+    } rows[] = {
+        {"inside", 6, 3, 2, L"\r\n"},
+        {"up to the article's end", 6, 5, 3, L"def"},
+        {"no subject", 6, 2, 0, L""},
+        {"a byte behind the end", 6, 5, 4, nullptr},
+        {"before the article", 6, 1, 3, nullptr},
+        {"behind it", 6, 9, 0, nullptr},
+        {"a length that runs over", 6, 5, 0u - 2, nullptr},
+        {"an article that is longer than its log", 20, 5, 6, nullptr},
+        {"one that runs over", 0u - 1, 1, 0, nullptr},
+    };
+    for (const auto& row : rows) {
+        IndexRecord record;
+        record.logOffset = 2;
+        record.logLength = row.length;
+        record.subjectTextOffset = row.textOffset;
+        record.subjectTextLength = row.textLength;
+        SetLastError(0);
+        EXPECT_STREQ(ReadSubjectText(store, record).get(), row.text) << row.why;
+        EXPECT_EQ(GetLastError(), row.text ? 0u : 13u) << row.why;
+    }
 }
 
 TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
@@ -200,6 +228,19 @@ TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
         EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 3, row.high, row.low}, records)) << row.why;
         EXPECT_EQ(faultPlan.writes, row.writes) << row.why;
     }
+}
+
+TEST_F(LogIndexTest, AnUnknownSubjectKeepsItsPriority) {
+    StoreSamples();
+    std::vector<RecordBytes> records = Records();
+    records[0].textOffset = records[0].length;
+    records[1].textOffset = 3;
+    records[1].textLength = 0;
+    WriteIndex(IndexBytes({5, 0, 0, 0, 3, 0, "", 3, 2, 1}, records));
+    WriteFilter("- zzz\r\n");
+    EXPECT_TRUE(Refilter(store));
+    records[2].flags = 2;  // it has none, and an empty text matches
+    EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 3, 1, 2}, records));
 }
 
 TEST_F(LogIndexTest, CatchUpMarksEveryRecord) {
@@ -242,17 +283,35 @@ TEST_F(LogIndexTest, CountsAreThoseOnDiskAfterAWriteThatFailed) {
     }
 }
 
-TEST_F(LogIndexTest, ADamagedIndexKeepsTheCountsThatWereReached) {
-    const std::vector<RecordBytes> records = {{4}, {2}, {}};
-    const std::string bytes = IndexBytes({5, 0, 0, 0, 4, 0, "", 4, 9, 9}, records);
-    WriteIndex(bytes);
+// Whoever wrote by such a count would leave a file of gigabytes, or a header that goes on counting wrongly.
+TEST_F(LogIndexTest, ACountBeyondTheFileIsWrittenByNobody) {
+    const struct {
+        const char* what;
+        std::function<bool()> operation;
+    } rows[] = {{"a run", [this] { return ReadHeader(store) && OpenIndex(store) && RefreshHeader(store); }},
+                {"catch-up of the stored articles", [this] { return MarkAllRead(store); }},
+                {"catch-up on the server", [this] { return ReadHeader(store) && WriteHeader(store); }},
+                {"new keywords", [this] { return Refilter(store); }},
+                {"deletion", [this] { return DeleteRead(store); }},
+                {"a list that closes", [this] {
+                     ArticleList list;
+                     return OpenArticleList(list, folder.Path().c_str(), L"fj.test") &&
+                            CloseArticleList(list);
+                 }}};
     WriteLog("");
-    EXPECT_FALSE(MarkAllRead(store));
-    EXPECT_EQ(GetLastError(), 13u);
-    EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 4, 0, "", 1, 9, 9}, {{5}, {3}, {1}}));
-    EXPECT_FALSE(Refilter(store));
-    EXPECT_EQ(GetLastError(), 13u);
-    EXPECT_EQ(Index().substr(92, 8), Word(1) + Word(1));
+    for (const auto& row : rows) {
+        for (const uint32_t count : {2u, 4u, 0x02000003u, 0xFFFFFFFFu}) {
+            const std::string bytes = IndexBytes({5, 0, 0, 0, count, 0, "", 4, 9, 9}, {{5}, {3}, {1}});
+            WriteIndex(bytes);
+            const bool done = row.operation();
+            const DWORD error = GetLastError();
+            CloseBoth();
+            EXPECT_EQ(done, count == 2) << row.what << " " << count;
+            if (count == 2) continue;
+            EXPECT_EQ(error, 13u) << row.what << " " << count;
+            EXPECT_EQ(Index(), bytes) << row.what << " " << count;
+        }
+    }
 }
 
 }  // namespace

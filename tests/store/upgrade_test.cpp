@@ -63,6 +63,18 @@ TEST_F(UpgradeTest, AnOverlongLineDoesNotKeepATextIndexForEver) {
     EXPECT_EQ(store.lastFetched, 9u);
 }
 
+TEST_F(UpgradeTest, AnOverlongLineCostsAnOldIndexNothing) {
+    WriteLog(kFirst + "\r\n" + std::string(2000, 'x') + "\r\n");
+    for (uint32_t version = 2; version <= 4; ++version) {
+        WriteIndex(OldIndex(version));
+        for (int start = 1; start <= 2; ++start) {
+            EXPECT_EQ(BringUpToDate(store), IndexState::kFailed) << "version " << version;
+            EXPECT_EQ(GetLastError(), 234u) << "version " << version;
+            EXPECT_EQ(Index(), OldIndex(version == 2 ? 3 : version)) << "version " << version;
+        }
+    }
+}
+
 TEST_F(UpgradeTest, RecordsKeepTheHeadThatTheyHave) {
     WriteLog(kFirst);
     std::vector<RecordBytes> records = {{0, 7, 0, kFirstSize, "kept", "1231", "me"}, {0, 8, 500, 50}};
