@@ -39,7 +39,7 @@ struct MenuBar {
 // Handles WM_PAINT.
 void PaintBar(const MenuBar& bar);
 
-// Has the whole bar painted again.
+// Marks the whole bar for painting.
 void Redraw(const MenuBar& bar);
 
 // The enabled button at `point` of the bar, or kNone.

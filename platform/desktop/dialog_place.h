@@ -1,5 +1,5 @@
-// Dialogs and message boxes open over the window that they belong to. On the device that fills the screen in
-// whose middle they open; here it may be anywhere.
+// Dialogs and message boxes open over the window that they belong to. The device opens them in the middle of
+// the screen, which that window fills; here it may be anywhere.
 #pragma once
 
 #include "platform/owners.h"

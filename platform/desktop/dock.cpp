@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr WCHAR kOwnProcedure[] = L"PelnorDockedProcedure";  // of the window; the property's name
+constexpr WCHAR kOwnProcedure[] = L"PelnorDockedProcedure";  // the property that keeps it
 
 bool IsMenuBar(HWND child) {
     WCHAR name[32] = L"";
@@ -97,7 +97,7 @@ bool MakeDock(HWND window) {
     return true;
 }
 
-// Drawn anew: what was there may not have been painted yet, or a pane may have painted over it.
+// Painted anew: what was there may not have been painted yet, or a pane may have painted over it.
 void PlaceBar(HWND bar) {
     RECT client{};
     GetClientRect(GetParent(bar), &client);

@@ -1,4 +1,4 @@
-// The program's frame as a window of the desktop: a subclass that handles what the device has not.
+// The program's frame as a window of the desktop. A subclass handles what the device does not have.
 #include "platform/desktop/dialog_place.h"
 #include "platform/desktop/dock.h"
 #include "platform/desktop/wheel.h"
@@ -8,7 +8,7 @@
 namespace {
 
 constexpr SIZE kDeviceScreen = {240, 320};
-constexpr UINT kMaximise = WM_APP + 0x100;
+constexpr UINT kMaximise = WM_APP + 0x100;  // beyond the frame's own messages
 
 struct DesktopFrame {
     HWND window = nullptr;
@@ -28,7 +28,7 @@ void AddBorder(HWND window) {
                  SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }
 
-// For the task bar and for switching with Alt+Tab; the small one the frame sets itself.
+// For the task bar and for switching with Alt+Tab; the frame sets the small one itself.
 void SetLargeIcon(HWND window, int id) {
     const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(window, GWLP_HINSTANCE));
     HANDLE icon = LoadImageW(module, MAKEINTRESOURCEW(id), IMAGE_ICON, GetSystemMetrics(SM_CXICON),
@@ -42,15 +42,15 @@ void OnWheel(DesktopFrame& frame, int turn) {
     if (pane) TurnWheel(pane, turn, frame.wheelRest);
 }
 
-// The panes' classes have no cursor, since the device has none. Here the one of the border, or of whatever
-// the mouse came from, would stay.
+// The panes' classes have no cursor because the device has none. Without this the cursor of the border, or of
+// whatever the mouse came from, would stay.
 bool OnSetCursor(HWND under, WORD place) {
     if (place != HTCLIENT || GetClassLongPtrW(under, GCLP_HCURSOR)) return false;
     SetCursor(LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)));  // IDC_ARROW
     return true;
 }
 
-// The system ends the program as soon as this is answered: what closing saves has to be saved now.
+// The system ends the program as soon as this returns, so what closing saves is saved now.
 void OnEndSession(const DesktopFrame& frame, bool ends) {
     if (ends) SendMessageW(frame.window, WM_CLOSE, 0, 0);
 }
@@ -60,8 +60,8 @@ void OnDestroy(DesktopFrame& frame) {
     SavePlace(frame.window, frame.key);
 }
 
-// A dialog that stands before the window is shown takes the message too early: it comes again with the
-// window.
+// A dialog that runs before the window is shown handles the message too early; it is posted again when the
+// window shows.
 void OnMaximise(DesktopFrame& frame) {
     const bool visible = IsWindowVisible(frame.window) != 0;
     frame.maximisesLater = !visible;
@@ -74,7 +74,7 @@ BOOL CALLBACK TakeIfUsable(HWND window, LPARAM parameter) {
     return FALSE;
 }
 
-// A box without an owner may stand before a frame that is disabled for it.
+// A box without an owner may be open while the frame is disabled for it.
 HWND WindowInFront(HWND frame) {
     HWND front = GetLastActivePopup(frame);
     if (!IsWindowVisible(front)) front = frame;
@@ -88,8 +88,8 @@ void OnWake(HWND window) {
     SetForegroundWindow(WindowInFront(window));
 }
 
-// A frame that keeps the focus for itself, as it comes back from the task bar, would leave the keyboard
-// without effect.
+// A frame that comes back from the task bar and keeps the focus for itself would leave the keyboard without
+// effect.
 void AfterSetFocus(HWND window) {
     const HWND pane = GetFocus() == window ? ShownPane(window) : nullptr;
     if (pane) SetFocus(pane);
@@ -126,7 +126,7 @@ LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
 
 }  // namespace
 
-// Whoever makes the window shows it at its normal size: only after that it can be maximised.
+// The window's maker shows it at its normal size. Only then can it be maximised.
 void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessage) {
     const LONG_PTR procedure = GetWindowLongPtrW(window, GWLP_WNDPROC);
     desktopFrame = DesktopFrame();

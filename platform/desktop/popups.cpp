@@ -33,7 +33,7 @@ void OnArrow(const MenuBar& bar, WPARAM key) {
 
 // True when the menu must not see the message.
 bool OnMouse(const MenuBar& bar, UINT message, POINT point) {
-    // A window that opens makes the mouse report itself without having moved.
+    // A window that opens causes a WM_MOUSEMOVE without a movement.
     if (message == WM_MOUSEMOVE && point.x == tracking.mouse.x && point.y == tracking.mouse.y) return false;
     ScreenToClient(bar.window, &point);
     const int target = ButtonAt(bar, point);

@@ -5,8 +5,8 @@
 
 namespace {
 
-// Whole steps of a turn: a finger on a trackpad turns by less than one, and the rest counts for the next. A
-// turn the other way begins anew.
+// The whole steps of a turn. A finger on a trackpad turns by less than one: the rest counts towards the next
+// turn, unless that goes the other way.
 int StepsOf(int& rest, int turn) {
     if ((rest < 0) != (turn < 0)) rest = 0;
     rest += turn;
@@ -15,8 +15,9 @@ int StepsOf(int& rest, int turn) {
     return steps;
 }
 
-// As if the thumb had been dragged: unlike the arrows it never leads past the end, which would open the next
-// article under a wheel that turns on. The pane asks the bar for what the message's 16 bits do not hold.
+// As dragging the thumb does: unlike the arrows that never goes past the end, where a wheel that turns on
+// would open the next article. The pane asks the bar for the position, which may not fit the message's 16
+// bits.
 void ScrollLines(HWND pane, HWND bar, int lines) {
     int least = 0;
     int most = 0;

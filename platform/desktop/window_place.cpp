@@ -14,7 +14,7 @@ struct WindowPlace {
 };
 static_assert(sizeof(WindowPlace) == 20, "five words");
 
-// What no screen reaches was not written by this program, and would overflow the sums below.
+// Edges beyond any screen were not written by this program, and would overflow the sums below.
 bool IsPlace(const RECT& area) {
     constexpr RECT kScreens = {-0x8000, -0x8000, 0x8000, 0x8000};
     RECT common{};
@@ -41,7 +41,7 @@ void WritePlace(const WCHAR* path, const WindowPlace& place) {
                    sizeof(place));
 }
 
-// The middle of the caption, where the window can be dragged, and of the menu bar are on a monitor.
+// Whether the middle of the caption, by which the window is dragged, and of the menu bar are on a monitor.
 bool IsReachable(const RECT& place) {
     const int half = GetSystemMetrics(SM_CYCAPTION) / 2;
     const LONG middle = (place.left + place.right) / 2;
@@ -49,14 +49,14 @@ bool IsReachable(const RECT& place) {
            MonitorFromPoint({middle, place.bottom - half}, MONITOR_DEFAULTTONULL);
 }
 
-// Monitors come and go and change their size: a window that would open out of reach comes to the nearest one.
+// Monitors come and go and change their size. A window that would open out of reach moves to the nearest one.
 RECT BroughtIntoReach(const RECT& place) {
     MONITORINFO monitor{};
     monitor.cbSize = sizeof(monitor);
     if (IsReachable(place) || !GetMonitorInfoW(MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST), &monitor)) {
         return place;
     }
-    RECT area = monitor.rcWork;  // in whose corner the counting starts
+    RECT area = monitor.rcWork;  // whose corner counts as 0, 0
     OffsetRect(&area, monitor.rcMonitor.left - area.left, monitor.rcMonitor.top - area.top);
     return MovedInto(place, area);
 }

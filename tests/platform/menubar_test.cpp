@@ -197,6 +197,7 @@ TEST_F(MenuBarTest, CommandsReachTheFrame) {
         {"The bar's empty end is no button.", {Down(kBesideAll), Up(kBesideAll)}, {}},
         {"Alt and Enter press the first button.", {alt, enter}, {IDC_BACK_TO_SUBJECTS}},
         {"A popup opened by a key starts on its first item.", {alt, right, down, enter}, {IDC_COPY}},
+        {"Alt again leaves the bar.", {alt, alt, enter}, {}},
         {"Left of the first button is the last.", {alt, left, enter, enter}, {IDC_ABOUT}},
         {"Right leads from an open popup to the next.", {alt, right, enter, right, enter}, {IDC_ABOUT}},
         {"Escape closes the popup alone: the bar goes on.",
