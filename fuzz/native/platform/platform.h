@@ -19,6 +19,7 @@ using UINT = unsigned;
 using SIZE_T = std::size_t;
 using HANDLE = void*;
 using HKEY = void*;
+using HWND = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
@@ -104,8 +105,8 @@ inline uint16_t htons(uint16_t port) {
 }
 
 // Windows, for headers that name them.
-using HWND = void*;
 using HINSTANCE = void*;
+struct MSG;
 constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
@@ -115,6 +116,8 @@ LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
 BOOL DestroyMenu(HMENU);
+BOOL DestroyWindow(HWND);
+BOOL SetEvent(HANDLE);
 BOOL ImageList_Destroy(HIMAGELIST);
 BOOL UnhookWindowsHookEx(HHOOK);
 
