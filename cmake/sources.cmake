@@ -20,6 +20,7 @@ set(PELNOR_SOURCES
   store/index.cpp
   store/log.cpp
   store/record.cpp
+  store/kept_bytes.cpp
   store/string_set.cpp
   store/upgrade.cpp
   filters/keyword_dialog.cpp

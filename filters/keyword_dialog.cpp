@@ -11,11 +11,13 @@
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "text/messages.h"
+#include "text/sjis.h"
 
 namespace {
 
 constexpr uint32_t kLineSize = 1024;
-constexpr int kKeywordSize = 1024;  // UTF-16 units that the edit field gives
+constexpr int kKeywordSize = 1024;                       // UTF-16 units that the edit field gives
+constexpr uint32_t kLongestTyped = kLongestKeyword / 2;  // units: each takes two bytes at most
 
 LRESULT TellList(const KeywordDialogState& state, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendDlgItemMessageW(state.dialog, IDC_KEYWORD, message, wParam, lParam);
@@ -100,29 +102,54 @@ void NoteNoMemory(KeywordDialogState& state) {
     ShowNoMemory();
 }
 
-// What the list does not show would be lost with the next save, so a load that failed is remembered. Not so
-// for a line that is too long: what stands behind it is not matched either.
+// From `start` to the file's end.
+bool KeepRest(KeywordDialogState& state, DataFile& file, uint32_t start) {
+    SeekToEnd(file);
+    return KeepBytesFrom(file, start, state.rest);
+}
+
+// Lists each line up to the end or to one that is too long; from there on nothing is matched either.
+bool ListKeywords(KeywordDialogState& state, DataFile& file) {
+    char line[kLineSize];
+    uint32_t start = file.position;
+    while (ReadLine(file, line, kLineSize, true)) {
+        if (!AddLine(state, line)) return Fail(kErrorNoMemory);
+        start = file.position;
+    }
+    return GetError() == kErrorEndOfFile || (GetError() == kErrorMoreData && KeepRest(state, file, start));
+}
+
+// What is neither listed nor kept would be lost with the next save, so a load that failed is remembered.
 void LoadKeywords(KeywordDialogState& state) {
     DataFile file;
     if (!OpenKeywordFile(file, state.filterPath)) {
         if (GetError() != kErrorFileNotFound) NoteLoadFailure(state);
         return;
     }
-    char line[kLineSize];
-    while (ReadLine(file, line, kLineSize, true)) {
-        if (AddLine(state, line)) continue;
+    if (ListKeywords(state, file)) return;
+    if (GetError() == kErrorNoMemory) {
         NoteNoMemory(state);
-        return;
+    } else {
+        NoteLoadFailure(state);
     }
-    if (GetError() == kErrorEndOfFile || GetError() == kErrorMoreData) return;
-    NoteLoadFailure(state);
 }
 
-// Up to its first line end: a keyword is one line of the file.
+// The text as one line of the file can hold it: up to its first line end, and cut between two characters.
+WideText FitKeyword(const wchar_t* text) {
+    WideText keyword = CopyText(text);
+    if (!keyword) return nullptr;
+    keyword[wcscspn(keyword.get(), L"\r\n")] = L'\0';
+    const NarrowText bytes = ToNarrow(keyword.get());
+    if (!bytes) return nullptr;
+    const std::size_t length = std::strlen(bytes.get());
+    if (length <= kLongestKeyword) return keyword;
+    bytes[CopyWholeCharacters(bytes.get(), kLongestKeyword, bytes.get(), length)] = '\0';
+    return ToWide(bytes.get());
+}
+
 WideText ProposedKeyword(KeywordDialogState& state) {
-    WideText keyword = state.proposedKeyword ? CopyText(state.proposedKeyword) : nullptr;
+    WideText keyword = state.proposedKeyword ? FitKeyword(state.proposedKeyword) : nullptr;
     if (state.proposedKeyword && !keyword) NoteNoMemory(state);
-    if (keyword) keyword[wcscspn(keyword.get(), L"\r\n")] = L'\0';
     return keyword;
 }
 
@@ -130,6 +157,7 @@ INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
     SetWindowPointer(dialog, kUserData, state);
     state->dialog = dialog;
     ShowPriority(*state, kPriorityNormal);
+    TellList(*state, CB_LIMITTEXT, kLongestTyped, 0);
     const WideText proposed = ProposedKeyword(*state);
     // Selected at once: it stays so where memory runs out in the search for the first item of the same text.
     if (proposed && AddKeyword(*state, proposed.get(), kPriorityNormal)) TellList(*state, CB_SETCURSEL, 0, 0);
@@ -169,25 +197,34 @@ void ApplyPriority(const KeywordDialogState& state) {
 
 enum class SaveResult { kSaved, kNoMemory, kWriteFailed };
 
-SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM item) {
+// Writes the item if it is one that the filter can read, or, without `readable`, one that it cannot.
+SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM item, bool readable) {
     const auto priority = static_cast<uint32_t>(TellList(state, CB_GETITEMDATA, item, 0));
     const WideText text = KeywordAt(state, static_cast<LRESULT>(item));
     const NarrowText keyword = text ? ToNarrow(text.get()) : nullptr;
     if (!keyword) return SaveResult::kNoMemory;
-    if (priority == kPriorityNormal) return SaveResult::kSaved;
     const auto length = static_cast<uint32_t>(std::strlen(keyword.get()));
+    if (priority == kPriorityNormal || (length <= kLongestKeyword) != readable) return SaveResult::kSaved;
     const bool written = WriteBytes(file, priority == kPriorityHigh ? "+ " : "- ", 2) &&
                          WriteBytes(file, keyword.get(), length) && WriteBytes(file, "\r\n", 2);
     return written ? SaveResult::kSaved : SaveResult::kWriteFailed;
 }
 
-SaveResult WriteKeywords(const KeywordDialogState& state, DataFile& file) {
+SaveResult WriteItems(const KeywordDialogState& state, DataFile& file, bool readable) {
     const LRESULT count = TellList(state, CB_GETCOUNT, 0, 0);
-    for (LRESULT item = 0; item < count; ++item) {
-        const SaveResult result = WriteKeyword(state, file, static_cast<WPARAM>(item));
+    SaveResult result = SaveResult::kSaved;
+    for (LRESULT item = 0; item < count && result == SaveResult::kSaved; ++item)
+        result = WriteKeyword(state, file, static_cast<WPARAM>(item), readable);
+    return result;
+}
+
+// The filter reads no further than to a line that is too long, so such lines come last.
+SaveResult WriteKeywords(const KeywordDialogState& state, DataFile& file) {
+    for (const bool readable : {true, false}) {
+        const SaveResult result = WriteItems(state, file, readable);
         if (result != SaveResult::kSaved) return result;
     }
-    return CloseDataFile(file) ? SaveResult::kSaved : SaveResult::kWriteFailed;
+    return WriteKept(file, state.rest) && CloseDataFile(file) ? SaveResult::kSaved : SaveResult::kWriteFailed;
 }
 
 // An old file stands until the new one is whole, an empty one if need be: a new file without an old one is

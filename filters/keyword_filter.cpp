@@ -13,12 +13,11 @@ bool OpenKeywordFile(DataFile& file, const wchar_t* path) {
 }
 
 bool LoadKeywordFilter(KeywordFilter& filter, const wchar_t* path) {
-    constexpr uint32_t kLineSize = 512;
     ClearKeywordFilter(filter);
     DataFile file;
     if (!OpenKeywordFile(file, path)) return GetError() == kErrorFileNotFound;
-    char line[kLineSize];
-    while (ReadLine(file, line, kLineSize, true)) {
+    char line[kKeywordLineSize];
+    while (ReadLine(file, line, kKeywordLineSize, true)) {
         if (!AddKeywordLine(filter, line)) return false;
     }
     return true;

@@ -11,6 +11,10 @@
 
 struct DataFile;
 
+// Bytes of a line with its CR LF and a NUL, and of the keyword in it. A longer line is not read.
+constexpr uint32_t kKeywordLineSize = 512;
+constexpr uint32_t kLongestKeyword = kKeywordLineSize - sizeof("+ \r\n");
+
 struct KeywordNode {
     NarrowText keyword;
     KeywordNode* next = nullptr;  // owned by the filter

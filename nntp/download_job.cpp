@@ -32,16 +32,16 @@ bool AllocateParts(DownloadJob& job) {
     return job.cursor && job.result;
 }
 
-bool CopyLogin(DownloadJob& job, const Settings& settings, NarrowText typedPassword) {
+bool CopyLogin(DownloadJob& job, const Settings& settings, Secret typedPassword) {
     if (settings.UserID) job.user = CopyText(settings.UserID.get());
-    job.password = settings.Password ? CopyText(settings.Password.get()) : std::move(typedPassword);
+    job.password = settings.Password ? Secret(CopyText(settings.Password.get())) : std::move(typedPassword);
     return (!settings.UserID || job.user) && (!settings.Password || job.password);
 }
 
 }  // namespace
 
 std::unique_ptr<DownloadJob> MakeDownloadJob(const Settings& settings, HWND groupList, HWND mainWindow,
-                                             NarrowText typedPassword) {
+                                             Secret typedPassword) {
     std::unique_ptr<DownloadJob> job(new (std::nothrow) DownloadJob);
     if (!job || !AllocateParts(*job) || !CopyLogin(*job, settings, std::move(typedPassword))) return nullptr;
     CopyCut(job->server, kServerSize, settings.Server);

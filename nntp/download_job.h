@@ -20,14 +20,14 @@ struct DownloadJob {
     HWND mainWindow = nullptr;
     uint32_t limit = 0;
     NarrowText user;          // null: no login
-    NarrowText password;      // the stored one, else the one typed at the prompt
+    Secret password;          // the stored one, else the one typed at the prompt
     ProgressDialog progress;  // made, or known to be missing, before the worker starts
     bool ended = false;       // the main window has taken the run-finished message
 };
 
 // Fills a job from the settings; takes `typedPassword` over when none is stored. Null when memory runs out.
 std::unique_ptr<DownloadJob> MakeDownloadJob(const Settings& settings, HWND groupList, HWND mainWindow,
-                                             NarrowText typedPassword);
+                                             Secret typedPassword);
 
 // Starts the worker; it ends with kRunFinishedMessage. False, with the last error, when there is no thread.
 [[nodiscard]] bool StartDownloadWorker(DownloadJob& job);

@@ -8,8 +8,8 @@ namespace {
 constexpr int kPasswordSize = 260;  // UTF-16 units, the terminator included
 
 struct PasswordPrompt {
-    const char* user = nullptr;      // not owned
-    NarrowText* password = nullptr;  // where the entered text goes; not owned
+    const char* user = nullptr;  // not owned
+    Secret* password = nullptr;  // where the entered text goes; not owned
 };
 
 // The focus goes to the password, so the dialog must not set it.
@@ -23,9 +23,9 @@ INT_PTR OnInitDialog(HWND dialog, PasswordPrompt* prompt) {
 
 void OnOk(HWND dialog) {
     auto prompt = static_cast<PasswordPrompt*>(GetWindowPointer(dialog, kUserData));
-    wchar_t text[kPasswordSize] = {};
-    GetDlgItemTextW(dialog, IDC_PASSWORD_EDIT, text, kPasswordSize);
-    if (prompt) *prompt->password = ToNarrow(text);
+    SecretBuffer<kPasswordSize> typed;
+    GetDlgItemTextW(dialog, IDC_PASSWORD_EDIT, typed.text, kPasswordSize);
+    if (prompt) *prompt->password = ToNarrow(typed.text);
     EndDialog(dialog, IDOK);
 }
 
@@ -37,7 +37,7 @@ INT_PTR OnCommand(HWND dialog, int id, int) {
 
 }  // namespace
 
-INT_PTR RunPasswordPrompt(HINSTANCE instance, HWND owner, const char* user, NarrowText& password) {
+INT_PTR RunPasswordPrompt(HINSTANCE instance, HWND owner, const char* user, Secret& password) {
     PasswordPrompt prompt{user, &password};
     return RunDialog(instance, IDD_PASSWORD, owner, DialogProcedure<PasswordPrompt, OnInitDialog, OnCommand>,
                      &prompt);

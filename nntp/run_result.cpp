@@ -10,15 +10,15 @@ void SetResult(RunResult& result, const wchar_t* title, const wchar_t* text, uin
 }
 
 bool FailWithError(RunResult& result, const wchar_t* title, UINT id) {
-    const unsigned error = GetError();
-    const wchar_t* format = LoadResString(id);
-    SetError(error);
-    SetResult(result, title, FormatLastError(format), kError);
-    return Fail(error);
+    const ErrorKeeper keeper;
+    TextBuffer format, text;
+    SetResult(result, title, FormatLastError(LoadResString(id, format), text), kError);
+    return false;
 }
 
 bool FailWithReply(RunResult& result, UINT titleId, const char* reply) {
     const WideText text = ToWide(reply);
-    SetResult(result, LoadResString(titleId), text ? text.get() : L"", kError);
+    TextBuffer title;
+    SetResult(result, LoadResString(titleId, title), text ? text.get() : L"", kError);
     return Fail(kErrorInvalidData);
 }

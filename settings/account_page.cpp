@@ -15,12 +15,16 @@ void EnableEdits(HWND dialog) {
     EnableControl(dialog, IDC_ACCOUNT_REPEAT, checked);
 }
 
+bool ShowPassword(HWND dialog, const Secret& password) {
+    const WideSecret text = ToWide(password ? password.get() : "");
+    return text && SetDlgItemTextW(dialog, IDC_ACCOUNT_PASSWORD, text.get()) &&
+           SetDlgItemTextW(dialog, IDC_ACCOUNT_REPEAT, text.get());
+}
+
 bool UpdateMode(HWND dialog, const Settings& settings) {
     EnableEdits(dialog);
     return !IsBoxChecked(dialog, IDC_USE_PASSWORD) ||
-           (ShowNarrow(dialog, IDC_ACCOUNT_ID, settings.UserID) &&
-            ShowNarrow(dialog, IDC_ACCOUNT_PASSWORD, settings.Password) &&
-            ShowNarrow(dialog, IDC_ACCOUNT_REPEAT, settings.Password));
+           (ShowNarrow(dialog, IDC_ACCOUNT_ID, settings.UserID) && ShowPassword(dialog, settings.Password));
 }
 
 bool TakeUser(HWND dialog, Settings& settings) {
@@ -36,15 +40,15 @@ bool TakeUser(HWND dialog, Settings& settings) {
 
 // The password is typed twice; both empty mean that none is stored.
 bool TakePassword(HWND dialog, Settings& settings) {
-    wchar_t password[kLoginSize] = {};
-    wchar_t repeat[kLoginSize] = {};
-    GetDlgItemTextW(dialog, IDC_ACCOUNT_PASSWORD, password, kLoginSize);
-    GetDlgItemTextW(dialog, IDC_ACCOUNT_REPEAT, repeat, kLoginSize);
-    if (wcscmp(password, repeat) != 0) {
-        return RefuseControl(dialog, *repeat != L'\0' ? IDC_ACCOUNT_REPEAT : IDC_ACCOUNT_PASSWORD);
+    SecretBuffer<kLoginSize> password, repeat;
+    GetDlgItemTextW(dialog, IDC_ACCOUNT_PASSWORD, password.text, kLoginSize);
+    GetDlgItemTextW(dialog, IDC_ACCOUNT_REPEAT, repeat.text, kLoginSize);
+    if (wcscmp(password.text, repeat.text) != 0) {
+        return RefuseControl(dialog, *repeat.text != L'\0' ? IDC_ACCOUNT_REPEAT : IDC_ACCOUNT_PASSWORD);
     }
-    NarrowText narrow = *password != L'\0' ? ToNarrow(password) : nullptr;
-    if (*password != L'\0' && !narrow) return false;
+    const bool given = *password.text != L'\0';
+    Secret narrow = given ? ToNarrow(password.text) : nullptr;
+    if (given && !narrow) return false;
     settings.Password = std::move(narrow);
     return true;
 }

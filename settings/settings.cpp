@@ -51,18 +51,20 @@ bool IsBlank(const char* text) {
     return *text == '\0';
 }
 
-void DropBlank(NarrowText& text) {
+template <class Text>
+void DropBlank(Text& text) {
     if (text && IsBlank(text.get())) text.reset();
 }
 
 // A user or password: missing is no failure, one that is there and cannot be read is.
-bool ReadLogin(const RegistryKeyOwner& key, const wchar_t* name, NarrowText& login) {
+template <class Text>
+bool ReadLogin(const RegistryKeyOwner& key, const wchar_t* name, Text& login) {
     login.reset();
-    const WideText stored = ReadText(key, name);
+    const WideSecret stored = ReadText(key, name);
     if (!stored) return GetError() == ERROR_FILE_NOT_FOUND;
-    wchar_t text[kLoginSize];
-    CopyCut(text, kLoginSize, stored.get());
-    login = ToNarrow(text);
+    SecretBuffer<kLoginSize> cut;
+    CopyCut(cut.text, kLoginSize, stored.get());
+    login = ToNarrow(cut.text);
     if (!login) return false;
     DropBlank(login);
     return true;
@@ -128,17 +130,17 @@ bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
     return settings.EditorPath ? MakeDraftPath(settings) : Fail(kErrorNoMemory);
 }
 
-bool WriteLogin(const RegistryKeyOwner& key, const wchar_t* name, const NarrowText& login) {
+// Null deletes the value.
+bool WriteLogin(const RegistryKeyOwner& key, const wchar_t* name, const char* login) {
     if (!login) return DeleteValue(key, name);
-    const WideText text = ToWide(login.get());
+    const WideSecret text = ToWide(login);
     return text && WriteText(key, name, text.get());
 }
 
 bool WriteAccount(const RegistryKeyOwner& key, const Settings& settings) {
     // A password without a user means nothing.
-    const NarrowText none;
-    return WriteLogin(key, L"UserID", settings.UserID) &&
-           WriteLogin(key, L"Password", settings.UserID ? settings.Password : none);
+    return WriteLogin(key, L"UserID", settings.UserID.get()) &&
+           WriteLogin(key, L"Password", settings.UserID ? settings.Password.get() : nullptr);
 }
 
 bool WriteIdentity(const RegistryKeyOwner& key, const wchar_t* name, const NarrowText& value) {

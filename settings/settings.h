@@ -27,7 +27,7 @@ struct Settings {
     wchar_t EntryName[kEntryNameSize] = {};
     uint32_t DisconnectWaitTime = 0;  // seconds before the line is hung up
     NarrowText UserID;                // null: the server wants no login
-    NarrowText Password;              // null: none stored
+    Secret Password;                  // null: none stored
     NarrowText UserName;
     NarrowText MailAddress;
     NarrowText Organization;

@@ -1,4 +1,4 @@
-#include "shell/about.h"
+#include "shell/actions.h"
 
 #include "resources/resource.h"
 
@@ -14,6 +14,8 @@ INT_PTR CALLBACK AboutProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM
 
 }  // namespace
 
-void RunAboutBox(HINSTANCE instance, HWND owner) {
-    (void)RunDialog(instance, IDD_ABOUT, owner, AboutProcedure, nullptr);
+void ShowAbout(AppFrame& frame) {
+    frame.busy = true;
+    (void)RunDialog(frame.instance, IDD_ABOUT, frame.mainWindow, AboutProcedure, nullptr);
+    frame.busy = false;
 }

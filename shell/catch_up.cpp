@@ -1,4 +1,4 @@
-#include "shell/catch_up.h"
+#include "shell/actions.h"
 
 #include "resources/resource.h"
 #include "shell/reload.h"

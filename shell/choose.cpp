@@ -1,4 +1,4 @@
-#include "shell/choose.h"
+#include "shell/actions.h"
 
 #include "filters/keyword_dialog.h"
 #include "resources/resource.h"

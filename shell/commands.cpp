@@ -3,11 +3,7 @@
 #include "resources/resource.h"
 #include "settings/settings_sheet.h"
 #include "settings/view_options.h"
-#include "shell/about.h"
-#include "shell/catch_up.h"
-#include "shell/choose.h"
-#include "shell/delete_read.h"
-#include "shell/drafts.h"
+#include "shell/actions.h"
 #include "shell/reload.h"
 #include "shell/run.h"
 #include "shell/view_switch.h"
@@ -15,18 +11,11 @@
 
 namespace {
 
-// An accelerator works only where its command's menu stands.
-bool ReachesView(const AppFrame& frame, UINT origin, ViewKind view) {
-    return origin == 0 || frame.currentView == view;
+void Exit(AppFrame& frame) {
+    SendMessageW(frame.mainWindow, WM_CLOSE, 0, 0);
 }
 
-void OnAbout(AppFrame& frame) {
-    frame.busy = true;
-    RunAboutBox(frame.instance, frame.mainWindow);
-    frame.busy = false;
-}
-
-// A refused change or a setting that cannot be stored is told; the option stays as the user chose it.
+// The option stays as the user chose it, also where the view refuses it or it cannot be stored.
 void StoreOption(bool shown, bool (*write)(uint32_t), uint32_t value) {
     if (!shown) {
         ShowLastError(IDS_SWITCH_VIEW_FAILED, kProgramCaption);
@@ -49,16 +38,24 @@ void OnShowHeader(AppFrame& frame) {
     StoreOption(shown, WriteShowArticleHeader, frame.showArticleHeader);
 }
 
-void OnPriorityLevel(AppFrame& frame, uint32_t level) {
-    frame.priorityLevel = level;
+template <uint32_t kLevel>
+void OnPriorityLevel(AppFrame& frame) {
+    frame.priorityLevel = kLevel;
     ShowCheckMarks(frame);
-    (void)WritePriorityViewLevel(level);
-    (void)SetSubjectOptions(*frame.subjectView, frame.viewReadArticles, level);
+    (void)WritePriorityViewLevel(kLevel);
+    (void)SetSubjectOptions(*frame.subjectView, frame.viewReadArticles, kLevel);
 }
 
-void OnCopy(AppFrame& frame, UINT origin) {
-    if (ReachesView(frame, origin, ViewKind::kArticle))
-        (void)CopyArticle(*frame.articleView, frame.mainWindow);
+void OnToggleRead(AppFrame& frame) {
+    (void)ToggleSubjectRead(*frame.subjectView);
+}
+
+void OnCopy(AppFrame& frame) {
+    (void)CopyArticle(*frame.articleView, frame.mainWindow);
+}
+
+void BackToSubjects(AppFrame& frame) {
+    SwitchToSubjectView(frame);
 }
 
 void OnArticleNotice(AppFrame& frame, UINT notice) {
@@ -80,85 +77,68 @@ void OnProperties(AppFrame& frame) {
     frame.busy = true;
 }
 
-// The panes' commands: true when `id` was one of them.
-bool OnViewCommand(AppFrame& frame, UINT id, UINT origin) {
-    switch (id) {
-        case IDC_TOGGLE_READ:
-            (void)ToggleSubjectRead(*frame.subjectView);
-            return true;
-        case IDC_COPY:
-            OnCopy(frame, origin);
-            return true;
-        case IDC_VIEW_READ:
-            OnViewRead(frame);
-            return true;
-        case IDC_KEYWORDS:
-            EditKeywords(frame);
-            return true;
-        case IDC_SHOW_HEADER:
-            OnShowHeader(frame);
-            return true;
-        case IDC_LEVEL_HIGH:
-            OnPriorityLevel(frame, kPriorityHigh);
-            return true;
-        case IDC_LEVEL_NORMAL:
-            OnPriorityLevel(frame, kPriorityNormal);
-            return true;
-        case IDC_LEVEL_LOW:
-            OnPriorityLevel(frame, kPriorityLow);
-            return true;
-        case IDC_LEAVE_DRAFTS:
-        case IDC_BACK_TO_GROUPS:
-            SwitchToGroupView(frame);
-            return true;
-        case IDC_BACK_TO_SUBJECTS:
-            SwitchToSubjectView(frame);
-            return true;
-        case IDW_ARTICLE_VIEW:
-            OnArticleNotice(frame, origin);
-            return true;
-        case IDW_SUBJECT_VIEW:
-            OnSubjectNotice(frame, origin);
-            return true;
-        default:
-            return false;
-    }
-}
+enum class Reach : uint8_t {
+    kAnywhere,
+    kArticle,  // an accelerator counts in the article view only
+    kAlone,    // the same in the group view; changes the view's rows or the files behind them
+};
 
-struct GroupCommand {
+struct Command {
     UINT id;
+    Reach reach;
     void (*act)(AppFrame& frame);
 };
 
-// The group view's commands, which change its rows or the files behind them.
-constexpr GroupCommand kGroupCommands[] = {{IDC_PROPERTIES, OnProperties},
-                                           {IDC_GET_ARTICLES, GetArticles},
-                                           {IDC_DELETE_READ, DeleteReadArticles},
-                                           {IDC_SUBSCRIBE, Subscribe},
-                                           {IDC_CATCH_UP, CatchUp}};
+constexpr Command kCommands[] = {
+    {IDC_EXIT, Reach::kAnywhere, Exit},
+    {IDC_ABOUT, Reach::kAnywhere, ShowAbout},
+    {IDC_PROPERTIES, Reach::kAlone, OnProperties},
+    {IDC_GET_ARTICLES, Reach::kAlone, GetArticles},
+    {IDC_DELETE_READ, Reach::kAlone, DeleteReadArticles},
+    {IDC_SUBSCRIBE, Reach::kAlone, Subscribe},
+    {IDC_CATCH_UP, Reach::kAlone, CatchUp},
+    {IDC_TOGGLE_READ, Reach::kAnywhere, OnToggleRead},
+    {IDC_VIEW_READ, Reach::kAnywhere, OnViewRead},
+    {IDC_KEYWORDS, Reach::kAnywhere, EditKeywords},
+    {IDC_LEVEL_HIGH, Reach::kAnywhere, OnPriorityLevel<kPriorityHigh>},
+    {IDC_LEVEL_NORMAL, Reach::kAnywhere, OnPriorityLevel<kPriorityNormal>},
+    {IDC_LEVEL_LOW, Reach::kAnywhere, OnPriorityLevel<kPriorityLow>},
+    {IDC_COPY, Reach::kArticle, OnCopy},
+    {IDC_SHOW_HEADER, Reach::kAnywhere, OnShowHeader},
+    {IDC_BACK_TO_GROUPS, Reach::kAnywhere, SwitchToGroupView},
+    {IDC_BACK_TO_SUBJECTS, Reach::kAnywhere, BackToSubjects},
+    {IDC_DRAFTS, Reach::kAnywhere, SwitchToDrafts},
+    {IDC_LEAVE_DRAFTS, Reach::kAnywhere, SwitchToGroupView},
+    {IDC_COMPOSE, Reach::kAnywhere, Compose},
+    {IDC_CHOOSE_EXE, Reach::kAnywhere, ChooseExe},
+};
 
-// True when `id` was one of them.
-bool OnGroupCommand(AppFrame& frame, UINT id, UINT origin) {
-    for (const GroupCommand& command : kGroupCommands) {
-        if (command.id != id) continue;
-        if (ReachesView(frame, origin, ViewKind::kGroup)) RunAlone(frame, command.act);
-        return true;
+const Command* FindCommand(UINT id) {
+    for (const Command& command : kCommands) {
+        if (command.id == id) return &command;
     }
-    return false;
+    return nullptr;
+}
+
+bool AcceleratorCounts(const AppFrame& frame, Reach reach) {
+    if (reach == Reach::kAnywhere) return true;
+    return frame.currentView == (reach == Reach::kArticle ? ViewKind::kArticle : ViewKind::kGroup);
 }
 
 }  // namespace
 
+bool IsCommand(UINT id) {
+    return FindCommand(id) != nullptr;
+}
+
 void OnCommand(AppFrame& frame, UINT id, UINT origin) {
-    if (OnViewCommand(frame, id, origin) || OnGroupCommand(frame, id, origin)) return;
-    switch (id) {
-        case IDC_EXIT:
-            SendMessageW(frame.mainWindow, WM_CLOSE, 0, 0);
-            break;
-        case IDC_ABOUT:
-            OnAbout(frame);
-            break;
-        default:
-            OnDraftCommand(frame, id);
+    if (id == IDW_ARTICLE_VIEW) OnArticleNotice(frame, origin);
+    if (id == IDW_SUBJECT_VIEW) OnSubjectNotice(frame, origin);
+    const Command* command = FindCommand(id);
+    if (!command || (origin != 0 && !AcceleratorCounts(frame, command->reach))) return;
+    if (command->reach == Reach::kAlone) {
+        RunAlone(frame, command->act);
+    } else {
+        command->act(frame);
     }
 }

@@ -5,3 +5,6 @@
 
 // `origin` is WM_COMMAND's high word: 0 a menu, 1 an accelerator, else a child's notification code.
 void OnCommand(AppFrame& frame, UINT id, UINT origin);
+
+// Whether something is done at this id.
+bool IsCommand(UINT id);

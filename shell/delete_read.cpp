@@ -1,4 +1,4 @@
-#include "shell/delete_read.h"
+#include "shell/actions.h"
 
 #include "resources/resource.h"
 #include "shell/reload.h"

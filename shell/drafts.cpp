@@ -1,8 +1,7 @@
-#include "shell/drafts.h"
+#include "shell/actions.h"
 
 #include "drafts/file_chooser.h"
 #include "resources/resource.h"
-#include "shell/view_switch.h"
 #include "text/messages.h"
 
 namespace {
@@ -14,29 +13,22 @@ void ShowMissingProperty(UINT textId) {
     MessageBoxW(nullptr, LoadResString(textId), caption, MB_OK | MB_ICONEXCLAMATION);
 }
 
-// Writing itself is not part of this version: the command checks who would write.
-void Compose(const Settings& settings) {
-    if (!settings.UserName) {
+}  // namespace
+
+void Compose(AppFrame& frame) {
+    if (!frame.settings.UserName) {
         ShowMissingProperty(IDS_SET_USER_NAME);
-    } else if (!settings.MailAddress) {
+    } else if (!frame.settings.MailAddress) {
         ShowMissingProperty(IDS_SET_MAIL_ADDRESS);
     } else {
         MessageBoxW(nullptr, L"Compoe!", L"COMPOSE", MB_OK);
     }
 }
 
-void ChooseExe(const AppFrame& frame) {
+void ChooseExe(AppFrame& frame) {
     FileChooser chooser;
     if (RunFileChooser(chooser, frame.instance, frame.mainWindow, L"Choose EXE", L"*.exe") == 1) {
         MessageBoxW(nullptr, chooser.result, L"SELECTED", MB_OK);
     }
     FreeFileChooser(chooser);
-}
-
-}  // namespace
-
-void OnDraftCommand(AppFrame& frame, UINT id) {
-    if (id == IDC_DRAFTS) SwitchToDrafts(frame);
-    if (id == IDC_COMPOSE) Compose(frame.settings);
-    if (id == IDC_CHOOSE_EXE) ChooseExe(frame);
 }

@@ -28,8 +28,7 @@ bool CheckGroups(const wchar_t* folder) {
     while (const wchar_t* name = NextGroupName(groups)) {
         if (!CheckGroup(folder, name, cutOffDeletion)) return false;
     }
-    // A line that is too long ends the list as the end of the file does.
-    return GetError() == kErrorEndOfFile || GetError() == kErrorMoreData;
+    return GetError() == kErrorEndOfFile;
 }
 
 // A draft folder that cannot be made leaves the wait cursor up: nothing else of the program will work either.

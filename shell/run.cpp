@@ -9,7 +9,7 @@
 namespace {
 
 // False when the user gave none.
-bool AskForPassword(const AppFrame& frame, NarrowText& password) {
+bool AskForPassword(const AppFrame& frame, Secret& password) {
     const Settings& settings = frame.settings;
     if (!settings.UserID || settings.Password) return true;
     const INT_PTR result =
@@ -64,7 +64,7 @@ void GetArticles(AppFrame& frame) {
 
 void StartRun(AppFrame& frame) {
     frame.busy = true;
-    NarrowText typedPassword;
+    Secret typedPassword;
     if (!AskForPassword(frame, typedPassword)) return;
     std::unique_ptr<DownloadJob> job =
         MakeDownloadJob(frame.settings, frame.groupView->list, frame.mainWindow, std::move(typedPassword));

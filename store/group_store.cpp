@@ -33,12 +33,19 @@ bool IsDevice(const wchar_t* group) {
     return false;
 }
 
+// Whether a name of so many units has room for the longest of its group's files.
+bool Fits(std::size_t nameLength, std::size_t folderLength) {
+    constexpr std::size_t kExtension = 5;  // ".idx~"
+    constexpr std::size_t kLongestName = 255, kLongestPath = 259;
+    return nameLength + kExtension <= kLongestName && folderLength + nameLength + kExtension <= kLongestPath;
+}
+
 }  // namespace
 
-bool IsFileName(const wchar_t* group) {
+bool IsFileName(const wchar_t* group, std::size_t folderLength) {
     constexpr wchar_t kForbidden[] = L"\\/:*?\"<>|";
     if (*group == L'\0' || wcscmp(group, L".") == 0 || wcscmp(group, L"..") == 0) return false;
-    if (IsDevice(group)) return false;
+    if (IsDevice(group) || !Fits(wcslen(group), folderLength)) return false;
     for (; *group; ++group) {
         if (*group < L' ' || *group == 0x7F || wcschr(kForbidden, *group)) return false;
     }
@@ -49,7 +56,7 @@ bool SetNames(GroupStore& store, const wchar_t* folder, const wchar_t* group) {
     store.indexPath.reset();
     store.logPath.reset();
     store.filterPath.reset();
-    if (!IsFileName(group)) return Fail(kErrorInvalidArgument);
+    if (!IsFileName(group, wcslen(folder))) return Fail(kErrorInvalidArgument);
     store.indexPath = GroupPath(folder, group, L".idx");
     store.logPath = GroupPath(folder, group, L".log");
     store.filterPath = GroupPath(folder, group, L".flt");

@@ -3,6 +3,7 @@
 // without sharing.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "store/file.h"
@@ -27,13 +28,14 @@ struct GroupStore {
 };
 
 // Builds the three paths from the data folder (with its trailing backslash) and the group's name, and zeroes
-// last fetched, server last and unread count. Opens nothing. Error 87 for a name that can be no file name, 8
-// when memory runs out.
+// last fetched, server last and unread count. Opens nothing. Error 87 for a name that can be no file name in
+// this folder, 8 when memory runs out.
 [[nodiscard]] bool SetNames(GroupStore& store, const wchar_t* folder, const wchar_t* group);
 
-// Whether a group of this name can keep files: not empty, ".", "..", and without \ / : * ? " < > | and
-// control characters, and no name of a Windows device ("con", "lpt1" and so on, also before a dot).
-bool IsFileName(const wchar_t* group);
+// Whether a group of this name can keep files in a folder whose path, with its trailing backslash, has so
+// many units: not empty, ".", "..", and without \ / : * ? " < > | and control characters, no name of a
+// Windows device ("con", "lpt1" and so on, also before a dot), and short enough for the longest of its files.
+bool IsFileName(const wchar_t* group, std::size_t folderLength);
 
 // Frees the status text, closes the index and zeroes every header value. The paths stay.
 void Reset(GroupStore& store);

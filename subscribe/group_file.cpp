@@ -1,29 +1,63 @@
 #include "subscribe/group_file.h"
 
+#include <wchar.h>
+
+#include <cstring>
+
+#include "store/group_store.h"
 #include "text/convert.h"
+#include "text/last_error.h"
 #include "text/line.h"
 
 namespace {
 
-constexpr uint32_t kLongestName = 1024;
 constexpr uint32_t kEmptyLine = 2;  // bytes of a line that holds no name, its line end included
 
+// Goes behind the line whose first bytes fill the buffer: as in all lines, an LF ends it once a CR was there.
+bool PassOverLine(DataFile& file, const GroupLine& line) {
+    bool seenCr = std::memchr(line, '\r', kLongestGroupLine) != nullptr;
+    char byte = '\0';
+    uint32_t got = 1;
+    while (got == 1 && !(seenCr && byte == '\n')) {
+        if (!ReadBytes(file, &byte, 1, got)) return false;
+        seenCr = seenCr || byte == '\r';
+    }
+    return true;
+}
+
+// A line that can be the name of a group.
+bool IsName(const GroupLine& line, uint32_t length) {
+    return line[0] != '#' && length > kEmptyLine;
+}
+
 }  // namespace
+
+bool ReadGroupLine(DataFile& file, GroupLine& line, bool cut, uint32_t* taken, KeptBytes* kept) {
+    for (;;) {
+        const uint32_t start = file.position;
+        if (ReadLine(file, line, sizeof(line), cut, taken)) return true;
+        if (GetError() != kErrorMoreData || !PassOverLine(file, line)) return false;
+        if (kept && !KeepBytesFrom(file, start, *kept)) return false;
+    }
+}
 
 bool OpenGroupFile(GroupFile& groups, const wchar_t* folder) {
     const WideText path = JoinPath(folder, L"\\group.dat");
     groups.name.reset();
+    groups.folderLength = wcslen(folder);
     return path && OpenDataFile(groups.file, path.get(), FileMode::kRead);
 }
 
 const wchar_t* NextGroupName(GroupFile& groups) {
-    char line[kLongestName + 1];
+    GroupLine line;
     uint32_t taken = 0;
     groups.name.reset();
-    while (ReadLine(groups.file, line, sizeof(line), false, &taken)) {
-        if (line[0] == '#' || taken <= kEmptyLine) continue;
+    while (ReadGroupLine(groups.file, line, false, &taken)) {
+        if (!IsName(line, taken)) continue;
         line[taken - LineEndLength(line, taken)] = '\0';
-        groups.name = ToWide(line);
+        WideText name = ToWide(line);
+        if (name && !IsFileName(name.get(), groups.folderLength)) continue;
+        groups.name = std::move(name);
         return groups.name.get();
     }
     return nullptr;

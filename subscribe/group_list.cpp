@@ -12,8 +12,31 @@
 
 namespace {
 
-// Milliseconds between two changes of the counter while replies rush in.
-constexpr DWORD kCounterInterval = 15;
+bool IsAbandoned(GroupListJob& job) {
+    const Locked locked(job.shared.lock);
+    return job.shared.abandoned;
+}
+
+// A dialog that has gone is told nothing more: its handle may be another's by now.
+void PostNotice(GroupListJob& job) {
+    if (!IsAbandoned(job)) PostMessageW(job.notifyWindow, WM_COMMAND, job.notifyCommand, 0);
+}
+
+void ShowCount(GroupListJob& job) {
+    if (job.shownCount == job.groupCount || IsAbandoned(job)) return;
+    wchar_t text[32];
+    wsprintfW(text, L"%d group(s).", job.groupCount);
+    SetDlgItemTextW(job.notifyWindow, IDC_GROUP_LIST_COUNT, text);
+    job.shownCount = job.groupCount;
+}
+
+// Each change of the counter waits for the dialog's thread, so what arrived together is counted together.
+// Once nobody waits for the list there is nothing more to receive.
+void BeforeReceive(void* context) {
+    auto& job = *static_cast<GroupListJob*>(context);
+    ShowCount(job);
+    if (IsAbandoned(job)) job.connection.readerSocket = INVALID_SOCKET;
+}
 
 // Failures: the first text stays. All answer false.
 
@@ -28,29 +51,24 @@ bool FailWith(GroupListJob& job, const wchar_t* text) {
 }
 
 bool FailWithError(GroupListJob& job, const wchar_t* format) {
-    return FailWith(job, FormatLastError(format));
+    TextBuffer text;
+    return FailWith(job, FormatLastError(format, text));
 }
 
 bool FailWithString(GroupListJob& job, UINT id) {
-    const unsigned error = GetError();
-    const wchar_t* format = LoadResString(id);
-    SetError(error);
-    return FailWithError(job, format);
+    TextBuffer format;
+    return FailWithError(job, LoadResString(id, format));
 }
 
 bool FailWithReply(GroupListJob& job, const wchar_t* format) {
     const WideText reply = ToWide(job.line);
-    return FailWith(job, reply ? FormatText(format, reply.get()) : nullptr);
-}
-
-void PostNotice(const GroupListJob& job) {
-    PostMessageW(job.notifyWindow, WM_COMMAND, job.notifyCommand, 0);
+    TextBuffer text;
+    return FailWith(job, reply ? FormatText(format, reply.get(), text) : nullptr);
 }
 
 // The conversation.
 
 bool ReadLineOf(GroupListJob& job, bool strip) {
-    SetError(0);
     if (ReadReplyLine(job.connection, job.line, strip)) return true;
     if (GetError() == 0) SetError(kErrorInvalidData);  // a 0 byte names no error itself, and is no end either
     return false;
@@ -71,8 +89,8 @@ bool Open(GroupListJob& job) {
 // The command carries a line end of its own, so an empty line follows it: servers have always been sent that
 // here.
 bool AskLogin(GroupListJob& job, const char* word, const char* argument) {
-    const NarrowText start = MakeCommand(word, argument);
-    const NarrowText command = start ? MakeCommand(start.get(), "\r\n") : nullptr;
+    const Secret start = MakeCommand(word, argument);
+    const Secret command = start ? MakeCommand(start.get(), "\r\n") : nullptr;
     if (!Send(job, command.get())) return FailWith(job, L"Can't send data");
     return ReadLineOf(job, false) || FailWith(job, L"Can't redv data");
 }
@@ -88,7 +106,8 @@ bool LogIn(GroupListJob& job) {
 bool RefuseList(GroupListJob& job) {
     const WideText reply = ToWide(job.line);
     if (!reply) return FailWithString(job, IDS_LIST_REFUSED_NO_MEMORY);
-    return FailWith(job, FormatText(LoadResString(IDS_LIST_REFUSED), reply.get()));
+    TextBuffer format, text;
+    return FailWith(job, FormatText(LoadResString(IDS_LIST_REFUSED, format), reply.get(), text));
 }
 
 // Servers that do not know the longer command may know the shorter.
@@ -103,89 +122,44 @@ bool AskForList(GroupListJob& job) {
 
 // The files.
 
-struct ListFiles {
-    DataFile active;
-    DataFile category;
-    StringSet categories;
-};
-
 bool WriteName(DataFile& file, const char* name, std::size_t length) {
     return WriteBytes(file, name, static_cast<uint32_t>(length)) && WriteBytes(file, "\r\n", 2);
 }
 
-bool StoreCategory(GroupListJob& job, ListFiles& files) {
-    if (FindString(files.categories, job.line)) return true;
-    if (!AddString(files.categories, job.line)) return FailWithString(job, IDS_LIST_HASH_WRITE_FAILED);
-    return WriteName(files.category, job.line, std::strlen(job.line)) ||
+bool StoreCategory(GroupListJob& job, StringSet& categories) {
+    if (FindString(categories, job.line)) return true;
+    if (!AddString(categories, job.line)) return FailWithString(job, IDS_LIST_HASH_WRITE_FAILED);
+    return WriteName(job.shared.category, job.line, std::strlen(job.line)) ||
            FailWithString(job, IDS_LIST_WRITE_FAILED);
 }
 
-// Waits no longer than it is told to.
-bool Arrives(SOCKET socket, DWORD milliseconds) {
-    fd_set readable;
-    readable.fd_count = 1;
-    readable.fd_array[0] = socket;
-    timeval limit = {0, static_cast<long>(milliseconds) * 1000};
-    return select(0, &readable, nullptr, nullptr, &limit) != 0;
-}
-
-bool HasReply(const NntpConnection& connection) {
-    const auto left = static_cast<std::size_t>(connection.endPosition - connection.readPosition);
-    return left > 0 && std::memchr(connection.readPosition, '\n', left);
-}
-
-void ShowCount(GroupListJob& job) {
-    wchar_t text[32];
-    wsprintfW(text, L"%d group(s).", job.groupCount);
-    SetDlgItemTextW(job.notifyWindow, IDC_GROUP_LIST_COUNT, text);
-    job.shownCount = job.groupCount;
-    job.shownAt = GetTickCount();
-}
-
-// Each change of the counter waits for the dialog's thread, so a change that nobody could see is left out:
-// the next reply is here, or begins before the counter is due again.
-void CountGroup(GroupListJob& job) {
-    ++job.groupCount;
-    const DWORD passed = GetTickCount() - job.shownAt;
-    if (passed < kCounterInterval) {
-        if (HasReply(job.connection)) return;
-        if (Arrives(job.connection.readerSocket, kCounterInterval - passed)) return;
-    }
-    ShowCount(job);
-}
-
 // The reply line is a name, a blank and the article numbers.
-bool StoreGroup(GroupListJob& job, ListFiles& files) {
+bool StoreGroup(GroupListJob& job, StringSet& categories) {
+    const Locked locked(job.shared.lock);
+    if (job.shared.abandoned) return false;
     char* blank = std::strchr(job.line, ' ');
     if (blank) *blank = '\0';
-    if (!WriteName(files.active, job.line, std::strlen(job.line)))
+    if (!WriteName(job.shared.active, job.line, std::strlen(job.line)))
         return FailWithString(job, IDS_LIST_WRITE_FAILED);
     job.line[CategoryLength(job.line)] = '\0';
-    if (!StoreCategory(job, files)) return false;
-    CountGroup(job);
+    if (!StoreCategory(job, categories)) return false;
+    ++job.groupCount;
     return true;
 }
 
-bool StoreGroups(GroupListJob& job, ListFiles& files) {
+bool StoreGroups(GroupListJob& job, StringSet& categories) {
     while (ReadLineOf(job, true)) {
         if (job.line[0] == '.') return true;
-        if (!StoreGroup(job, files)) return false;
+        if (!StoreGroup(job, categories)) return false;
     }
     return FailWithString(job, IDS_LIST_INCOMPLETE);
 }
 
-// However it ended, what the counter left out so far shows now.
-bool StoreGroupsAndCount(GroupListJob& job, ListFiles& files) {
-    const bool stored = StoreGroups(job, files);
-    const ErrorKeeper keeper;
-    if (job.shownCount != job.groupCount) ShowCount(job);
-    return stored;
-}
-
-bool TransferList(GroupListJob& job, ListFiles& files) {
-    if (!CreateStringSet(files.categories)) return FailWithString(job, IDS_LIST_HASH_FAILED);
-    const bool transferred = AskForList(job) && StoreGroupsAndCount(job, files);
-    DestroyStringSet(files.categories);
+bool TransferList(GroupListJob& job) {
+    StringSet categories;
+    if (!CreateStringSet(categories)) return FailWithString(job, IDS_LIST_HASH_FAILED);
+    const bool transferred = AskForList(job) && StoreGroups(job, categories);
+    ShowCount(job);
     return transferred;
 }
 
@@ -197,28 +171,23 @@ bool FailToOpen(GroupListJob& job, const wchar_t* format) {
     return false;
 }
 
-bool OpenFiles(GroupListJob& job, ListFiles& files) {
-    if (!OpenDataFile(files.active, job.activePath.get(), FileMode::kReplace)) {
+bool OpenFiles(GroupListJob& job) {
+    const Locked locked(job.shared.lock);
+    if (job.shared.abandoned) return false;
+    if (!OpenDataFile(job.shared.active, job.activePath.get(), FileMode::kReplace)) {
         return FailToOpen(job, L"Can't open active file(%d)");
     }
-    if (!OpenDataFile(files.category, job.categoryPath.get(), FileMode::kReplace)) {
+    if (!OpenDataFile(job.shared.category, job.categoryPath.get(), FileMode::kReplace)) {
         return FailToOpen(job, L"Can't open category file(%d)");
     }
     return true;
 }
 
-void StoreList(GroupListJob& job) {
-    const std::unique_ptr<ListFiles> files(new (std::nothrow) ListFiles);
-    if (!files) {
-        SetError(kErrorNoMemory);
-        FailToOpen(job, L"Can't open active file(%d)");
-        return;
-    }
-    if (!OpenFiles(job, *files)) return;
-    const bool transferred = TransferList(job, *files);
-    CloseConnection(job.connection);
-    const bool closed = CloseDataFile(files->active) && CloseDataFile(files->category);
-    if (transferred && !closed) FailWithString(job, IDS_LIST_WRITE_FAILED);
+// False when not all that was stored reached the disk.
+bool CloseFiles(GroupListShare& shared) {
+    const Locked locked(shared.lock);
+    const bool activeClosed = CloseDataFile(shared.active);
+    return CloseDataFile(shared.category) && activeClosed;
 }
 
 DWORD WINAPI GroupListWorker(void* parameter) {
@@ -229,7 +198,8 @@ DWORD WINAPI GroupListWorker(void* parameter) {
     return 0;
 }
 
-bool CopyOptional(const char* text, NarrowText& copy) {
+template <class Text>
+bool CopyOptional(const char* text, Text& copy) {
     if (text) copy = CopyText(text);
     return !text || copy;
 }
@@ -245,12 +215,19 @@ GroupListJob* MakeGroupListJob(const GroupListRequest& request, HWND notifyWindo
     job->port = request.port;
     job->notifyWindow = notifyWindow;
     InitConnection(job->connection);
+    job->connection.beforeReceive = BeforeReceive;
+    job->connection.context = job.get();
     const bool copied =
         CopyOptional(request.user, job->user) && CopyOptional(request.password, job->password);
     return copied && job->activePath && job->categoryPath && job->server ? job.release() : nullptr;
 }
 
 void ReleaseGroupListJob(GroupListJob* job) {
+    {
+        const Locked locked(job->shared.lock);
+        job->shared.abandoned = true;
+        (void)CloseFiles(job->shared);
+    }
     if (InterlockedDecrement(&job->owners) == 0) delete job;
 }
 
@@ -268,8 +245,9 @@ bool StartGroupListWorker(GroupListJob* job) {
 }
 
 void FetchGroupList(GroupListJob& job) {
-    if (Open(job) && LogIn(job)) StoreList(job);
+    const bool stored = Open(job) && LogIn(job) && OpenFiles(job) && TransferList(job);
     CloseConnection(job.connection);
+    if (!CloseFiles(job.shared) && stored) FailWithString(job, IDS_LIST_WRITE_FAILED);
 }
 
 std::size_t CategoryLength(const char* name) {

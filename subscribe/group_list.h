@@ -4,20 +4,31 @@
 #pragma once
 
 #include "nntp/connection.h"
+#include "platform/lock.h"
+#include "store/file.h"
 #include "text/owned.h"
 
 // Posted to the job's window when the worker is done: WM_COMMAND with this id.
 constexpr UINT kGroupListDone = 103;
 
-// What the worker works on. The dialog and the worker share it; whoever lets go last frees it.
+// What the dialog and the worker share until the dialog has gone.
+struct GroupListShare {
+    Lock lock;  // for all that follows
+    bool abandoned = false;
+    DataFile active, category;
+};
+
+// What the worker works on, its own but for `shared`. It has two owners, the dialog and the worker; whoever
+// lets go last frees it.
 struct GroupListJob {
     LONG owners = 1;
+    GroupListShare shared;
     WideText activePath;
     WideText categoryPath;
     NarrowText server;
     uint32_t port = 0;
-    NarrowText user;      // null: no login; an empty one counts as given
-    NarrowText password;  // the same
+    NarrowText user;  // null: no login; an empty one counts as given
+    Secret password;  // the same
     HWND notifyWindow = nullptr;
     UINT notifyCommand = kGroupListDone;
     bool outOfMemory = false;  // the error text itself could not be made
@@ -27,7 +38,6 @@ struct GroupListJob {
     ReplyLine line;
     uint32_t groupCount = 0;  // groups stored so far
     uint32_t shownCount = 0;  // what the counter on the screen says
-    DWORD shownAt = 0;        // tick of the counter's last change on the screen
 };
 
 // What the user has configured. Nothing is owned; user and password may be null.
@@ -42,6 +52,9 @@ struct GroupListRequest {
 
 // A job with one owner; null when memory runs out.
 GroupListJob* MakeGroupListJob(const GroupListRequest& request, HWND notifyWindow);
+
+// Lets go of the job. The files are closed then, with what was stored so far, and a worker that still runs
+// opens and writes none any more; it ends with the server's next word or its silence.
 void ReleaseGroupListJob(GroupListJob* job);
 
 // Starts the worker, which becomes a second owner. False, with the last error, when there is no thread.

@@ -8,6 +8,7 @@
 #include "resources/resource.h"
 #include "store/file.h"
 #include "store/group_store.h"
+#include "subscribe/group_file.h"
 #include "subscribe/group_list_dialog.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -16,7 +17,7 @@
 
 namespace {
 
-constexpr uint32_t kLongestName = 1024;
+constexpr int kLongestName = 1024;  // UTF-16 units of a row's text
 constexpr int kColumnWidth = 180;
 constexpr int kImageWidth = 8;
 enum Image { kNotSubscribed = 0, kSubscribed = 1 };
@@ -61,8 +62,8 @@ void EnableCategoryButton(const SubscribeState& state, bool enabled) {
 // What memory does not hold is not shown.
 void ListCategories(const SubscribeState& state, DataFile& file) {
     NameList entries;
-    char line[kLongestName + 1];
-    while (ReadLine(file, line, sizeof(line), true) && AddName(entries, ToWide(line), kNotSubscribed)) {
+    GroupLine line;
+    while (ReadGroupLine(file, line, true) && AddName(entries, ToWide(line), kNotSubscribed)) {
     }
     ShowEntries(ListOf(state), entries);
 }
@@ -77,16 +78,22 @@ void ShowCategories(SubscribeState& state) {
     SetCursor(before);
 }
 
+// Of the data folder's path.
+std::size_t FolderLength(const SubscribeState& state) {
+    return wcslen(state.groupPath) - wcslen(L"group.dat");
+}
+
 // Every group whose name begins with the category's bytes; no '.' has to follow them.
 void ListGroups(const SubscribeState& state, DataFile& file, const char* category) {
     const std::size_t length = std::strlen(category);
+    const std::size_t folderLength = FolderLength(state);
     NameList entries;
-    char line[kLongestName + 1];
-    while (ReadLine(file, line, sizeof(line), true)) {
+    GroupLine line;
+    while (ReadGroupLine(file, line, true)) {
         if (std::strncmp(line, category, length) != 0) continue;
         WideText name = ToWide(line);
         // A group whose name cannot be a file name could keep nothing.
-        if (name && !IsFileName(name.get())) continue;
+        if (name && !IsFileName(name.get(), folderLength)) continue;
         const int image = FindString(state.subscriptions, line) ? kSubscribed : kNotSubscribed;
         if (!AddName(entries, std::move(name), image)) break;
     }
@@ -150,8 +157,9 @@ bool LoadSubscriptions(SubscribeState& state) {
         state.loadError = GetError() == kErrorFileNotFound ? 0 : GetError();
         return TellLoadFailure(IDS_SUBSCRIBE_OPEN_FAILED);
     }
-    char line[kLongestName + 1];
-    while (ReadLine(file, line, sizeof(line), true) && AddString(state.subscriptions, line)) {
+    GroupLine line;
+    while (ReadGroupLine(file, line, true, nullptr, &state.overlongLines) &&
+           AddString(state.subscriptions, line)) {
     }
     if (GetError() == kErrorEndOfFile) return true;
     state.loadError = GetError();
@@ -186,7 +194,7 @@ INT_PTR OnInitDialog(HWND dialog, SubscribeState* state) {
 }
 
 void OnDownload(SubscribeState& state) {
-    NarrowText typedPassword;
+    Secret typedPassword;
     const bool asks = state.user && !state.password;
     if (asks) {
         const INT_PTR result = RunPasswordPrompt(state.instance, state.dialog, state.user, typedPassword);
@@ -203,13 +211,13 @@ void OnDownload(SubscribeState& state) {
     ShowCategories(state);
 }
 
-bool WriteNames(DataFile& file, const StringSet& names) {
-    StringSetIterator iterator = IterateStrings(names);
+bool WriteFile(DataFile& file, const SubscribeState& state) {
+    StringSetIterator iterator = IterateStrings(state.subscriptions);
     while (const StringNode* node = NextString(iterator)) {
         const auto length = static_cast<uint32_t>(std::strlen(node->text));
         if (!WriteBytes(file, node->text, length) || !WriteBytes(file, "\r\n", 2)) return false;
     }
-    return CloseDataFile(file);
+    return WriteKept(file, state.overlongLines) && CloseDataFile(file);
 }
 
 // What was not read whole must not be written over.
@@ -224,7 +232,7 @@ void SaveSubscriptions(const SubscribeState& state) {
         ShowLastError(IDS_SUBSCRIBE_REPLACE_FAILED, kProgramCaption);
         return;
     }
-    if (!WriteNames(file, state.subscriptions)) ShowLastError(IDS_SUBSCRIBE_WRITE_FAILED, kProgramCaption);
+    if (!WriteFile(file, state)) ShowLastError(IDS_SUBSCRIBE_WRITE_FAILED, kProgramCaption);
 }
 
 INT_PTR OnCommand(SubscribeState& state, int id) {

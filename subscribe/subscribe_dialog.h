@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/platform.h"
+#include "store/kept_bytes.h"
 #include "store/string_set.h"
 
 struct SubscribeState {
@@ -18,6 +19,7 @@ struct SubscribeState {
     HINSTANCE instance = nullptr;
     HIMAGELIST imageList = nullptr;  // the marks; released when the dialog has closed
     StringSet subscriptions;         // the chosen names, as they stand in the file
+    KeptBytes overlongLines;         // of the file: nobody reads them, and they stay in it
     bool listsCategories = true;     // else the groups of one category
     unsigned loadError = 0;          // why the set does not hold the whole file; 0 when it does
 };

@@ -3,16 +3,18 @@
 #include <wchar.h>
 #include <cstring>
 
+#include "text/last_error.h"
+
 namespace {
 
 // The string buffer, followed by the instance that its texts come from.
 struct StringBuffer {
-    wchar_t text[kTextCapacity];
+    TextBuffer text;
     HINSTANCE instance;
 };
 
 StringBuffer stringBuffer;
-wchar_t errorBuffer[kTextCapacity + 16];
+TextBuffer errorBuffer;
 
 }  // namespace
 
@@ -24,28 +26,39 @@ HINSTANCE ResourceInstance() {
 }
 
 const wchar_t* LoadResString(UINT id) {
-    const int length = LoadStringW(stringBuffer.instance, id, stringBuffer.text, kTextCapacity);
-    return length < 1 ? nullptr : stringBuffer.text;
+    return LoadResString(id, stringBuffer.text);
+}
+
+const wchar_t* LoadResString(UINT id, TextBuffer& buffer) {
+    const ErrorKeeper keeper;
+    return LoadStringW(stringBuffer.instance, id, buffer, kTextCapacity) < 1 ? nullptr : buffer;
 }
 
 const wchar_t* FormatLastError(const wchar_t* format) {
-    const DWORD error = GetLastError();
-    wsprintfW(errorBuffer, format ? format : L"(%d)", error);
-    return errorBuffer;
+    return FormatLastError(format, errorBuffer);
+}
+
+const wchar_t* FormatLastError(const wchar_t* format, TextBuffer& buffer) {
+    wsprintfW(buffer, format ? format : L"(%d)", GetLastError());  // writes kTextCapacity units at most
+    return buffer;
 }
 
 const wchar_t* FormatText(const wchar_t* format, const wchar_t* text) {
+    return FormatText(format, text, errorBuffer);
+}
+
+const wchar_t* FormatText(const wchar_t* format, const wchar_t* text, TextBuffer& buffer) {
     const wchar_t* place = format ? wcsstr(format, L"%s") : nullptr;
     if (!place) {
-        CopyCut(errorBuffer, kTextCapacity, format ? format : text);
-        return errorBuffer;
+        CopyCut(buffer, kTextCapacity, format ? format : text);
+        return buffer;
     }
     const std::size_t before = static_cast<std::size_t>(place - format);
-    CopyCut(errorBuffer, before + 1, format);
-    CopyCut(errorBuffer + before, kTextCapacity - before, text);
-    const std::size_t length = wcslen(errorBuffer);
-    CopyCut(errorBuffer + length, kTextCapacity - length, place + 2);
-    return errorBuffer;
+    CopyCut(buffer, before + 1, format);
+    CopyCut(buffer + before, kTextCapacity - before, text);
+    const std::size_t length = wcslen(buffer);
+    CopyCut(buffer + length, kTextCapacity - length, place + 2);
+    return buffer;
 }
 
 void CopyCut(wchar_t* buffer, std::size_t capacity, const wchar_t* text) {
@@ -56,8 +69,5 @@ void CopyCut(wchar_t* buffer, std::size_t capacity, const wchar_t* text) {
 }
 
 void ShowLastError(UINT id, const wchar_t* caption, UINT icon) {
-    const DWORD error = GetLastError();
-    const wchar_t* format = LoadResString(id);
-    SetLastError(error);
-    MessageBoxW(nullptr, FormatLastError(format), caption, MB_OK | icon);
+    MessageBoxW(nullptr, FormatLastError(LoadResString(id)), caption, MB_OK | icon);
 }

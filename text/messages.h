@@ -1,26 +1,31 @@
-// The program's texts: string-table entries and "(%d)" messages. Both helpers hold one buffer for the whole
-// process, so each call overwrites the text of the one before; a caller that needs two texts copies the
-// first. The worker threads use them too, copying at once.
+// The program's texts: string-table entries and "(%d)" messages. Without a buffer of the caller's, the
+// helpers share one each for the whole process, so each call overwrites the text of the one before; a caller
+// that needs two texts copies the first. Those are the user-interface thread's: a worker brings its own.
 #pragma once
 
 #include <cstddef>
 
 #include "platform/platform.h"
 
-constexpr int kTextCapacity = 1024;  // UTF-16 units of each shared buffer, and of a message's title or text
+constexpr int kTextCapacity = 1024;  // UTF-16 units of each buffer, and of a message's title or text
+
+using TextBuffer = wchar_t[kTextCapacity];
 
 // The module that holds the resources; set once at start-up.
 void SetResourceInstance(HINSTANCE instance);
 HINSTANCE ResourceInstance();
 
-// String-table entry `id`, or null when there is none.
+// String-table entry `id`, or null when there is none. The last error stays.
 const wchar_t* LoadResString(UINT id);
+const wchar_t* LoadResString(UINT id, TextBuffer& buffer);
 
 // `format` with the last error for its one "%d".
 const wchar_t* FormatLastError(const wchar_t* format);
+const wchar_t* FormatLastError(const wchar_t* format, TextBuffer& buffer);
 
 // `format` with one text for its "%s", cut to kTextCapacity - 1 units.
 const wchar_t* FormatText(const wchar_t* format, const wchar_t* text);
+const wchar_t* FormatText(const wchar_t* format, const wchar_t* text, TextBuffer& buffer);
 
 // Copies `text` into a buffer of `capacity` units, cut to fit and always terminated.
 void CopyCut(wchar_t* buffer, std::size_t capacity, const wchar_t* text);

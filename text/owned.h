@@ -13,3 +13,37 @@ template <class T>
 std::unique_ptr<T[]> NewArray(std::size_t count) {
     return std::unique_ptr<T[]>(new (std::nothrow) T[count]);
 }
+
+// Overwrites what is about to be released. The compiler must not take that for useless.
+inline void Wipe(void* memory, std::size_t size) {
+    for (auto next = static_cast<volatile char*>(memory); size > 0; --size)
+        *next++ = 0;
+}
+
+// Releases a text that nobody may find in memory afterwards: up to its NUL it is overwritten.
+template <class Unit>
+struct WipingDelete {
+    WipingDelete() = default;
+    WipingDelete(std::default_delete<Unit[]>) {}  // so that a plain text can be moved into a secret one
+
+    void operator()(Unit* text) const {
+        for (volatile Unit* unit = text; *unit != 0; ++unit)
+            *unit = 0;
+        delete[] text;
+    }
+};
+
+// A password, or a text that holds one. Made from a NarrowText or WideText by moving it.
+using Secret = std::unique_ptr<char[], WipingDelete<char>>;
+using WideSecret = std::unique_ptr<wchar_t[], WipingDelete<wchar_t>>;
+
+// Room for a secret that a window or the registry is asked for.
+template <std::size_t kUnits>
+struct SecretBuffer {
+    wchar_t text[kUnits] = {};
+
+    SecretBuffer() = default;
+    SecretBuffer(const SecretBuffer&) = delete;
+    SecretBuffer& operator=(const SecretBuffer&) = delete;
+    ~SecretBuffer() { Wipe(text, sizeof(text)); }
+};

@@ -115,11 +115,15 @@ class KeywordDialogTest : public testing::Test {
 // "日本語" in Shift_JIS.
 const std::string kNihongo = "\x93\xFA\x96\x7B\x8C\xEA";
 
+// Lines that the filter does not read, and that the dialog does not either.
+const std::string kUnread = "+ " + std::string(510, 'a') + "\r\n";
+const std::string kOverlong = "- " + std::string(1100, 'x') + "\r\n";
+
 struct EditCase {
     const char* sentence;
     std::string before;
-    const wchar_t* proposed;
-    const char* script;
+    std::wstring proposed;
+    std::string script;
     std::string after;
 };
 
@@ -149,14 +153,22 @@ const EditCase kEdits[] = {
      "+ no end\r\n- y\r\n+ z\r\n"},
     {"a proposal that is a keyword already stands twice", "+ a\r\n", L"a", "[a+] a= <a> = | low | OK",
      "- a\r\n"},
+    {"a long proposal is cut to what the filter reads, between two characters", "- b\r\n",
+     std::wstring(506, L'a') + L"日本", "high | OK", "+ " + std::string(506, 'a') + "\r\n- b\r\n"},
+    {"no more can be typed than the filter reads", "- b\r\n", L"a",
+     "type " + std::string(255, 'q') + " | low | OK", "- b\r\n- " + std::string(253, 'q') + "\r\n"},
+    {"a line that the filter does not read keeps no other from it", kUnread + "- b\r\n", L"c", "high | OK",
+     "- b\r\n+ c\r\n" + kUnread},
+    {"what stands from an overlong line on stays", "+ c\r\n" + kOverlong + "+ d\r\nno end", L"a",
+     "[a=] c+ <a> = | low | OK", "- a\r\n+ c\r\n" + kOverlong + "+ d\r\nno end"},
 };
 
 TEST_F(KeywordDialogTest, KeywordsAreEdited) {
     for (const EditCase& row : kEdits) {
         SCOPED_TRACE(row.sentence);
         Put(row.before);
-        EXPECT_EQ(Run(row.proposed, row.script),
-                  std::string(row.script).find("cancel") == std::string::npos ? 1 : 2);
+        EXPECT_EQ(Run(row.proposed.c_str(), row.script),
+                  row.script.find("cancel") == std::string::npos ? 1 : 2);
         EXPECT_EQ(File(), row.after);
         EXPECT_FALSE(folder_.Has(L"fj.test.flt~"));
     }

@@ -9,6 +9,7 @@
 #include "store/file.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/support/scripted_server.h"
+#include "tests/support/secret_watch.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
@@ -18,8 +19,9 @@ using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
 const std::string kNippon = "fj.\x93\xFA\x96\x7B";
-const Lines kActive = {"junk",   "fj.test", "fjx.test", "alt.test", kNippon, "fj.a:b",   "fj.comp",
-                       "fj.a/b", "fj.a?",   "fj.ab",    "alt.\x01", "fj.ba", "Fj.other", ""};
+const Lines kActive = {"junk",     "fj.test", "fjx.test", "alt.test", kNippon,
+                       "fj.a:b",   "fj.comp", "fj.a/b",   "fj.a?",    "fj.ab",
+                       "alt.\x01", "fj.ba",   "Fj.other", "",         "fj." + std::string(297, 'x')};
 
 std::string AsFile(const Lines& lines) {
     std::string file;
@@ -203,27 +205,45 @@ TEST_F(SubscribeTest, ChoicesAreWrittenInTheOrderOfTheHash) {
     }
 }
 
+TEST_F(SubscribeTest, OverlongLinesStayInTheFile) {
+    const std::string longest(1022, 'x');
+    const std::string lines[] = {longest + "y\r\n", "a\rb" + std::string(5000, '\0') + "\n",
+                                 std::string(2000, 'z')};
+    PutGroups("fj.ab\r\n" + lines[0] + longest + "\r\n" + lines[1] + "fj.ba\r\n" + lines[2]);
+    Run("fj | ? fj.ab* fj.ba* fj.comp fj.test fj.日本 fjx.test | fj.test | OK");
+    EXPECT_EQ(Groups(), InHashOrder({"fj.ab", longest, "fj.ba", "fj.test"}) + lines[0] + lines[1] + lines[2]);
+}
+
+int readsLeft = 0;
+
+DWORD FailReads(FileCall call) {
+    return call == FileCall::kRead && --readsLeft < 0 ? ERROR_CRC : 0;
+}
+
 TEST_F(SubscribeTest, AFileThatWasNotReadWholeIsNotWrittenOver) {
+    constexpr int kAllReads = 99;
     const struct {
         const char* sentence;
         std::string file;
         bool held;  // by another program, while the dialog reads it
-        DWORD readError;
+        int reads;  // that succeed
         const char* box;
     } rows[] = {
-        {"held by another program", "fj.test\r\n", true, 0, "グループファイルが開けません(32)"},
-        {"more names than the set can hold", AsFile(Lines(30000, std::string(40, 'x'))), false, 0,
+        {"held by another program", "fj.test\r\n", true, kAllReads, "グループファイルが開けません(32)"},
+        {"more names than the set can hold", AsFile(Lines(30000, std::string(40, 'x'))), false, kAllReads,
          "グループファイルが開けません(Load:8)"},
-        {"a bad spot", "fj.test\r\n", false, ERROR_CRC, "グループファイルが開けません(Load:23)"},
+        {"a bad spot", "fj.test\r\n", false, 0, "グループファイルが開けません(Load:23)"},
+        {"a bad spot in a line that is too long", std::string(20000, 'x') + "\r\nfj.test\r\n", false, 1,
+         "グループファイルが開けません(Load:23)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
         PutGroups(row.file);
         DataFile held;
         ASSERT_TRUE(!row.held || OpenDataFile(held, group_.c_str(), FileMode::kReadAlone));
-        if (row.readError)
-            SetFileFault([](FileCall call) -> DWORD { return call == FileCall::kRead ? ERROR_CRC : 0; });
-        const std::string error = row.held ? "(32)" : row.readError ? "(23)" : "(8)";
+        readsLeft = row.reads;
+        if (row.reads < kAllReads) SetFileFault(FailReads);
+        const std::string error = row.held ? "(32)" : row.reads < kAllReads ? "(23)" : "(8)";
         Run("? | OK",
             {std::string("x|PELNOR|") + row.box, "x|PELNOR|グループファイルが開けませんでした" + error},
             {{IDC_SUBSCRIBE_LIST, [&](HWND) { return CloseDataFile(held); }}});
@@ -256,8 +276,10 @@ TEST_F(SubscribeTest, AFirstStartLeadsToTheDownload) {
                "C: LIST active\nS: 215 list\nS: fj.test 1 1 y\nS: " +
                kNippon + " 1 1 y\nS: alt.test 1 1 y\nS: .\n"));
     port_ = server.Start();
+    const SecretWatch watch("hi mitsu");
     Run("download | ? alt fj | fj | ? fj.test fj.日本 | fj.日本 | on back | OK",
         {"x|PELNOR|グループファイルが開けません(2)"}, Steps(IDC_PASSWORD_EDIT, "OK", PlayPrompt));
+    EXPECT_EQ(watch.found, 0) << "a password was left in memory";
     EXPECT_THAT(server.Finish(), IsEmpty());
     EXPECT_EQ(folder_.Read(L"category.dat"), AsFile({"fj", "alt"}));
     EXPECT_EQ(Groups(), AsFile({kNippon}));

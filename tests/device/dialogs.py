@@ -94,6 +94,19 @@ class Dialogs(windows.Windows):
         yield procedure, handle, WM_INITDIALOG, 0, parameter
         return handle
 
+    def CreateDialogIndirectParamW(self, _instance, number, owner, procedure, parameter):
+        return self.make_dialog(number, owner, procedure, parameter)
+
+    def IsDialogMessageW(self, _dialog, _message):
+        return 0
+
+    def GetWindow(self, handle, _owner):
+        return self.handles[handle].parent
+
+    def GetMessageW(self, record):
+        yield from self.run_threads()
+        return super().GetMessageW(record)
+
     def DialogBoxIndirectParamW(self, _instance, number, owner, procedure, parameter):
         handle = yield from self.make_dialog(number, owner, procedure, parameter)
         self.modal.append(handle)

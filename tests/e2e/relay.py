@@ -17,6 +17,7 @@ class Relay:
         self.connections = 0
         self.held = threading.Event()
         self._awaited, self._release = None, threading.Event()
+        self._nameless = False
         self.rung = threading.Event()
         self._passed, self._alarm = 0, None
         self._listener = socket.create_server(("127.0.0.1", 0))
@@ -37,8 +38,11 @@ class Relay:
             end.shutdown(socket.SHUT_RDWR)
         end.close()
 
-    def hold(self, command):
-        """The next such command line stays here until release(); `held` is set while it does."""
+    def hold(self, command, ahead=False):
+        """The next such command line stays here until release(); `held` is set while it does. The program waits two
+        minutes for it, and only 10 seconds when it sends commands `ahead`: which it does once a reply has named its
+        article."""
+        self._nameless = not ahead
         self.held.clear()
         self._release.clear()
         self._awaited = command
@@ -99,7 +103,7 @@ class Relay:
         with contextlib.suppress(OSError):
             inn.answer_at_once(server)
             while data := server.recv(65536 if self._alarm is None else 512):
-                client.sendall(data)
+                client.sendall(b"221 0" + data[4:] if self._nameless and data.startswith(b"221 ") else data)
                 self._count(len(data))
                 inn.answer_at_once(server)
             client.shutdown(socket.SHUT_WR)

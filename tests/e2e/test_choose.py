@@ -118,6 +118,25 @@ class Choose(scenario.Scenario):
         self.assertEqual(folder.read("group.dat"), b"fj.test\r\n")
         self.assert_rows(running, [Group(TEST)])
 
+    def test_bad_names_and_a_list_that_was_given_up_hinder_nothing(self):
+        lines = [b"x" * 300, b"y" * 1100, TEST.encode("ascii"), b""]
+        folder = self.folder([])
+        folder.write("group.dat", b"\r\n".join(lines))
+        running = self.start()
+        self.assert_rows(running, [Group(TEST)])
+        running.command(SUBSCRIBE)
+        dialog = running.wait_dialog(CHOICE)
+        self.relay.hold("LIST active")
+        self.click(running, dialog, DOWNLOAD)
+        self.relay.wait_held()
+        box = running.wait_dialog(FETCHING)
+        self.bench.order("post", box.handle, WM_COMMAND, 2, 0)
+        running.wait_gone(box)
+        running.press(dialog, "OK")
+        self.assert_rows(running, [Group(TEST)])
+        self.assertEqual(running.dialogs(), [])
+        self.assertEqual(sorted(folder.read("group.dat").split(b"\r\n")), sorted(lines))
+
     def open_group(self, running):
         running.key(running.group_list(), VK_DOWN)
         running.key(running.group_list(), VK_RETURN)

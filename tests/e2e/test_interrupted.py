@@ -20,10 +20,10 @@ class Interrupted(scenario.Scenario):
         super().setUpClass()
         cls.server.feed(corpus.articles(GROUP, 20))
 
-    def start_run(self, command):
+    def start_run(self, command, ahead=False):
         """A run that stands still at `command`."""
         folder, running = self.folder([GROUP]), self.start()
-        self.relay.hold(command)
+        self.relay.hold(command, ahead)
         running.command(GET_ARTICLES)
         self.relay.wait_held()
         # Commands leave ahead of the replies: the seven articles before must have been stored, too.
@@ -142,7 +142,7 @@ class Interrupted(scenario.Scenario):
         self.assert_torn_then_whole(folder, self.start())
 
     def test_a_connection_that_breaks_is_made_good_by_a_new_one(self):
-        folder, running, _ = self.start_run("BODY 8")
+        folder, running, _ = self.start_run("BODY 8", ahead=True)
         self.relay.hang_up()
         self.assertEqual(running.finish_run(), scenario.DONE)
         self.assertEqual(self.relay.connections, 2)

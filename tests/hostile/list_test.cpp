@@ -3,9 +3,11 @@
 
 #include <sstream>
 
+#include "resources/resource.h"
 #include "subscribe/group_list.h"
 #include "tests/hostile/hostile_run.h"
 #include "tests/hostile/receive_limit.h"
+#include "text/messages.h"
 
 namespace {
 
@@ -30,7 +32,11 @@ struct ListRun {
         const std::wstring category = folder.FilePath(L"category.dat");
         GroupListRequest request = {active.c_str(), category.c_str(), kHost, server.Port()};
         GroupListJob* job = MakeGroupListJob(request, nullptr);
+        const wchar_t* shared[] = {FormatText(LoadResString(IDS_NO_MEMORY), L""),
+                                   LoadResString(IDS_NO_ANSWER)};
         FetchGroupList(*job);
+        EXPECT_STREQ(shared[0], L"メモリが足りません") << "the worker wrote over a text of the other thread";
+        EXPECT_STREQ(shared[1], L"サーバからの応答がありません");
         text = job->errorText ? job->errorText.get() : L"";
         ReleaseGroupListJob(job);
     }

@@ -217,7 +217,7 @@ TEST(PasswordPrompt, AsksForThePassword) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
-        NarrowText password;
+        Secret password;
         const UiThread thread(
             [&] { return RunPasswordPrompt(GetModuleHandleW(nullptr), nullptr, row.user, password); });
         const HWND dialog = thread.Window(L"ﾊﾟｽﾜｰﾄﾞの入力"), edit = GetDlgItem(dialog, IDC_PASSWORD_EDIT);

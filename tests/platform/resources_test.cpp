@@ -6,6 +6,7 @@
 
 #include "platform/platform.h"
 #include "resources/resource.h"
+#include "shell/commands.h"
 
 namespace {
 
@@ -90,6 +91,40 @@ TEST(Resources, EverythingIsJapanese) {
                 << "type " << reinterpret_cast<ULONG_PTR>(type) << ", name "
                 << reinterpret_cast<ULONG_PTR>(name);
         }
+    }
+}
+
+void ExpectCommands(HMENU menu) {
+    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+        const UINT id = GetMenuItemID(menu, i);
+        if (const HMENU popup = GetSubMenu(menu, i)) {
+            ExpectCommands(popup);
+        } else if (id != 0) {
+            EXPECT_TRUE(IsCommand(id)) << id;
+        }
+    }
+}
+
+// Of a bar's buttons a drop-down opens a menu; the others are commands.
+void ExpectCommandsOfBar(LPWSTR name) {
+    HRSRC resource = FindResourceW(nullptr, name, RT_RCDATA);
+    auto words = static_cast<const WORD*>(LockResource(LoadResource(nullptr, resource)));
+    for (const WORD* button = words + 2; button < words + 2 + 7 * words[1]; button += 7) {
+        const bool opensMenu = (button[3] & 0x08) != 0;
+        EXPECT_TRUE(opensMenu || IsCommand(button[1])) << button[1];
+    }
+}
+
+TEST(Resources, EveryItemButtonAndKeyDoesSomething) {
+    for (LPWSTR name : ResourcesOf(RT_MENU))
+        ExpectCommands(LoadMenuW(nullptr, name));
+    for (LPWSTR name : ResourcesOf(RT_RCDATA))
+        ExpectCommandsOfBar(name);
+    for (LPWSTR name : ResourcesOf(RT_ACCELERATOR)) {
+        ACCEL keys[16];
+        const int count = CopyAcceleratorTableW(LoadAcceleratorsW(nullptr, name), keys, 16);
+        for (int i = 0; i < count; ++i)
+            EXPECT_TRUE(IsCommand(keys[i].cmd)) << keys[i].cmd;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "settings/view_options.h"
+#include "tests/support/secret_watch.h"
 #include "tests/support/temp_folder.h"
 #include "text/convert.h"
 
@@ -53,7 +54,8 @@ class SettingsTest : public testing::Test {
     bool complete = false;
 };
 
-std::string OrNone(const NarrowText& text) {
+template <class Owner>
+std::string OrNone(const Owner& text) {
     return text ? text.get() : "(none)";
 }
 
@@ -181,6 +183,23 @@ TEST_F(SettingsTest, APasswordNeedsAUser) {
     EXPECT_EQ(OrNone(settings.Password), "p") << "loaded without a user";
     ASSERT_TRUE(SaveSettings(settings));
     EXPECT_EQ(Read(L"Password"), kNone) << "and gone with the next save";
+}
+
+TEST_F(SettingsTest, NoPasswordStaysInMemoryThatIsFree) {
+    Write(L"UserID", Text(L"taro"));
+    Write(L"Password", Text(L"himitsu"));
+    SecretWatch watch("himitsu");
+    Load();
+    EXPECT_EQ(OrNone(settings.Password), "himitsu");
+    ASSERT_TRUE(SaveSettings(settings));
+    FreeSettings(settings);
+    EXPECT_GT(watch.freed, 0);
+    EXPECT_EQ(watch.found, 0);
+    alignas(SecretBuffer<8>) wchar_t memory[8];
+    const auto typed = new (memory) SecretBuffer<8>;
+    wcscpy(typed->text, L"himitsu");
+    typed->~SecretBuffer();
+    EXPECT_EQ(std::wstring(memory, 8), std::wstring(8, L'\0'));
 }
 
 TEST_F(SettingsTest, TheDraftFolderHangsOnTheDataFolder) {

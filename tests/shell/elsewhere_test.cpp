@@ -23,8 +23,8 @@ TEST_F(ElsewhereTest, OfTwoStartsAtOnceOneStays) {
         std::atomic<int> waiting{0};
         const auto start = [&waiting] {
             ++waiting;
-            while (waiting < 2) {
-            }
+            while (waiting < 2)
+                std::this_thread::yield();
             return RunPelnor(GetModuleHandleW(nullptr), SW_SHOW);
         };
         const UiThread first(start), second(start);

@@ -5,13 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "store/group_store.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
 
 TEST(GroupFileTest, NamesAreReadInTheFilesOrder) {
     TempFolder folder;
-    const std::string x1022(1022, 'x');
+    const std::string x1023(1023, 'x');
+    const std::string fits(259 - 5 - folder.Path().size(), 'x');  // with ".idx~" behind it
     const struct {
         const char* why;
         std::string file;
@@ -21,8 +23,18 @@ TEST(GroupFileTest, NamesAreReadInTheFilesOrder) {
         {"a '#' within a name", "fj#a\r\n", {"fj#a"}},
         {"the last line has no end", "fj.a\r\nfj.b", {"fj.a", "fj.b"}},
         {"what is left of a last line is too short", "fj.a\r\nfj", {"fj.a"}},
-        {"1024 bytes fit", x1022 + "\r\nfj.a\r\n", {x1022, "fj.a"}},
-        {"one byte more ends the reading", "fj.a\r\nx" + x1022 + "\r\nfj.b\r\n", {"fj.a"}},
+        {"lines over 1024 bytes are passed over",
+         "fj.a\r\n" + x1023 + "\r\nfj.b\r\n" + x1023 + x1023,
+         {"fj.a", "fj.b"}},
+        {"an LF ends them where a CR was before",
+         "\r" + x1023 + "x\nfj.a\r\n" + x1023 + "\n\r\nfj.b\r\n",
+         {"fj.a", "fj.b"}},
+        {"a name costs only its own group where no file can have it",
+         "fj/a\r\nfj.b\r\nnul\r\n..\r\n",
+         {"fj.b"}},
+        {"so does one that has no room in the folder",
+         fits + "\r\nx" + fits + "\r\nfj.b\r\n",
+         {fits, "fj.b"}},
     };
     for (const auto& row : rows) {
         folder.Write(L"group.dat", row.file);
@@ -33,6 +45,12 @@ TEST(GroupFileTest, NamesAreReadInTheFilesOrder) {
             names.emplace_back(name, name + wcslen(name));
         EXPECT_EQ(names, row.names) << row.why;
     }
+}
+
+TEST(GroupFileTest, ANameHasRoomForItsLongestFile) {
+    const std::wstring x251(251, L'x');
+    EXPECT_TRUE(IsFileName(x251.c_str() + 1, 1));
+    EXPECT_FALSE(IsFileName(x251.c_str(), 1));
 }
 
 TEST(GroupFileTest, ReadersDoNotKeepEachOtherOut) {
