@@ -82,11 +82,16 @@ set(PELNOR_SOURCES
 )
 
 set(PELNOR_DESKTOP_SOURCES
+  platform/desktop/bar.cpp
   platform/desktop/desktop.cpp
   platform/desktop/dialog_place.cpp
+  platform/desktop/dock.cpp
   platform/desktop/frame.cpp
   platform/desktop/menubar.cpp
+  platform/desktop/popups.cpp
   platform/desktop/ras.cpp
+  platform/desktop/wheel.cpp
+  platform/desktop/window_place.cpp
 )
 
 set(PELNOR_DEVICE_SOURCES

@@ -91,6 +91,7 @@ void SetFrameIcon(const AppFrame& frame) {
 
 LRESULT OnCreate(AppFrame& frame) {
     frame.turn.Reset();
+    SetUpDesktopFrame(frame.mainWindow, IDI_PELNOR, kProgramKey, kWakeMessage);
     if (!MakeMenuBars(frame)) {
         MessageBoxW(nullptr, L"FAILED", L"DEBUG", MB_OK | MB_ICONERROR);
         PostQuitMessage(0);

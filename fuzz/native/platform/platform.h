@@ -19,12 +19,15 @@ using UINT = unsigned;
 using SIZE_T = std::size_t;
 using HANDLE = void*;
 using HKEY = void*;
+using HWND = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
 using HGDIOBJ = void*;
 using HIMAGELIST = void*;
 using HWND = void*;
+using HMENU = void*;
+using HHOOK = void*;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
 
@@ -121,6 +124,8 @@ HDC GetDC(HWND);
 int ReleaseDC(HWND, HDC);
 HGDIOBJ SelectObject(HDC, HGDIOBJ);
 BOOL ImageList_Destroy(HIMAGELIST);
+BOOL DestroyMenu(HMENU);
+BOOL UnhookWindowsHookEx(HHOOK);
 
 // The files' contents by path, and how many handles are open.
 extern std::map<std::wstring, std::string> memoryFiles;
