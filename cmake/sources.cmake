@@ -14,30 +14,30 @@ set(PELNOR_SOURCES
   store/article_list.cpp
   store/data_folder.cpp
   store/delete_read.cpp
-  store/file.cpp
+  files/data_file.cpp
   store/group_store.cpp
   store/header_block.cpp
   store/index.cpp
   store/log.cpp
   store/record.cpp
-  store/kept_bytes.cpp
+  files/kept_bytes.cpp
   store/string_set.cpp
   store/upgrade.cpp
-  filters/keyword_dialog.cpp
+  keywords/keyword_dialog.cpp
   filters/keyword_filter.cpp
   filters/match.cpp
-  settings/account_page.cpp
-  settings/colour_page.cpp
-  settings/connection_page.cpp
-  settings/font_page.cpp
-  settings/keys_page.cpp
-  settings/main_page.cpp
-  settings/posting_page.cpp
+  sheet/account_page.cpp
+  sheet/colour_page.cpp
+  sheet/connection_page.cpp
+  sheet/font_page.cpp
+  sheet/keys_page.cpp
+  sheet/main_page.cpp
+  sheet/posting_page.cpp
   settings/registry.cpp
   settings/settings.cpp
-  settings/settings_page.cpp
-  settings/settings_sheet.cpp
-  settings/user_page.cpp
+  sheet/settings_page.cpp
+  sheet/settings_sheet.cpp
+  sheet/user_page.cpp
   settings/view_options.cpp
   subscribe/group_file.cpp
   subscribe/group_list.cpp

@@ -2,7 +2,7 @@
 
 #include "dialup/dialup.h"
 #include "resources/resource.h"
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 #include "settings/view_options.h"
 #include "shell/app_frame.h"
 #include "shell/commands.h"

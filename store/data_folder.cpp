@@ -1,6 +1,6 @@
 #include "store/data_folder.h"
 
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/last_error.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/owned.h"
 
 struct GroupStore {

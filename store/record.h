@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "filters/priority.h"
 #include "store/header_block.h"
 
 constexpr uint32_t kIndexVersion = 5;
@@ -67,8 +68,6 @@ static_assert(sizeof(IndexRecord) == 92 && offsetof(IndexRecord, subjectTextOffs
 constexpr uint32_t kReadFlag = 1;
 constexpr uint32_t kPriorityShift = 1;
 constexpr uint32_t kPriorityMask = 3 << kPriorityShift;
-
-enum Priority : uint32_t { kPriorityNormal = 0, kPriorityLow = 1, kPriorityHigh = 2 };
 
 inline bool IsRead(const IndexRecord& record) {
     return (record.flags & kReadFlag) != 0;

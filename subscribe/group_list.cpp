@@ -4,7 +4,7 @@
 
 #include "nntp/login.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "store/string_set.h"
 #include "text/convert.h"
 #include "text/last_error.h"

@@ -1,9 +1,9 @@
 #include "tests/faults/operations.h"
 
-#include "filters/keyword_dialog.h"
+#include "keywords/keyword_dialog.h"
 #include "filters/keyword_filter.h"
 #include "resources/resource.h"
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 #include "shell/reload.h"
 #include "shell/run.h"
 #include "store/article_list.h"
