@@ -61,10 +61,9 @@ void OpenList(ArticleList& list, const BenchFolder& folder, const Group& group) 
 // Calls `show` with the top row of each page down to the last, as the view does.
 template <class Show>
 void PageToEnd(uint32_t articles, const Show& show) {
-    ListScroll scroll;
-    scroll.rows = {kRowsPerPage, 0, articles};
+    ScrollState scroll{kRowsPerPage, 0, articles};
     do
-        show(scroll.rows.top);
+        show(scroll.top);
     while (PageDown(scroll) == ScrollResult::kMoved);
 }
 

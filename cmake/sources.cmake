@@ -59,9 +59,11 @@ set(PELNOR_SOURCES
   nntp/session.cpp
   drafts/draft_tree.cpp
   drafts/file_chooser.cpp
+  drafts/file_items.cpp
   dialup/dialup.cpp
   views/article_layout.cpp
   views/article_view.cpp
+  views/columns.cpp
   views/group_view.cpp
   views/row_view.cpp
   views/scrolling.cpp

@@ -7,9 +7,7 @@ bool OpenKeywordFile(DataFile& file, const wchar_t* path) {
     if (OpenDataFile(file, path, FileMode::kRead)) return true;
     if (GetError() != kErrorFileNotFound) return false;
     const WideText saved = JoinPath(path, L"~");
-    if (!saved) return false;
-    if (!FileExists(saved.get())) return Fail(kErrorFileNotFound);
-    return RenameDataFile(saved.get(), path) && OpenDataFile(file, path, FileMode::kRead);
+    return saved && RenameDataFile(saved.get(), path) && OpenDataFile(file, path, FileMode::kRead);
 }
 
 bool LoadKeywordFilter(KeywordFilter& filter, const wchar_t* path) {

@@ -271,19 +271,19 @@ hostent* gethostbyname(const char*) {
 
 // The windows' side, of which a run needs little.
 
-BOOL DestroyWindow(HWND) {
-    return 1;
-}
 void ResetCursor(GroupCursor&) {}
 const wchar_t* CurrentGroup(GroupCursor& cursor) {
     return cursor.currentRow < std::size(kRows) ? kRows[cursor.currentRow] : nullptr;
 }
 void StartGroup(ProgressDialog&, const wchar_t*, uint32_t, uint32_t) {}
 void StepProgress(ProgressDialog&) {}
-const wchar_t* LoadResString(UINT) {
+BOOL DestroyWindow(HWND) {
+    return 1;
+}
+const wchar_t* LoadResString(UINT, TextBuffer&) {
     return L"text";
 }
-const wchar_t* FormatText(const wchar_t*, const wchar_t*) {
+const wchar_t* FormatText(const wchar_t*, const wchar_t*, TextBuffer&) {
     return L"text";
 }
 int wsprintfW(wchar_t* text, const wchar_t*, ...) {

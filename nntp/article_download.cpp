@@ -150,10 +150,10 @@ bool TakeReplies(Fetch& fetch) {
 }
 
 void Summarise(const Fetch& fetch) {
-    wchar_t text[kTextCapacity];
+    TextBuffer resource, text;
     const ArticlePlan& plan = fetch.run->pipeline->plan;
     const bool limited = IsLimited(plan);
-    const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED);
+    const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED, resource);
     wsprintfW(text, format ? format : L"%d", limited ? plan.limit : plan.fetched);
     SetResult(ResultOf(fetch), L"", text, kInformation);
 }
@@ -162,7 +162,9 @@ void Summarise(const Fetch& fetch) {
 bool RefuseGroup(const Fetch& fetch, UINT id) {
     const WideText reply = ToWide(fetch.run->conversation->line);
     RunResult& result = ResultOf(fetch);
-    SetResult(result, fetch.group, FormatText(LoadResString(id), reply ? reply.get() : L"??\r\n"), kWarning);
+    TextBuffer format, text;
+    SetResult(result, fetch.group,
+              FormatText(LoadResString(id, format), reply ? reply.get() : L"??\r\n", text), kWarning);
     const std::size_t length = wcslen(result.text);
     result.text[length > 2 ? length - 2 : 0] = L'\0';
     return false;
@@ -216,7 +218,8 @@ bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetch
     uint32_t first = 0;
     lastFetched = reply.last;
     if (FindRange(fetch.store, reply, first)) return FetchRange(fetch, first, reply, lastFetched);
-    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES), kInformation);
+    TextBuffer text;
+    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES, text), kInformation);
     return true;
 }
 

@@ -1,7 +1,6 @@
 // One tiny move-only owner for each call that releases something.
 #pragma once
 
-#include "platform/memory.h"
 #include "platform/platform.h"
 
 // `Traits` gives the handle's type, the value that means none, and the call that releases a handle.
@@ -66,10 +65,7 @@ struct RegistryKeyTraits {
 struct HeapTraits {
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
-    static void Free(Handle handle) {
-        if (memoryWatch) memoryWatch->released(handle);
-        HeapDestroy(handle);
-    }
+    static void Free(Handle handle) { HeapDestroy(handle); }
 };
 
 struct FontTraits {
@@ -142,3 +138,37 @@ using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;
 using HeapOwner = Owner<HeapTraits>;
 using FontOwner = Owner<FontTraits>;
+
+// A window's own device context. The last error survives the release.
+class WindowDc {
+  public:
+    explicit WindowDc(HWND window) : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() {
+        const DWORD error = GetLastError();
+        ReleaseDC(window_, dc_);
+        SetLastError(error);
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+
+    HDC Get() const { return dc_; }
+
+  private:
+    HWND window_;
+    HDC dc_;
+};
+
+// Selects an object into a device context until the end of the scope; nothing when it is null.
+class Selection {
+  public:
+    Selection(HDC dc, HGDIOBJ object) : dc_(dc), before_(object ? SelectObject(dc, object) : nullptr) {}
+    ~Selection() {
+        if (before_) SelectObject(dc_, before_);
+    }
+    Selection(const Selection&) = delete;
+    Selection& operator=(const Selection&) = delete;
+
+  private:
+    HDC dc_;
+    HGDIOBJ before_;
+};

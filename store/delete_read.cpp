@@ -141,25 +141,6 @@ bool DropIndexes(const TemporaryPaths& paths, const GroupStore& store, bool newL
     return TakeLogsPlace(paths, store, newLogWaits) && DeleteIfThere(paths.index.get());
 }
 
-// Whether the new index is complete and describes a log, which may have grown since. Error 13 when it is not;
-// any other error when it cannot be known.
-bool DescribesLog(const wchar_t* indexPath, uint32_t logSize) {
-    DataFile index;
-    IndexHeader header;
-    if (!OpenDataFile(index, indexPath, FileMode::kRead) || !ReadExactly(index, &header, kHeaderSize))
-        return false;
-    const uint64_t size = kHeaderSize + static_cast<uint64_t>(header.recordCount) * kRecordSize;
-    if (header.version != kIndexVersion || index.size != size) return Fail(kErrorInvalidData);
-    uint32_t end = 0;
-    for (uint32_t number = 0; number < header.recordCount; ++number) {
-        IndexRecord record;
-        if (!ReadExactly(index, &record, kRecordSize)) return false;
-        if (record.logOffset != end || record.logLength > logSize - end) return Fail(kErrorInvalidData);
-        end += record.logLength;
-    }
-    return true;
-}
-
 bool EndsArticle(DataFile& log, const IndexRecord& record) {
     constexpr uint32_t kEndLength = sizeof(kSeparator) - 1;
     char end[kEndLength];
@@ -167,6 +148,25 @@ bool EndsArticle(DataFile& log, const IndexRecord& record) {
     SeekTo(log, record.logOffset + record.logLength - kEndLength);
     if (!ReadExactly(log, end, kEndLength)) return false;
     return std::memcmp(end, kSeparator, kEndLength) == 0 || Fail(kErrorInvalidData);
+}
+
+// Whether the new index is complete and describes a log, which may have grown since. Error 13 when it is not;
+// any other error when it cannot be known.
+bool DescribesLog(const wchar_t* indexPath, DataFile& log) {
+    DataFile index;
+    IndexHeader header;
+    IndexRecord record;
+    if (!OpenDataFile(index, indexPath, FileMode::kRead) || !ReadExactly(index, &header, kHeaderSize))
+        return false;
+    const uint64_t size = kHeaderSize + static_cast<uint64_t>(header.recordCount) * kRecordSize;
+    if (header.version != kIndexVersion || index.size != size) return Fail(kErrorInvalidData);
+    uint32_t end = 0;
+    for (uint32_t number = 0; number < header.recordCount; ++number) {
+        if (!ReadExactly(index, &record, kRecordSize)) return false;
+        if (record.logOffset != end || record.logLength > log.size - end) return Fail(kErrorInvalidData);
+        end += record.logLength;
+    }
+    return end == log.size || EndsArticle(log, record);
 }
 
 // Whether every record names a place in the log that ends as articles do. Error 13 when not: then the log is
@@ -188,7 +188,7 @@ bool NamesArticles(const wchar_t* indexPath, const wchar_t* logPath) {
 
 bool FitsLog(const WideText& indexPath, const WideText& logPath) {
     DataFile log;
-    return OpenDataFile(log, logPath.get(), FileMode::kRead) && DescribesLog(indexPath.get(), log.size);
+    return OpenDataFile(log, logPath.get(), FileMode::kRead) && DescribesLog(indexPath.get(), log);
 }
 
 // False when it cannot be known.

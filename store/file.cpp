@@ -11,17 +11,6 @@ namespace {
 constexpr uint32_t kBufferSize = 16384;
 constexpr uint32_t kLargestPosition = 0xFFFFFFFF;
 
-FileFault fileFault = nullptr;
-
-DWORD FaultOf(FileCall call) {
-    return fileFault ? fileFault(call) : 0;
-}
-
-bool Allowed(FileCall call) {
-    const DWORD error = FaultOf(call);
-    return error == 0 || Fail(error == kTornWrite ? ERROR_DISK_FULL : error);
-}
-
 struct OpenArguments {
     DWORD access;
     DWORD sharing;
@@ -78,7 +67,7 @@ bool MoveSystemPosition(DataFile& file, uint32_t position) {
 
 bool SystemRead(DataFile& file, uint32_t position, void* destination, uint32_t count, uint32_t& got) {
     got = 0;
-    if (!Allowed(FileCall::kRead) || !MoveSystemPosition(file, position)) return false;
+    if (!MoveSystemPosition(file, position)) return false;
     DWORD read = 0;
     if (!ReadFile(file.handle.Get(), destination, count, &read, nullptr)) {
         file.systemPosition = kLargestPosition;
@@ -89,20 +78,10 @@ bool SystemRead(DataFile& file, uint32_t position, void* destination, uint32_t c
     return true;
 }
 
-// What a write that stops half-way leaves on a medium: whole sectors.
-uint32_t TornCount(uint32_t position, uint32_t count) {
-    constexpr uint32_t kSectorSize = 512;
-    const uint32_t end = (position + count / 2) / kSectorSize * kSectorSize;
-    return end > position ? end - position : 0;
-}
-
 bool SystemWrite(DataFile& file, uint32_t position, const void* source, uint32_t count) {
-    const DWORD fault = FaultOf(FileCall::kWrite);
-    if (fault != 0 && fault != kTornWrite) return Fail(fault);
     if (!MoveSystemPosition(file, position)) return false;
-    const uint32_t part = fault == kTornWrite ? TornCount(position, count) : count;
     DWORD written = 0;
-    const BOOL done = WriteFile(file.handle.Get(), source, part, &written, nullptr);
+    const BOOL done = WriteFile(file.handle.Get(), source, count, &written, nullptr);
     file.systemPosition = done ? position + written : kLargestPosition;
     if (!done) return false;
     return written == count || Fail(ERROR_DISK_FULL);
@@ -111,8 +90,7 @@ bool SystemWrite(DataFile& file, uint32_t position, const void* source, uint32_t
 // What stands behind the new contents.
 bool CutRest(DataFile& file) {
     if (!file.cutsAtClose) return true;
-    return Allowed(FileCall::kWrite) && MoveSystemPosition(file, file.size) &&
-           SetEndOfFile(file.handle.Get());
+    return MoveSystemPosition(file, file.size) && SetEndOfFile(file.handle.Get());
 }
 
 void DropWindow(DataFile& file) {
@@ -176,12 +154,12 @@ bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode) {
     CloseDataFile(file);
     if (!file.buffer) file.buffer = NewArray<char>(kBufferSize);
     if (!file.buffer) return Fail(kErrorNoMemory);
-    if (!Allowed(FileCall::kOpen)) return false;
     FileOwner handle(OpenHandle(path, ArgumentsOf(mode)));
     if (!handle) return false;
     DWORD high = 0;
     const DWORD size = GetFileSize(handle.Get(), &high);
     if (high != 0) return Fail(kErrorInvalidData);
+    if (size == kLargestPosition) return false;  // it could not be asked for
     file.handle = std::move(handle);
     file.position = file.systemPosition = 0;
     file.cutsAtClose = mode == FileMode::kRewrite;
@@ -301,7 +279,7 @@ bool FileExists(const wchar_t* path) {
 }
 
 bool DeleteDataFile(const wchar_t* path) {
-    return Allowed(FileCall::kDelete) && DeleteFileW(path);
+    return DeleteFileW(path);
 }
 
 bool DeleteIfThere(const wchar_t* path) {
@@ -309,7 +287,7 @@ bool DeleteIfThere(const wchar_t* path) {
 }
 
 bool RenameDataFile(const wchar_t* from, const wchar_t* to) {
-    return Allowed(FileCall::kRename) && MoveFileW(from, to);
+    return MoveFileW(from, to);
 }
 
 WideText JoinPath(const wchar_t* path, const wchar_t* suffix) {
@@ -323,8 +301,4 @@ WideText JoinPath(const wchar_t* path, const wchar_t* suffix) {
     std::memcpy(joined.get(), path, length * sizeof(wchar_t));
     std::memcpy(joined.get() + length, suffix, (suffixLength + 1) * sizeof(wchar_t));
     return joined;
-}
-
-void SetFileFault(FileFault fault) {
-    fileFault = fault;
 }

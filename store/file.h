@@ -78,10 +78,3 @@ bool FileExists(const wchar_t* path);
 
 // `path` with `suffix` appended; null with error 8.
 WideText JoinPath(const wchar_t* path, const wchar_t* suffix);
-
-// For the tests: asked before every call to the system, it lets the call happen (0) or makes it fail with an
-// error number. Null in the program.
-enum class FileCall { kOpen, kRead, kWrite, kDelete, kRename };
-constexpr DWORD kTornWrite = 0xFFFFFFFF;  // a write stops half-way, after a whole sector, as on a full disk
-using FileFault = DWORD (*)(FileCall call);
-void SetFileFault(FileFault fault);

@@ -1,6 +1,7 @@
 #include "views/article_layout.h"
 
-#include "platform/memory.h"
+#include <cstdlib>
+
 #include "text/last_error.h"
 
 namespace {
@@ -29,8 +30,8 @@ uint32_t UnitsOfLine(const wchar_t* text, uint32_t most) {
     return units;
 }
 
-// Measures as much at once as the lines before let expect, and more only when all of that fits. A line that
-// merely ended says nothing about how much the next one holds.
+// Measures at once about what the lines before held, and more only when all of that fits. A line that ended
+// early says nothing about how much the next one holds.
 uint32_t FittingUnits(const wchar_t* start, int width, const TextMeasure& measure, WrapHint& hint) {
     uint32_t asked = hint.units;
     while (true) {
@@ -42,7 +43,7 @@ uint32_t FittingUnits(const wchar_t* start, int width, const TextMeasure& measur
     }
 }
 
-// The lines of the layout, growing while they are found.
+// The lines found so far.
 struct Table {
     DisplayLine* lines = nullptr;
     uint32_t count = 0;
@@ -53,7 +54,7 @@ struct Table {
 void AddLine(Table& table, const wchar_t* text, uint32_t length, bool quote) {
     if (table.count == table.capacity && !table.failed) {
         const uint32_t capacity = table.capacity ? table.capacity + table.capacity / 2 : kFirstCapacity;
-        void* grown = GrowMemory(table.lines, capacity * sizeof(DisplayLine));
+        void* grown = std::realloc(table.lines, capacity * sizeof(DisplayLine));
         table.failed = !grown;
         if (grown) {
             table.lines = static_cast<DisplayLine*>(grown);
@@ -76,7 +77,7 @@ bool StartsWithName(const wchar_t* line, const wchar_t* name) {
     return *name == L'\0';
 }
 
-// Where the walk stands in the article. The flags are those of the logical line.
+// A place in the article. The flags are those of its logical line.
 struct Walk {
     const wchar_t* text;
     bool inHeader = true;
@@ -141,7 +142,7 @@ ArticleLayout::~ArticleLayout() {
 }
 
 void FreeLayout(ArticleLayout& layout) {
-    ReleaseMemory(layout.lines);
+    std::free(layout.lines);
     layout.lines = nullptr;
     layout.lineCount = layout.headerLines = 0;
 }
@@ -154,7 +155,7 @@ bool LayOut(ArticleLayout& layout, const wchar_t* text, const LayoutOptions& opt
     AddBlankLines(table, options.rowsPerPage);
     AddLine(table, nullptr, 0, false);
     if (table.failed) {
-        ReleaseMemory(table.lines);
+        std::free(table.lines);
         return Fail(kErrorNoMemory);
     }
     layout.lines = table.lines;

@@ -1,7 +1,6 @@
 // The desktop's side of platform.h.
 #include <cstring>
 
-#include "platform/memory.h"
 #include "platform/owners.h"
 
 namespace {
@@ -28,7 +27,7 @@ void* GetWindowPointer(HWND window, int offset) {
 }
 
 bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
-    Owner<GlobalTraits> block(MemoryAllowed() ? GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size) : nullptr);
+    Owner<GlobalTraits> block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size));
     void* memory = block ? GlobalLock(block.Get()) : nullptr;
     if (!memory) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);

@@ -1,7 +1,6 @@
 // The device's spelling of what platform.h promises: a pointer fits a window's 32-bit words there.
 #include <cstring>
 
-#include "platform/memory.h"
 #include "platform/platform.h"
 
 static_assert(sizeof(SHMENUBARINFO) == 32);
@@ -26,7 +25,7 @@ void* GetWindowPointer(HWND window, int offset) {
 
 // A local block is fixed here: its handle is its address.
 bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
-    const HLOCAL block = MemoryAllowed() ? LocalAlloc(LMEM_FIXED | LMEM_ZEROINIT, size) : nullptr;
+    const HLOCAL block = LocalAlloc(LMEM_FIXED | LMEM_ZEROINIT, size);
     if (block) std::memcpy(block, bytes, size);
     if (block && SetClipboardData(format, block)) return true;  // the clipboard's from here on
     const DWORD error = block ? GetLastError() : ERROR_NOT_ENOUGH_MEMORY;

@@ -6,6 +6,7 @@
 #include "resources/resource.h"
 #include "store/file.h"
 #include "tests/choose/dialog_user.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"
 
 namespace {

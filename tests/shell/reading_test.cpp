@@ -50,8 +50,8 @@ class ReadingTest : public WalkTest {
         EXPECT_EQ(WordAt(kGroup, 88), Unread(kGroup));
         EXPECT_EQ(list.store.unreadCount, Unread(kGroup));
         EXPECT_EQ(WordAt(kGroup, 16), 45u);
-        EXPECT_EQ(Subjects().scroll.rows.total, rows.size());
-        const uint32_t top = Subjects().scroll.rows.top, page = Subjects().scroll.rows.page;
+        EXPECT_EQ(Subjects().scroll.total, rows.size());
+        const uint32_t top = Subjects().scroll.top, page = Subjects().scroll.page;
         ASSERT_EQ(list.rowsInPage, std::min<std::size_t>(page, rows.size() - top));
         EXPECT_LT(Subjects().scroll.cursor, std::max(list.rowsInPage, 1u));
         for (uint32_t i = 0; i < list.rowsInPage; ++i) {
@@ -65,9 +65,9 @@ class ReadingTest : public WalkTest {
     // Presses until the key moves nothing any more.
     void PressToTheEnd(int key) {
         for (uint32_t row = Row() + 1, top = 0, i = 0; i < 200; ++i) {
-            if (row == Row() && top == Subjects().scroll.rows.top) return;
+            if (row == Row() && top == Subjects().scroll.top) return;
             row = Row();
-            top = Subjects().scroll.rows.top;
+            top = Subjects().scroll.top;
             Key(key);
             ExpectConsistent();
         }
@@ -116,8 +116,8 @@ TEST_F(ReadingTest, TheListOfSubjects) {
         for (const int key : {VK_NEXT, VK_PRIOR, VK_RIGHT, VK_LEFT, VK_DOWN, VK_UP}) {
             PressToTheEnd(key);
             const bool forward = key == VK_NEXT || key == VK_RIGHT || key == VK_DOWN;
-            const uint32_t last = static_cast<uint32_t>(rows.size()) - Subjects().scroll.rows.page;
-            EXPECT_EQ(Subjects().scroll.rows.top, forward ? last : 0);
+            const uint32_t last = static_cast<uint32_t>(rows.size()) - Subjects().scroll.page;
+            EXPECT_EQ(Subjects().scroll.top, forward ? last : 0);
             if (key == VK_DOWN) EXPECT_EQ(Row(), rows.size() - 1);
             if (key == VK_UP) EXPECT_EQ(Row(), 0u);
             EXPECT_EQ(frame->currentView, ViewKind::kSubject) << "past the end";
@@ -132,7 +132,7 @@ TEST_F(ReadingTest, TheListOfSubjects) {
             ExpectConsistent();
         }
     }
-    Tap(WM_LBUTTONDOWN, static_cast<int>(Subjects().scroll.rows.page) + 1);
+    Tap(WM_LBUTTONDOWN, static_cast<int>(Subjects().scroll.page) + 1);
     EXPECT_EQ(Row(), 4u) << "a tap beside the rows";
     Key(VK_ESCAPE);
     EXPECT_EQ(frame->currentView, ViewKind::kGroup);
@@ -237,7 +237,7 @@ TEST_F(ReadingTest, FromArticleToArticle) {
     Open();
     EXPECT_EQ(Cell(0, kUnreadColumn), L"0");
     OpenGroup(2);
-    EXPECT_EQ(Subjects().scroll.rows.total, 2u) << "another group";
+    EXPECT_EQ(Subjects().scroll.total, 2u) << "another group";
     EXPECT_THAT(boxes, IsEmpty());
 }
 
@@ -311,7 +311,7 @@ TEST_F(ReadingTest, FilesThatVanishAreToldAndNotMadeAnew) {
     EXPECT_EQ(Cell(0, kUnreadColumn), L"0") << "after the next start";
     OpenGroup(2);
     Command(IDC_LEVEL_LOW);
-    EXPECT_EQ(Subjects().scroll.rows.total, 2u) << "the other groups";
+    EXPECT_EQ(Subjects().scroll.total, 2u) << "the other groups";
 }
 
 TEST_F(ReadingTest, OddArticlesOpen) {

@@ -23,6 +23,7 @@ using HWND = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
+using HGDIOBJ = void*;
 using HMENU = void*;
 using HIMAGELIST = void*;
 using HHOOK = void*;
@@ -112,14 +113,17 @@ int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
 // Named by the owners, never called here.
 BOOL FindClose(HANDLE);
+BOOL SetEvent(HANDLE);
+BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
 BOOL DestroyMenu(HMENU);
-BOOL DestroyWindow(HWND);
-BOOL SetEvent(HANDLE);
 BOOL ImageList_Destroy(HIMAGELIST);
 BOOL UnhookWindowsHookEx(HHOOK);
+HDC GetDC(HWND);
+int ReleaseDC(HWND, HDC);
+HGDIOBJ SelectObject(HDC, HGDIOBJ);
 
 // The files' contents by path, and how many handles are open.
 extern std::map<std::wstring, std::string> memoryFiles;

@@ -1,0 +1,78 @@
+#include "tests/support/memory_watch.h"
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+#include "tests/support/imports.h"
+
+const MemoryWatch* memoryWatch = nullptr;
+
+// The linker makes these of the C library's functions, and calls of those reach what stands below.
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __real_realloc(void* block, std::size_t size);
+void __real_free(void* block);
+}
+
+void* operator new(std::size_t size) {
+    return __real_malloc(size);
+}
+
+namespace {
+
+bool Allowed(std::size_t size) {
+    return !memoryWatch || memoryWatch->allows(size);
+}
+
+void* Taken(void* memory) {
+    if (memory && memoryWatch) memoryWatch->taken(memory);
+    return memory;
+}
+
+void* Released(void* memory) {
+    if (memory && memoryWatch) memoryWatch->released(memory);
+    return memory;
+}
+
+HANDLE WINAPI MakeHeap(DWORD options, SIZE_T initial, SIZE_T most) {
+    static const auto make = RealFunction<decltype(&MakeHeap)>("HeapCreate");
+    return Allowed(initial) ? Taken(make(options, initial, most)) : nullptr;
+}
+
+void* WINAPI TakeFromHeap(HANDLE heap, DWORD options, SIZE_T size) {
+    static const auto take = RealFunction<decltype(&TakeFromHeap)>("HeapAlloc");
+    return Allowed(size) ? take(heap, options, size) : nullptr;
+}
+
+BOOL WINAPI DestroyHeap(HANDLE heap) {
+    static const auto destroy = RealFunction<decltype(&DestroyHeap)>("HeapDestroy");
+    return destroy(Released(heap));
+}
+
+}  // namespace
+
+extern "C" {
+void* __wrap_malloc(std::size_t size) {
+    return Allowed(size) ? Taken(__real_malloc(size)) : nullptr;
+}
+void* __wrap_realloc(void* block, std::size_t size) {
+    if (!Allowed(size)) return nullptr;
+    void* grown = __real_realloc(Released(block), size);
+    return grown ? Taken(grown) : (Taken(block), nullptr);
+}
+void __wrap_free(void* block) {
+    __real_free(Released(block));
+}
+}
+
+IN_PLACE_OF(HeapCreate, MakeHeap)
+IN_PLACE_OF(HeapAlloc, TakeFromHeap)
+IN_PLACE_OF(HeapDestroy, DestroyHeap)
+
+void* TakeUnwatched(std::size_t size) {
+    return __real_malloc(size);
+}
+void ReleaseUnwatched(void* memory) {
+    __real_free(memory);
+}
