@@ -271,15 +271,15 @@ hostent* gethostbyname(const char*) {
 
 // The windows' side, of which a run needs little.
 
+BOOL DestroyWindow(HWND) {
+    return 1;
+}
 void ResetCursor(GroupCursor&) {}
 const wchar_t* CurrentGroup(GroupCursor& cursor) {
     return cursor.currentRow < std::size(kRows) ? kRows[cursor.currentRow] : nullptr;
 }
 void StartGroup(ProgressDialog&, const wchar_t*, uint32_t, uint32_t) {}
 void StepProgress(ProgressDialog&) {}
-BOOL DestroyWindow(HWND) {
-    return 1;
-}
 const wchar_t* LoadResString(UINT, TextBuffer&) {
     return L"text";
 }

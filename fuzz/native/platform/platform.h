@@ -24,8 +24,9 @@ using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
 using HGDIOBJ = void*;
-using HMENU = void*;
 using HIMAGELIST = void*;
+using HWND = void*;
+using HMENU = void*;
 using HHOOK = void*;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
@@ -118,12 +119,13 @@ BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
-BOOL DestroyMenu(HMENU);
-BOOL ImageList_Destroy(HIMAGELIST);
-BOOL UnhookWindowsHookEx(HHOOK);
+BOOL SetEvent(HANDLE);
 HDC GetDC(HWND);
 int ReleaseDC(HWND, HDC);
 HGDIOBJ SelectObject(HDC, HGDIOBJ);
+BOOL ImageList_Destroy(HIMAGELIST);
+BOOL DestroyMenu(HMENU);
+BOOL UnhookWindowsHookEx(HHOOK);
 
 // The files' contents by path, and how many handles are open.
 extern std::map<std::wstring, std::string> memoryFiles;
