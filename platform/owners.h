@@ -74,6 +74,12 @@ struct FontTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+struct ThreadTraits {  // the thread itself runs on
+    using Handle = HANDLE;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { CloseHandle(handle); }
+};
+
 struct TurnTraits {  // an event that is set while it is nobody's turn
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
@@ -125,6 +131,7 @@ struct BitmapTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+using ThreadOwner = Owner<ThreadTraits>;
 using TurnOwner = Owner<TurnTraits>;
 using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;
