@@ -131,7 +131,6 @@ struct BitmapTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
-using ThreadOwner = Owner<ThreadTraits>;
 using TurnOwner = Owner<TurnTraits>;
 using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;
@@ -140,6 +139,7 @@ using MenuOwner = Owner<MenuTraits>;
 using ImageListOwner = Owner<ImageListTraits>;
 using HookOwner = Owner<HookTraits>;
 using SocketOwner = Owner<SocketTraits>;
+using ThreadOwner = Owner<ThreadTraits>;
 using FileOwner = Owner<FileTraits>;
 using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;
