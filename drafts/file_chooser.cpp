@@ -6,7 +6,7 @@
 
 #include "drafts/file_items.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/convert.h"
 #include "text/name_list.h"
 

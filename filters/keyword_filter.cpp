@@ -1,15 +1,13 @@
 #include "filters/keyword_filter.h"
 
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/last_error.h"
 
 bool OpenKeywordFile(DataFile& file, const wchar_t* path) {
     if (OpenDataFile(file, path, FileMode::kRead)) return true;
     if (GetError() != kErrorFileNotFound) return false;
     const WideText saved = JoinPath(path, L"~");
-    if (!saved) return false;
-    if (!FileExists(saved.get())) return Fail(kErrorFileNotFound);
-    return RenameDataFile(saved.get(), path) && OpenDataFile(file, path, FileMode::kRead);
+    return saved && RenameDataFile(saved.get(), path) && OpenDataFile(file, path, FileMode::kRead);
 }
 
 bool LoadKeywordFilter(KeywordFilter& filter, const wchar_t* path) {

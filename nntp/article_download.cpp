@@ -2,8 +2,8 @@
 
 #include "nntp/article_lines.h"
 #include "resources/resource.h"
+#include "store/article_writer.h"
 #include "store/index.h"
-#include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "text/line.h"
@@ -150,10 +150,10 @@ bool TakeReplies(Fetch& fetch) {
 }
 
 void Summarise(const Fetch& fetch) {
-    wchar_t text[kTextCapacity];
+    TextBuffer resource, text;
     const ArticlePlan& plan = fetch.run->pipeline->plan;
     const bool limited = IsLimited(plan);
-    const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED);
+    const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED, resource);
     wsprintfW(text, format ? format : L"%d", limited ? plan.limit : plan.fetched);
     SetResult(ResultOf(fetch), L"", text, kInformation);
 }
@@ -162,7 +162,9 @@ void Summarise(const Fetch& fetch) {
 bool RefuseGroup(const Fetch& fetch, UINT id) {
     const WideText reply = ToWide(fetch.run->conversation->line);
     RunResult& result = ResultOf(fetch);
-    SetResult(result, fetch.group, FormatText(LoadResString(id), reply ? reply.get() : L"??\r\n"), kWarning);
+    TextBuffer format, text;
+    SetResult(result, fetch.group,
+              FormatText(LoadResString(id, format), reply ? reply.get() : L"??\r\n", text), kWarning);
     const std::size_t length = wcslen(result.text);
     result.text[length > 2 ? length - 2 : 0] = L'\0';
     return false;
@@ -206,8 +208,8 @@ bool FetchRange(Fetch& fetch, uint32_t first, const GroupReply& reply, uint32_t&
 
 // What lies between the articles already dealt with and the server's last; false when that is nothing.
 bool FindRange(const GroupStore& store, const GroupReply& reply, uint32_t& first) {
-    if (store.lastFetched == kNoneFetched) return false;
-    first = store.lastFetched + 1;
+    if (store.header.lastFetched == kNoneFetched) return false;
+    first = store.header.lastFetched + 1;
     if (first < reply.first) first = reply.first;
     return first <= reply.last;
 }
@@ -216,15 +218,16 @@ bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetch
     uint32_t first = 0;
     lastFetched = reply.last;
     if (FindRange(fetch.store, reply, first)) return FetchRange(fetch, first, reply, lastFetched);
-    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES), kInformation);
+    TextBuffer text;
+    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES, text), kInformation);
     return true;
 }
 
 // The log is on disk before the header says so, and nobody else gets at the index before it does.
 bool RecordOutcome(Fetch& fetch, uint32_t lastFetched, uint32_t serverLast) {
     GroupStore& store = fetch.store;
-    store.lastFetched = lastFetched;
-    store.serverLast = serverLast;
+    store.header.lastFetched = lastFetched;
+    store.header.serverLast = serverLast;
     const bool recorded =
         CloseDataFile(store.log) && SetStatusText(store, ResultOf(fetch).text) && WriteHeader(store);
     return recorded || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);

@@ -87,6 +87,7 @@ bool SendLine(NntpConnection& connection, const char* line) {
     std::memcpy(text, line, length);
     std::memcpy(text + length, "\r\n", 2);
     SendText(connection, text, length + 2);
+    Wipe(text, length);  // it may hold a password
     return true;
 }
 
@@ -133,15 +134,18 @@ bool SkipReply(NntpConnection& connection, ReplyLine& line) {
     }
 }
 
-NarrowText MakeCommand(const char* word, const char* argument) {
-    const std::size_t wordLength = std::strlen(word);
-    const std::size_t argumentLength = std::strlen(argument);
-    NarrowText command = NewArray<char>(wordLength + argumentLength + 1);
+Secret MakeCommand(const char* word, const char* argument, const char* end) {
+    const char* const parts[] = {word, argument, end};
+    std::size_t length = 0;
+    for (const char* part : parts)
+        length += std::strlen(part);
+    Secret command = NewArray<char>(length + 1);
     if (!command) {
         SetError(kErrorNoMemory);
         return nullptr;
     }
-    std::memcpy(command.get(), word, wordLength);
-    std::memcpy(command.get() + wordLength, argument, argumentLength + 1);
+    command[0] = '\0';
+    for (const char* part : parts)
+        std::strcat(command.get(), part);
     return command;
 }

@@ -57,5 +57,5 @@ bool EndsReply(const NntpConnection& connection, const ReplyLine& line);
 // Drops what is left of a multi-line reply, whatever it holds. Error 38 or 13.
 [[nodiscard]] bool SkipReply(NntpConnection& connection, ReplyLine& line);
 
-// "GROUP " and the like followed by a text; null with error 8.
-NarrowText MakeCommand(const char* word, const char* argument);
+// The three texts as one, which may hold a password; null with error 8.
+Secret MakeCommand(const char* word, const char* argument, const char* end);

@@ -1,30 +1,29 @@
-// No runtime library lies beside the program: these stand on the system's malloc, and answer null when memory
+// The program comes without a runtime library: these call the system's malloc and return null when memory
 // runs out, which every caller tests.
-#include "platform/memory.h"
-
+#include <cstdlib>
 #include <new>
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return TakeMemory(size);
+    return std::malloc(size ? size : 1);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return TakeMemory(size);
+    return std::malloc(size ? size : 1);
 }
 void operator delete(void* memory) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete[](void* memory) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }

@@ -1,10 +1,9 @@
-// One tiny move-only owner per release call.
+// One tiny move-only owner for each call that releases something.
 #pragma once
 
-#include "platform/memory.h"
 #include "platform/platform.h"
 
-// `Traits` names the handle's type, what "none" is, and how one is released.
+// `Traits` gives the handle's type, the value that means none, and the call that releases a handle.
 template <class Traits>
 class Owner {
   public:
@@ -24,7 +23,7 @@ class Owner {
     Handle Get() const { return handle_; }
     explicit operator bool() const { return handle_ != Traits::None(); }
 
-    // Hands the handle out: the caller releases it.
+    // Gives the handle to the caller, who then releases it.
     Handle Release() {
         const Handle handle = handle_;
         handle_ = Traits::None();
@@ -66,10 +65,7 @@ struct RegistryKeyTraits {
 struct HeapTraits {
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
-    static void Free(Handle handle) {
-        if (memoryWatch) memoryWatch->released(handle);
-        HeapDestroy(handle);
-    }
+    static void Free(Handle handle) { HeapDestroy(handle); }
 };
 
 struct FontTraits {
@@ -99,10 +95,10 @@ struct DcTraits {  // a memory device context
     static void Free(Handle handle) { DeleteDC(handle); }
 };
 
-struct BitmapTraits {
-    using Handle = HBITMAP;
+struct MenuTraits {
+    using Handle = HMENU;
     static Handle None() { return nullptr; }
-    static void Free(Handle handle) { DeleteObject(handle); }
+    static void Free(Handle handle) { DestroyMenu(handle); }
 };
 
 struct ImageListTraits {
@@ -111,11 +107,32 @@ struct ImageListTraits {
     static void Free(Handle handle) { ImageList_Destroy(handle); }
 };
 
+struct HookTraits {
+    using Handle = HHOOK;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { UnhookWindowsHookEx(handle); }
+};
+
+struct SocketTraits {
+    using Handle = SOCKET;
+    static Handle None() { return INVALID_SOCKET; }
+    static void Free(Handle handle) { closesocket(handle); }
+};
+
+struct BitmapTraits {
+    using Handle = HBITMAP;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { DeleteObject(handle); }
+};
+
 using TurnOwner = Owner<TurnTraits>;
 using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;
 using BitmapOwner = Owner<BitmapTraits>;
+using MenuOwner = Owner<MenuTraits>;
 using ImageListOwner = Owner<ImageListTraits>;
+using HookOwner = Owner<HookTraits>;
+using SocketOwner = Owner<SocketTraits>;
 using FileOwner = Owner<FileTraits>;
 using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-#include "store/file.h"
-#include "store/kept_bytes.h"
+#include "files/data_file.h"
+#include "files/kept_bytes.h"
 #include "text/owned.h"
 
 constexpr uint32_t kLongestGroupLine = 1024;  // bytes, line end included; buffers have one spare byte

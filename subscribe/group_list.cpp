@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "nntp/reply.h"
+#include "nntp/login.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "store/string_set.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -78,29 +78,31 @@ bool Send(GroupListJob& job, const char* command) {
     return command && SendLine(job.connection, command);
 }
 
+// A login command carries a line end of its own, so an empty line follows it: servers have always been sent
+// that here.
 bool Open(GroupListJob& job) {
-    if (!Connect(job.connection, job.server.get(), static_cast<uint16_t>(job.port))) {
-        return FailWith(job, L"Can't connect to server");
+    const ServerAccount server = {nullptr, static_cast<uint16_t>(job.port), job.user.get(),
+                                  job.password.get(), "\r\n"};
+    switch (OpenConversation(job.connection, job.server.get(), server, job.line)) {
+        case Opening::kNotConnected:
+            return FailWith(job, L"Can't connect to server");
+        case Opening::kNoGreeting:
+            return FailWith(job, L"Recv fail: Can't connect to server");
+        case Opening::kRefused:
+            return FailWithReply(job, L"Connection refused : %s");
+        case Opening::kUserNotSent:
+        case Opening::kPasswordNotSent:
+            return FailWith(job, L"Can't send data");
+        case Opening::kUserNotAnswered:
+        case Opening::kPasswordNotAnswered:
+            return FailWith(job, L"Can't redv data");
+        case Opening::kWrongUser:
+        case Opening::kWrongPassword:
+            return FailWithReply(job, L"%s");
+        case Opening::kOpen:
+            break;
     }
-    if (!ReadLineOf(job, false)) return FailWith(job, L"Recv fail: Can't connect to server");
-    return IsSuccess(job.line) || FailWithReply(job, L"Connection refused : %s");
-}
-
-// The command carries a line end of its own, so an empty line follows it: servers have always been sent that
-// here.
-bool AskLogin(GroupListJob& job, const char* word, const char* argument) {
-    const Secret start = MakeCommand(word, argument);
-    const Secret command = start ? MakeCommand(start.get(), "\r\n") : nullptr;
-    if (!Send(job, command.get())) return FailWith(job, L"Can't send data");
-    return ReadLineOf(job, false) || FailWith(job, L"Can't redv data");
-}
-
-bool LogIn(GroupListJob& job) {
-    if (!job.user || !job.password) return true;
-    if (!AskLogin(job, "authinfo user ", job.user.get())) return false;
-    if (!AsksForMore(job.line)) return FailWithReply(job, L"%s");
-    if (!AskLogin(job, "authinfo pass ", job.password.get())) return false;
-    return IsSuccess(job.line) || FailWithReply(job, L"%s");
+    return true;
 }
 
 bool RefuseList(GroupListJob& job) {
@@ -245,7 +247,7 @@ bool StartGroupListWorker(GroupListJob* job) {
 }
 
 void FetchGroupList(GroupListJob& job) {
-    const bool stored = Open(job) && LogIn(job) && OpenFiles(job) && TransferList(job);
+    const bool stored = Open(job) && OpenFiles(job) && TransferList(job);
     CloseConnection(job.connection);
     if (!CloseFiles(job.shared) && stored) FailWithString(job, IDS_LIST_WRITE_FAILED);
 }

@@ -5,7 +5,7 @@
 
 #include "nntp/connection.h"
 #include "platform/lock.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/owned.h"
 
 // Posted to the job's window when the worker is done: WM_COMMAND with this id.

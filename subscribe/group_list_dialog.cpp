@@ -25,9 +25,9 @@ INT_PTR OnInitDialog(HWND dialog, GroupListDialog* state) {
 void OnDone(HWND dialog) {
     auto state = static_cast<GroupListDialog*>(GetWindowPointer(dialog, kUserData));
     const GroupListJob* job = state ? state->job : nullptr;
-    if (job && job->errorText && job->errorText[0] != L'\0') {
-        MessageBoxW(nullptr, job->errorText.get(), kProgramCaption, MB_OK | MB_ICONEXCLAMATION);
-    }
+    const wchar_t* text = job ? job->errorText.get() : nullptr;
+    if (job && job->outOfMemory) text = LoadResString(IDS_NO_MEMORY);
+    if (text && *text) MessageBoxW(nullptr, text, kProgramCaption, MB_OK | MB_ICONEXCLAMATION);
     PostMessageW(dialog, WM_COMMAND, IDOK, 0);
 }
 

@@ -6,7 +6,7 @@
 
 #include "nntp/password_prompt.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "store/group_store.h"
 #include "subscribe/group_file.h"
 #include "subscribe/group_list_dialog.h"

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/platform.h"
-#include "store/kept_bytes.h"
+#include "files/kept_bytes.h"
 #include "store/string_set.h"
 
 struct SubscribeState {

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 
-#include "platform/memory.h"
 #include "platform/platform.h"
 #include "text/last_error.h"
 
@@ -12,7 +11,7 @@ constexpr uint32_t kFirstCapacity = 64;
 
 bool Grow(NameList& list) {
     const uint32_t capacity = list.capacity ? list.capacity * 2 : kFirstCapacity;
-    void* grown = GrowMemory(list.entries, capacity * sizeof(NameEntry));
+    void* grown = std::realloc(list.entries, capacity * sizeof(NameEntry));
     if (!grown) return false;
     list.entries = static_cast<NameEntry*>(grown);
     list.capacity = capacity;
@@ -28,7 +27,7 @@ int Compare(const void* left, const void* right) {
 NameList::~NameList() {
     for (uint32_t i = 0; i < count; ++i)
         delete[] entries[i].name;
-    ReleaseMemory(entries);
+    std::free(entries);
 }
 
 bool AddName(NameList& list, WideText name, int tag) {

@@ -5,13 +5,17 @@
 #include <memory>
 #include <new>
 
+#include "text/last_error.h"
+
 using NarrowText = std::unique_ptr<char[]>;   // 8-bit, NUL-terminated, in the stored text's code page
 using WideText = std::unique_ptr<wchar_t[]>;  // UTF-16, NUL-terminated
 
-// Room for `count` elements, not initialised; null when memory runs out (no error is set).
+// Room for `count` elements, not initialised; null, with error 8, when memory runs out.
 template <class T>
 std::unique_ptr<T[]> NewArray(std::size_t count) {
-    return std::unique_ptr<T[]>(new (std::nothrow) T[count]);
+    std::unique_ptr<T[]> array(new (std::nothrow) T[count]);
+    if (!array) SetError(kErrorNoMemory);
+    return array;
 }
 
 // Overwrites what is about to be released. The compiler must not take that for useless.

@@ -1,6 +1,7 @@
 #include "views/article_layout.h"
 
-#include "platform/memory.h"
+#include <cstdlib>
+
 #include "text/last_error.h"
 
 namespace {
@@ -53,7 +54,7 @@ struct Table {
 void AddLine(Table& table, const wchar_t* text, uint32_t length, bool quote) {
     if (table.count == table.capacity && !table.failed) {
         const uint32_t capacity = table.capacity ? table.capacity + table.capacity / 2 : kFirstCapacity;
-        void* grown = GrowMemory(table.lines, capacity * sizeof(DisplayLine));
+        void* grown = std::realloc(table.lines, capacity * sizeof(DisplayLine));
         table.failed = !grown;
         if (grown) {
             table.lines = static_cast<DisplayLine*>(grown);
@@ -141,7 +142,7 @@ ArticleLayout::~ArticleLayout() {
 }
 
 void FreeLayout(ArticleLayout& layout) {
-    ReleaseMemory(layout.lines);
+    std::free(layout.lines);
     layout.lines = nullptr;
     layout.lineCount = layout.headerLines = 0;
 }
@@ -154,7 +155,7 @@ bool LayOut(ArticleLayout& layout, const wchar_t* text, const LayoutOptions& opt
     AddBlankLines(table, options.rowsPerPage);
     AddLine(table, nullptr, 0, false);
     if (table.failed) {
-        ReleaseMemory(table.lines);
+        std::free(table.lines);
         return Fail(kErrorNoMemory);
     }
     layout.lines = table.lines;

@@ -6,10 +6,11 @@
 #include <utility>
 
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "subscribe/group_list_dialog.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/choose/live_jobs.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/secret_watch.h"
 #include "tests/support/temp_folder.h"

@@ -8,19 +8,8 @@ constexpr size_t kHeaderSize = 100;
 constexpr size_t kRecordSize = 92;
 const std::string kSeparator = "================\r\n";
 
-uint32_t WordAt(const std::string& bytes, size_t offset) {
-    uint32_t word = 0;
-    for (size_t i = 4; i-- > 0;)
-        word = word << 8 | static_cast<unsigned char>(bytes[offset + i]);
-    return word;
-}
-
 bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-std::string Plain(const std::wstring& name) {
-    return std::string(name.begin(), name.end());
 }
 
 struct Counts {
@@ -70,57 +59,37 @@ GroupState ReadGroup(const std::string& index, const std::string& log, std::stri
     return group;
 }
 
-// Nobody may hold it.
-bool IsClosed(const std::wstring& path) {
-    const HANDLE file =
-        CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    CloseHandle(file);
-    return true;
-}
-
-void ReadSettings(std::map<std::wstring, std::string>& files) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, RegistryGuard::kKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return;
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[256];
-        BYTE data[2048];
-        DWORD nameSize = 256, dataSize = sizeof(data);
-        if (RegEnumValueW(key, index, name, &nameSize, nullptr, nullptr, data, &dataSize) != ERROR_SUCCESS)
-            break;
-        files[L"HKCU\\" + std::wstring(name)] = std::string(data, data + dataSize);
-    }
-    RegCloseKey(key);
-}
-
 }  // namespace
 
-std::vector<std::wstring> FileNames(const TempFolder& folder) {
-    std::vector<std::wstring> names;
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(folder.FilePath(L"*").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) return names;
-    do {
-        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(found.cFileName);
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
-    return names;
-}
-
-FolderState ReadFolder(const TempFolder& folder, const std::vector<std::wstring>& groups) {
+FolderState ReadFolder(const Storage& storage, const std::vector<std::wstring>& groups) {
     FolderState state;
-    for (const std::wstring& name : FileNames(folder)) {
-        const std::wstring end = name.substr(name.size() - 4);
-        if (!IsClosed(folder.FilePath(name))) state.problems.push_back(Plain(name) + " is still open");
-        if (end == L".dat" || end == L".flt") state.files[name] = folder.Read(name);
+    const auto contentOf = [&](const std::wstring& name) {
+        const auto file = storage.files.find(kFolder + name);
+        return file == storage.files.end() ? std::string() : file->second;
+    };
+    for (const auto& [path, content] : storage.files) {
+        const std::wstring end = path.substr(path.size() - 4);
+        if (end == L".dat" || end == L".flt") state.files[path.substr(kFolder.size())] = content;
         if (end == L"idx~" || end == L".id~" || end == L".lo~")
-            state.problems.push_back(Plain(name) + " is left over");
+            state.problems.push_back(Plain(path) + " is left over");
     }
     for (const std::wstring& group : groups) {
         std::string problem;
-        state.groups[group] = ReadGroup(folder.Read(group + L".idx"), folder.Read(group + L".log"), problem);
+        state.groups[group] = ReadGroup(contentOf(group + L".idx"), contentOf(group + L".log"), problem);
         if (!problem.empty()) state.problems.push_back(Plain(group) + ": " + problem);
     }
-    ReadSettings(state.files);
+    for (const auto& [path, value] : storage.values)
+        state.files[path] = value.second;
     return state;
+}
+
+uint32_t WordAt(const std::string& bytes, std::size_t offset) {
+    uint32_t word = 0;
+    for (size_t i = 4; i-- > 0;)
+        word = word << 8 | static_cast<unsigned char>(bytes[offset + i]);
+    return word;
+}
+
+std::string Plain(const std::wstring& name) {
+    return std::string(name.begin(), name.end());
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/temp_folder.h"
+#include "tests/faults/machine.h"
 
 struct ArticleState {
     uint32_t flags = 0;
@@ -22,12 +22,14 @@ struct FolderState {
     std::map<std::wstring, GroupState> groups;
     // The lists, the keywords and, under "HKCU\", the settings.
     std::map<std::wstring, std::string> files;
-    // What must never be: a record that does not name its article, a file that is left over or still open.
+    // What must never be: a record that does not name its article, a file that is left over.
     std::vector<std::string> problems;
 };
 
 // `groups` are those that must have an index.
-FolderState ReadFolder(const TempFolder& folder, const std::vector<std::wstring>& groups);
+FolderState ReadFolder(const Storage& storage, const std::vector<std::wstring>& groups);
 
-// Names of all files in the folder, not in those below.
-std::vector<std::wstring> FileNames(const TempFolder& folder);
+// The number at a place of an index.
+uint32_t WordAt(const std::string& bytes, std::size_t offset);
+
+std::string Plain(const std::wstring& name);

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/temp_folder.h"
+#include "tests/faults/data_folder.h"
+#include "tests/faults/machine.h"
 
 // How the user sees an operation end.
 struct Outcome {
@@ -15,21 +16,27 @@ struct Outcome {
 
 struct Operation {
     const char* name;
-    void (*prepare)(const TempFolder& folder);  // an empty folder, no settings
-    Outcome (*run)(const TempFolder& folder);   // may end the fault before its end: the disk works again
-    bool listsMayBeCut = false;                 // what can be fetched again may be left short by a failure
-    bool maySaveInVain = false;                 // a new file that cannot take its place is not told
+    void (*prepare)();           // of an empty machine
+    Outcome (*run)();            // may end the fault before its end: the machine works again
+    bool listsMayBeCut = false;  // what can be fetched again may be left short by a failure
+    bool maySaveInVain = false;  // a file or value that could not be stored is not reported
 };
 
 const std::vector<Operation>& Operations();
 
 extern const std::vector<std::wstring> kGroups;
 
-// A program start over the folder: true when it succeeds.
-bool StartProgram(const TempFolder& folder);
+// A program start over the folder.
+Outcome Start();
+
+// A run over the groups, as the command starts it, with the machine's server.
+Outcome Download(const std::vector<std::wstring>& groups);
+
+// A server's reply to GROUP, HEAD or BODY in a group that holds these articles.
+std::string ReplyOf(const std::vector<Article>& articles, const std::string& command);
 
 // The subject view opens and leaves each group.
-bool OpenEachGroup(const TempFolder& folder);
+bool OpenEachGroup();
 
 // Whoever matches subjects next reads the keywords.
-bool LoadKeywords(const TempFolder& folder);
+bool LoadKeywords();

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "store/file.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"
 
 namespace {

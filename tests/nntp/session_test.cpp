@@ -3,8 +3,8 @@
 
 #include "tests/nntp/session_run.h"
 
-#include "store/file.h"
 #include "tests/hostile/receive_limit.h"
+#include "tests/support/file_faults.h"
 
 namespace {
 

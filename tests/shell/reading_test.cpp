@@ -50,7 +50,7 @@ class ReadingTest : public WalkTest {
         const ArticleList& list = Subjects().list;
         const std::vector<uint32_t> flags = FlagsOf(kGroup);
         EXPECT_EQ(WordAt(kGroup, 88), Unread(kGroup));
-        EXPECT_EQ(list.store.unreadCount, Unread(kGroup));
+        EXPECT_EQ(list.store.header.unreadCount, Unread(kGroup));
         EXPECT_EQ(WordAt(kGroup, 16), 45u);
         EXPECT_EQ(Subjects().scroll.total, rows.size());
         const uint32_t top = Subjects().scroll.top, page = Subjects().scroll.page;

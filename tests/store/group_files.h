@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "store/group_store.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"
 
 inline std::string Word(uint32_t value) {

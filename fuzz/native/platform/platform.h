@@ -19,12 +19,15 @@ using UINT = unsigned;
 using SIZE_T = std::size_t;
 using HANDLE = void*;
 using HKEY = void*;
+using HWND = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
 using HGDIOBJ = void*;
 using HIMAGELIST = void*;
 using HWND = void*;
+using HMENU = void*;
+using HHOOK = void*;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
 
@@ -61,6 +64,19 @@ BOOL HeapDestroy(HANDLE heap);
 UINT TextCodePage();
 int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units);
 int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*);
+
+// A listing of the folder finds nothing here.
+constexpr DWORD ERROR_NO_MORE_FILES = 18;
+struct FoundFile {
+    wchar_t cFileName[260];
+};
+inline HANDLE FindFirst(const wchar_t*, FoundFile&) {
+    SetError(kErrorFileNotFound);
+    return INVALID_HANDLE_VALUE;
+}
+inline bool FindNext(HANDLE, FoundFile&) {
+    return false;
+}
 
 // Sockets. The system's own `fd_set` has another shape.
 using SOCKET = uintptr_t;
@@ -106,14 +122,15 @@ inline uint16_t htons(uint16_t port) {
 // Windows, for headers that name them.
 using HINSTANCE = void*;
 struct MSG;
-inline BOOL DestroyWindow(HWND) {
-    return 1;
-}
 constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
 // Named by the owners, never called here.
-BOOL FindClose(HANDLE);
+inline BOOL FindClose(HANDLE) {
+    return 1;
+}
+BOOL SetEvent(HANDLE);
+BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
@@ -122,6 +139,8 @@ HDC GetDC(HWND);
 int ReleaseDC(HWND, HDC);
 HGDIOBJ SelectObject(HDC, HGDIOBJ);
 BOOL ImageList_Destroy(HIMAGELIST);
+BOOL DestroyMenu(HMENU);
+BOOL UnhookWindowsHookEx(HHOOK);
 
 // The files' contents by path, and how many handles are open.
 extern std::map<std::wstring, std::string> memoryFiles;

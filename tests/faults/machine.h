@@ -1,0 +1,44 @@
+// The machine on which the loops run the program: a disk, a registry, a network and memory that a test can
+// look into, set back, and make fail at any call. It stands in the place of the system's calls for all that
+// is linked into the suite, and knows one thread: what the program starts runs when RunThreads is called.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/platform.h"
+
+// What the end of the program leaves.
+struct Storage {
+    std::map<std::wstring, std::string> files;  // contents by path; a folder's path ends in a backslash
+    std::map<std::wstring, std::pair<DWORD, std::string>> values;  // the registry: type and bytes by path
+
+    bool operator==(const Storage& other) const { return files == other.files && values == other.values; }
+};
+
+struct Machine {
+    Storage storage;
+    // Asked with a function's name before it does anything, with kSector before each sector that a write
+    // reaches and with kMemory before memory is taken. 0 lets it happen, an error number makes it fail.
+    std::function<DWORD(std::string_view call)> fault;
+    // A news server's reply to a command line, line ends included.
+    std::function<std::string(const std::string& command)> server;
+    std::size_t largestBlock = 0;  // of memory, that the program asked for
+};
+extern Machine machine;
+
+constexpr std::string_view kSector = "sector";
+constexpr std::string_view kMemory = "memory";
+bool UsesNetwork(std::string_view call);
+
+// What the program has not given back: files, searches, keys, sockets, threads, heaps and blocks.
+std::size_t HeldByProgram();
+
+void RunThreads();
+
+// The data folder, with a backslash at its end, and a file in it.
+extern const std::wstring kFolder;
+std::string& FileOf(const std::wstring& name);

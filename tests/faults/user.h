@@ -1,0 +1,17 @@
+// The user of a program that the loops run: answers its message boxes and uses its dialogs.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/platform.h"
+
+// The texts of all message boxes since the last call, each with a line end. Boxes are answered with OK.
+std::string TakeBoxes();
+
+// What the user does in the next modal dialog or on the first page of the next sheet, once it stands and the
+// program's threads have run. The dialog ends when its code ends it.
+void UseNextDialog(std::function<void(HWND)> user);
+
+// From here on no dialog can be made, which saves time; the program goes on without it.
+void RefuseDialogs();
