@@ -11,21 +11,27 @@ set(PELNOR_SOURCES
   text/mime.cpp
   text/name_list.cpp
   text/sjis.cpp
+  files/data_file.cpp
+  files/kept_bytes.cpp
+  filters/keyword_filter.cpp
+  filters/match.cpp
+  settings/registry.cpp
+  settings/settings.cpp
+  settings/view_options.cpp
   store/article_list.cpp
+  store/article_writer.cpp
+  store/cut_off_deletion.cpp
   store/data_folder.cpp
   store/delete_read.cpp
-  files/data_file.cpp
+  store/group_changes.cpp
   store/group_store.cpp
   store/header_block.cpp
   store/index.cpp
   store/log.cpp
   store/record.cpp
-  files/kept_bytes.cpp
   store/string_set.cpp
   store/upgrade.cpp
   keywords/keyword_dialog.cpp
-  filters/keyword_filter.cpp
-  filters/match.cpp
   sheet/account_page.cpp
   sheet/colour_page.cpp
   sheet/connection_page.cpp
@@ -33,12 +39,9 @@ set(PELNOR_SOURCES
   sheet/keys_page.cpp
   sheet/main_page.cpp
   sheet/posting_page.cpp
-  settings/registry.cpp
-  settings/settings.cpp
   sheet/settings_page.cpp
   sheet/settings_sheet.cpp
   sheet/user_page.cpp
-  settings/view_options.cpp
   subscribe/group_file.cpp
   subscribe/group_list.cpp
   subscribe/group_list_dialog.cpp
@@ -74,8 +77,8 @@ set(PELNOR_SOURCES
   shell/choose.cpp
   shell/commands.cpp
   shell/delete_read.cpp
-  shell/frame_window.cpp
   shell/drafts.cpp
+  shell/frame_window.cpp
   shell/reload.cpp
   shell/run.cpp
   shell/view_switch.cpp

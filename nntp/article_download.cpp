@@ -2,8 +2,8 @@
 
 #include "nntp/article_lines.h"
 #include "resources/resource.h"
+#include "store/article_writer.h"
 #include "store/index.h"
-#include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "text/line.h"
@@ -208,8 +208,8 @@ bool FetchRange(Fetch& fetch, uint32_t first, const GroupReply& reply, uint32_t&
 
 // What lies between the articles already dealt with and the server's last; false when that is nothing.
 bool FindRange(const GroupStore& store, const GroupReply& reply, uint32_t& first) {
-    if (store.lastFetched == kNoneFetched) return false;
-    first = store.lastFetched + 1;
+    if (store.header.lastFetched == kNoneFetched) return false;
+    first = store.header.lastFetched + 1;
     if (first < reply.first) first = reply.first;
     return first <= reply.last;
 }
@@ -226,8 +226,8 @@ bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetch
 // The log is on disk before the header says so, and nobody else gets at the index before it does.
 bool RecordOutcome(Fetch& fetch, uint32_t lastFetched, uint32_t serverLast) {
     GroupStore& store = fetch.store;
-    store.lastFetched = lastFetched;
-    store.serverLast = serverLast;
+    store.header.lastFetched = lastFetched;
+    store.header.serverLast = serverLast;
     const bool recorded =
         CloseDataFile(store.log) && SetStatusText(store, ResultOf(fetch).text) && WriteHeader(store);
     return recorded || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);

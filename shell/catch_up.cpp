@@ -1,6 +1,7 @@
 #include "shell/commands.h"
 
 #include "resources/resource.h"
+#include "store/group_changes.h"
 #include "store/index.h"
 #include "text/messages.h"
 
@@ -43,7 +44,7 @@ void CatchUpLocal(const AppFrame& frame, GroupStore& store, uint32_t row) {
 
 bool ForgetServerPosition(GroupStore& store) {
     if (!ReadHeader(store)) return false;
-    store.lastFetched = kNoneFetched;
+    store.header.lastFetched = kNoneFetched;
     return WriteHeader(store);
 }
 

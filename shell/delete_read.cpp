@@ -3,7 +3,6 @@
 #include "resources/resource.h"
 #include "shell/view_switch.h"
 #include "store/delete_read.h"
-#include "store/index.h"
 #include "subscribe/group_file.h"
 #include "text/messages.h"
 

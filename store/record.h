@@ -40,6 +40,7 @@ struct IndexHeader {
     uint32_t highCount = 0;
     uint32_t lowCount = 0;
 };
+constexpr uint32_t kHeaderSize = sizeof(IndexHeader);
 static_assert(sizeof(IndexHeader) == 100 && offsetof(IndexHeader, unreadCount) == 88);
 
 //  offset size
@@ -63,6 +64,7 @@ struct IndexRecord {
     uint32_t subjectTextOffset = 0;
     uint32_t subjectTextLength = 0;
 };
+constexpr uint32_t kRecordSize = sizeof(IndexRecord);
 static_assert(sizeof(IndexRecord) == 92 && offsetof(IndexRecord, subjectTextOffset) == 84);
 
 constexpr uint32_t kReadFlag = 1;
@@ -81,7 +83,7 @@ inline void SetPriority(IndexRecord& record, uint32_t priority) {
     record.flags = (record.flags & ~kPriorityMask) | (priority << kPriorityShift);
 }
 
-// What the header, and the group's handle, count of the records.
+// What the header counts of the records.
 struct RecordCounts {
     uint32_t unreadCount = 0;
     uint32_t highCount = 0;

@@ -1,8 +1,10 @@
-// Indexes of older versions. Versions 2 to 4 are shorter forms of version 5: header and record end earlier,
+// Versions 2 to 4 are shorter forms of version 5: header and record end earlier,
 // so both are read into the version 5 shapes. Version 1 has a text header and no records.
+#include "store/upgrade.h"
+
 #include <cstring>
 
-#include "store/index.h"
+#include "store/group_changes.h"
 #include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -15,6 +17,8 @@ struct Layout {
 };
 
 constexpr Layout kLayouts[] = {{0, 0}, {0, 0}, {88, 64}, {92, 64}, {92, 84}, {100, 92}};  // by version
+constexpr uint32_t kTextVersion = 1;
+constexpr uint32_t kLargestVersionWord = 500;  // digits of a text header read as more
 constexpr uint32_t kVersionWithUnread = 3;
 constexpr uint32_t kVersionWithHead = 4;
 constexpr uint32_t kVersionWithSubjectRange = 5;
@@ -158,10 +162,10 @@ bool ReadTextHeader(GroupStore& store) {
             line[0] = '\0';
         }
     }
-    store.lastFetched = NumberOf(lines[0]);
+    store.header.lastFetched = NumberOf(lines[0]);
     store.statusText = ToWide(lines[1]);
-    store.serverLast = NumberOf(lines[2]);
-    store.reserved = NumberOf(lines[3]);
+    store.header.serverLast = NumberOf(lines[2]);
+    store.header.reserved = NumberOf(lines[3]);
     return store.statusText != nullptr;
 }
 
@@ -192,6 +196,11 @@ bool ConvertTextIndex(GroupStore& store) {
     return temporary && ReadTextHeader(store) && RebuildInPlace(store, temporary);
 }
 
+bool MakeMissingIndex(GroupStore& store) {
+    const CutOffUpgrade upgrade = FinishUpgrade(store);
+    return upgrade == CutOffUpgrade::kTaken || (upgrade == CutOffUpgrade::kNone && MakeIndex(store));
+}
+
 }  // namespace
 
 CutOffUpgrade FinishUpgrade(const GroupStore& store) {
@@ -214,9 +223,33 @@ bool MakeIndex(GroupStore& store) {
 }
 
 bool UpgradeIndex(GroupStore& store, uint32_t version) {
-    if (version == 1) return ConvertTextIndex(store);
+    if (version == kTextVersion) return ConvertTextIndex(store);
     for (; version < kIndexVersion; ++version) {
         if (!ConvertOneStep(store, version)) return false;
     }
     return true;
+}
+
+bool ProbeVersion(GroupStore& store, uint32_t& version) {
+    if (!store.indexPath) return Fail(kErrorInvalidArgument);
+    DataFile file;
+    if (!OpenDataFile(file, store.indexPath.get(), FileMode::kReadWriteExisting)) return false;
+    if (!ReadExactly(file, &version, sizeof(version))) return false;
+    if (version > kLargestVersionWord) version = kTextVersion;
+    return true;
+}
+
+IndexState BringUpToDate(GroupStore& store) {
+    uint32_t version = 0;
+    bool probed = ProbeVersion(store, version);
+    if (!probed && GetError() == kErrorFileNotFound) {
+        probed = MakeMissingIndex(store) && ProbeVersion(store, version);
+    }
+    if (!probed) return IndexState::kFailed;
+    if (version == 0 || version > kIndexVersion) {
+        SetError(kErrorInvalidData);
+        return IndexState::kUnknownVersion;
+    }
+    if (version == kIndexVersion) return IndexState::kReady;
+    return UpgradeIndex(store, version) ? IndexState::kReady : IndexState::kFailed;
 }

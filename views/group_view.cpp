@@ -71,14 +71,14 @@ bool InsertRow(HWND list, uint32_t row, const wchar_t* name) {
 
 void FillRow(HWND list, uint32_t row, const GroupStore& store) {
     SetCell(list, row, kStatusColumn, StatusText(store));
-    if (store.lastFetched == kNoneFetched) {
+    if (store.header.lastFetched == kNoneFetched) {
         SetCell(list, row, kCurrentColumn, L"Catchup");
     } else {
-        SetNumber(list, row, kCurrentColumn, store.lastFetched);
+        SetNumber(list, row, kCurrentColumn, store.header.lastFetched);
     }
-    SetNumber(list, row, kMaximumColumn, store.serverLast);
-    SetNumber(list, row, kArticlesColumn, store.recordCount);
-    SetNumber(list, row, kUnreadColumn, store.unreadCount);
+    SetNumber(list, row, kMaximumColumn, store.header.serverLast);
+    SetNumber(list, row, kArticlesColumn, store.header.recordCount);
+    SetNumber(list, row, kUnreadColumn, store.header.unreadCount);
 }
 
 bool AddGroup(HWND list, uint32_t row, const wchar_t* folder, const wchar_t* name) {

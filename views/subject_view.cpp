@@ -4,7 +4,7 @@
 
 #include "resources/resource.h"
 #include "settings/view_options.h"
-#include "store/index.h"
+#include "store/group_changes.h"
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "views/columns.h"

@@ -112,9 +112,9 @@ int WidthOf(const Button& button, HDC dc) {
     metrics.cbSize = sizeof(metrics);
     if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) return false;
     bar.font.Reset(CreateFontIndirectW(&metrics.lfMenuFont));
-    const DcOwner dc(CreateCompatibleDC(nullptr));
-    if (!bar.font || !dc) return false;
-    SelectObject(dc.Get(), bar.font.Get());
+    const WindowDc dc(bar.parent);
+    if (!bar.font || !dc.Get()) return false;
+    const Selection font(dc.Get(), bar.font.Get());
     TEXTMETRICW text{};
     GetTextMetricsW(dc.Get(), &text);
     bar.height = std::max<int>(kMinimumHeight, text.tmHeight + 2 * kPadding);
@@ -130,12 +130,11 @@ int WidthOf(const Button& button, HDC dc) {
 void DrawArrow(HDC dc, const RECT& content, COLORREF colour) {
     const int right = content.right - kPadding;
     const int top = (content.top + content.bottom - kArrowHeight) / 2;
-    HGDIOBJ brushBefore = SelectObject(dc, GetStockObject(DC_BRUSH));
+    const Selection brush(dc, GetStockObject(DC_BRUSH));
     SetDCBrushColor(dc, colour);
     for (int row = 0; row < kArrowHeight; ++row) {
         PatBlt(dc, right - kArrowWidth / 2 - 1 - row, top + row, 2 * row + 1, 1, PATCOPY);
     }
-    SelectObject(dc, brushBefore);
 }
 
 void DrawButton(HDC dc, const MenuBar& bar, int index) {
@@ -159,6 +158,13 @@ void DrawButton(HDC dc, const MenuBar& bar, int index) {
     DrawTextW(dc, button.caption.data(), -1, &content, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 
+void DrawButtons(HDC dc, const MenuBar& bar) {
+    const Selection font(dc, bar.font.Get());
+    SetBkMode(dc, TRANSPARENT);
+    for (int i = 0; i < bar.count; ++i)
+        DrawButton(dc, bar, i);
+}
+
 }  // namespace
 
 bool LoadBar(MenuBar& bar, const SHMENUBARINFO& info) {
@@ -172,11 +178,7 @@ void PaintBar(const MenuBar& bar) {
     RECT area{};
     GetClientRect(bar.window, &area);
     DrawEdge(dc, &area, EDGE_ETCHED, BF_TOP);
-    HGDIOBJ fontBefore = SelectObject(dc, bar.font.Get());
-    SetBkMode(dc, TRANSPARENT);
-    for (int i = 0; i < bar.count; ++i)
-        DrawButton(dc, bar, i);
-    SelectObject(dc, fontBefore);
+    DrawButtons(dc, bar);
     EndPaint(bar.window, &paint);
 }
 

@@ -1,9 +1,9 @@
 #include "tests/choose/live_jobs.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "platform/memory.h"
 #include "subscribe/group_list.h"
 
 std::atomic<int> liveJobs{0};
@@ -13,28 +13,28 @@ std::atomic<bool> noJobs{false};
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     if (size == sizeof(GroupListJob) && noJobs) return nullptr;
     if (size == sizeof(GroupListJob)) ++liveJobs;
-    return TakeMemory(size);
+    return std::malloc(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return TakeMemory(size);
+    return std::malloc(size);
 }
 void operator delete(void* memory) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete[](void* memory) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete(void* memory, std::size_t size) noexcept {
     if (size == sizeof(GroupListJob)) std::memset(memory, 0xDD, size);
-    ReleaseMemory(memory);
+    std::free(memory);
     if (size == sizeof(GroupListJob)) --liveJobs;
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-    ReleaseMemory(memory);
+    std::free(memory);
 }

@@ -361,7 +361,7 @@ constexpr MemoryWatch kWatch = {
         machine.largestBlock = std::max(machine.largestBlock, size);
         return !Fails(kMemory);
     },
-    [](void* memory) { held.insert(memory); },
+    [](void* memory, bool) { held.insert(memory); },
     [](void* memory) { held.erase(memory); },
 };
 

@@ -7,6 +7,7 @@
 #include "shell/run.h"
 #include "store/article_list.h"
 #include "store/delete_read.h"
+#include "store/group_changes.h"
 #include "store/index.h"
 #include "subscribe/group_list_dialog.h"
 #include "subscribe/subscribe_dialog.h"
@@ -160,7 +161,7 @@ Outcome CatchUpLocal() {
 Outcome CatchUpServer() {
     return InEachGroup([](GroupStore& store) {
         if (!ReadHeader(store)) return false;
-        store.lastFetched = kNoneFetched;
+        store.header.lastFetched = kNoneFetched;
         return WriteHeader(store);
     });
 }

@@ -25,12 +25,17 @@ void Use(HWND window) {
     if (user && window) user(window);
 }
 
+HWND WINAPI MakeDialog(HINSTANCE instance, const DLGTEMPLATE* layout, HWND owner, DLGPROC procedure,
+                       LPARAM parameter) {
+    static const auto make = RealFunction<decltype(&MakeDialog)>("CreateDialogIndirectParamW", L"user32.dll");
+    return refusesDialogs ? nullptr : make(instance, layout, owner, procedure, parameter);
+}
+
 // The dialog is real, but its user needs no message loop: what was posted to it comes when he is done.
 INT_PTR WINAPI RunDialogForUser(HINSTANCE instance, const DLGTEMPLATE* layout, HWND owner, DLGPROC procedure,
                                 LPARAM parameter) {
     dialogResult = -1;
-    if (refusesDialogs) return dialogResult;
-    const HWND dialog = CreateDialogIndirectParamW(instance, layout, owner, procedure, parameter);
+    const HWND dialog = MakeDialog(instance, layout, owner, procedure, parameter);
     RunThreads();
     Use(dialog);
     MSG message;
@@ -72,6 +77,7 @@ HCURSOR WINAPI KeepCursor(HCURSOR) {
 
 IN_PLACE_OF(SetCursor, KeepCursor)
 IN_PLACE_OF(MessageBoxW, AnswerBox)
+IN_PLACE_OF(CreateDialogIndirectParamW, MakeDialog)
 IN_PLACE_OF(DialogBoxIndirectParamW, RunDialogForUser)
 IN_PLACE_OF(PropertySheetW, RunSheetForUser)
 IN_PLACE_OF(EndDialog, NoteDialogResult)

@@ -9,8 +9,10 @@
 
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 const std::wstring kGroup = L"fj.pda";
 constexpr int kUnreadColumn = 1;
@@ -48,7 +50,7 @@ class ReadingTest : public WalkTest {
         const ArticleList& list = Subjects().list;
         const std::vector<uint32_t> flags = FlagsOf(kGroup);
         EXPECT_EQ(WordAt(kGroup, 88), Unread(kGroup));
-        EXPECT_EQ(list.store.unreadCount, Unread(kGroup));
+        EXPECT_EQ(list.store.header.unreadCount, Unread(kGroup));
         EXPECT_EQ(WordAt(kGroup, 16), 45u);
         EXPECT_EQ(Subjects().scroll.total, rows.size());
         const uint32_t top = Subjects().scroll.top, page = Subjects().scroll.page;
@@ -188,6 +190,46 @@ TEST_F(ReadingTest, TheViewOptions) {
     EXPECT_TRUE(frame->viewReadArticles) << "after the next start";
     EXPECT_EQ(frame->priorityLevel, 0u);
     ExpectConsistent();
+}
+
+TEST_F(ReadingTest, TheColumnsKeepTheirWidths) {
+    // A list view has a header control, too.
+    const auto send = [&](bool groups, UINT message, std::size_t column, HDITEMW& item) {
+        const LRESULT header = SendMessageW(frame->groupView->list, LVM_GETHEADER, 0, 0);
+        return SendMessageW(groups ? reinterpret_cast<HWND>(header) : Subjects().header, message, column,
+                            reinterpret_cast<LPARAM>(&item));
+    };
+    const auto columns = [&](bool groups) {
+        std::vector<std::pair<std::wstring, int>> found;
+        wchar_t text[20] = {};
+        HDITEMW item = {};
+        item.mask = HDI_TEXT | HDI_WIDTH;
+        item.pszText = text;
+        item.cchTextMax = 20;
+        while (send(groups, HDM_GETITEMW, found.size(), item))
+            found.push_back({text, item.cxy});
+        return found;
+    };
+    Open();
+    EXPECT_THAT(columns(true), ElementsAre(Pair(L"ﾆｭｰｽｸﾞﾙｰﾌﾟ", 100), Pair(L"未読", 40), Pair(L"記事数", 40),
+                                           Pair(L"状態", 150), Pair(L"現在", 60), Pair(L"最大", 60)));
+    EXPECT_THAT(columns(false),
+                ElementsAre(Pair(L" ", 25), Pair(L"日付", 40), Pair(L"差出人", 160), Pair(L"題名", 400)));
+    HDITEMW wider = {};
+    wider.mask = HDI_WIDTH;
+    for (int i = 0; i < 6; ++i) {
+        wider.cxy = 71 + i;
+        for (const bool groups : {true, false})
+            send(groups, HDM_SETITEMW, static_cast<std::size_t>(i), wider);
+    }
+    Close();
+    RegistryKeyOwner groups, subjects;
+    ASSERT_TRUE(OpenViewSubkey(kGroupViewSubkey, groups) && OpenViewSubkey(kSubjectViewSubkey, subjects));
+    ASSERT_TRUE(WriteText(groups, L"ureadWidth", L"wide") && WriteText(subjects, L"fromWidth", L"wide"));
+    Open();
+    EXPECT_THAT(columns(true),
+                ElementsAre(Pair(_, 71), Pair(_, 40), Pair(_, 73), Pair(_, 74), Pair(_, 75), Pair(_, 76)));
+    EXPECT_THAT(columns(false), ElementsAre(Pair(_, 71), Pair(_, 72), Pair(_, 160), Pair(_, 74)));
 }
 
 TEST_F(ReadingTest, FromArticleToArticle) {

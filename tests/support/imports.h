@@ -15,7 +15,7 @@
 
 // The system's own.
 template <class Function>
-Function RealFunction(const char* name) {
+Function RealFunction(const char* name, const wchar_t* library = L"kernel32.dll") {
     return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name)));
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(library), name)));
 }

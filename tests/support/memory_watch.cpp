@@ -21,17 +21,36 @@ void* operator new(std::size_t size) {
 
 namespace {
 
-bool Allowed(std::size_t size) {
-    return !memoryWatch || memoryWatch->allows(size);
+// What a watch takes itself, and the runtime library in its behalf, is not the program's: a call within a
+// call goes by. The mark is the thread's; to set it takes no memory.
+DWORD mark = TLS_OUT_OF_INDEXES;
+
+template <class Look>
+void LetLook(Look look) {
+    if (!memoryWatch) return;
+    if (mark == TLS_OUT_OF_INDEXES) mark = TlsAlloc();
+    const DWORD error = GetLastError();
+    if (!TlsGetValue(mark)) {
+        TlsSetValue(mark, &mark);
+        look();
+        TlsSetValue(mark, nullptr);
+    }
+    SetLastError(error);
 }
 
-void* Taken(void* memory) {
-    if (memory && memoryWatch) memoryWatch->taken(memory);
+bool Allowed(std::size_t size) {
+    bool allowed = true;
+    LetLook([&] { allowed = memoryWatch->allows(size); });
+    return allowed;
+}
+
+void* Taken(void* memory, bool fresh = true) {
+    if (memory) LetLook([&] { memoryWatch->taken(memory, fresh); });
     return memory;
 }
 
 void* Released(void* memory) {
-    if (memory && memoryWatch) memoryWatch->released(memory);
+    if (memory) LetLook([&] { memoryWatch->released(memory); });
     return memory;
 }
 
@@ -59,7 +78,8 @@ void* __wrap_malloc(std::size_t size) {
 void* __wrap_realloc(void* block, std::size_t size) {
     if (!Allowed(size)) return nullptr;
     void* grown = __real_realloc(Released(block), size);
-    return grown ? Taken(grown) : (Taken(block), nullptr);
+    Taken(grown ? grown : block, !block);
+    return grown;
 }
 void __wrap_free(void* block) {
     __real_free(Released(block));

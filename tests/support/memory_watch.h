@@ -8,8 +8,9 @@
 // Each member is called on the thread that takes or gives back.
 struct MemoryWatch {
     bool (*allows)(std::size_t size);  // asked before memory is taken: false makes that fail
-    void (*taken)(void* memory);       // a block or a private heap that now is the program's
-    void (*released)(void* memory);    // any block or heap that goes, whoever took it
+    // A block or a private heap that now is the program's; not `fresh` where a block was made larger.
+    void (*taken)(void* memory, bool fresh);
+    void (*released)(void* memory);  // any block or heap that goes, whoever took it
 };
 extern const MemoryWatch* memoryWatch;  // null: nobody looks
 

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/memory.h"
 #include "platform/platform.h"
+#include "tests/support/memory_watch.h"
 
 // Counts the blocks that the program takes and frees while this stands, and those that held the secret at
 // that moment, as 8-bit or as UTF-16 text. One at a time.
@@ -34,10 +34,10 @@ class SecretWatch {
     int found = 0;
 
   private:
-    static bool Allow() { return fresh = true; }
+    static bool Allow(std::size_t) { return true; }
 
     // Emptied, but for a block that was made larger: the test and the system may have left the secret there.
-    static void NoteTaken(void* memory) {
+    static void NoteTaken(void* memory, bool fresh) {
         if (IsHeap(memory)) return;
         if (fresh) std::memset(memory, 0, _msize(memory));
         const std::lock_guard<std::mutex> lock(current->mutex_);
@@ -46,7 +46,6 @@ class SecretWatch {
 
     // Only what the program took: the test's own texts may hold the secret.
     static void NoteReleased(void* memory) {
-        fresh = false;
         const std::lock_guard<std::mutex> lock(current->mutex_);
         const auto held = std::find(current->held_.begin(), current->held_.end(), memory);
         if (held == current->held_.end()) return;
@@ -65,7 +64,6 @@ class SecretWatch {
 
     static constexpr MemoryWatch kHooks = {Allow, NoteTaken, NoteReleased};
     static inline SecretWatch* current = nullptr;
-    static inline thread_local bool fresh = false;  // the next block comes from nowhere
 
     std::mutex mutex_;
     std::array<void*, 1024> held_ = {};

@@ -65,6 +65,19 @@ UINT TextCodePage();
 int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units);
 int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*);
 
+// A listing of the folder finds nothing here.
+constexpr DWORD ERROR_NO_MORE_FILES = 18;
+struct FoundFile {
+    wchar_t cFileName[260];
+};
+inline HANDLE FindFirst(const wchar_t*, FoundFile&) {
+    SetError(kErrorFileNotFound);
+    return INVALID_HANDLE_VALUE;
+}
+inline bool FindNext(HANDLE, FoundFile&) {
+    return false;
+}
+
 // Sockets. The system's own `fd_set` has another shape.
 using SOCKET = uintptr_t;
 constexpr SOCKET INVALID_SOCKET = ~SOCKET{0};
@@ -113,7 +126,9 @@ constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
 // Named by the owners, never called here.
-BOOL FindClose(HANDLE);
+inline BOOL FindClose(HANDLE) {
+    return 1;
+}
 BOOL SetEvent(HANDLE);
 BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
