@@ -19,7 +19,7 @@ constexpr uint32_t kLineSize = 1024;
 constexpr int kKeywordSize = 1024;                       // UTF-16 units that the edit field gives
 constexpr uint32_t kLongestTyped = kLongestKeyword / 2;  // units: each takes two bytes at most
 
-LRESULT SendToList(const KeywordDialogState& state, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT SendList(const KeywordDialogState& state, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendDlgItemMessageW(state.dialog, IDC_KEYWORD, message, wParam, lParam);
 }
 
@@ -29,23 +29,23 @@ LPARAM TextParameter(const wchar_t* text) {
 
 // False when the list has no room.
 bool AddKeyword(const KeywordDialogState& state, const wchar_t* keyword, uint32_t priority) {
-    const LRESULT item = SendToList(state, CB_ADDSTRING, 0, TextParameter(keyword));
+    const LRESULT item = SendList(state, CB_ADDSTRING, 0, TextParameter(keyword));
     if (item < 0) return false;
-    SendToList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
+    SendList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
     return true;
 }
 
 WideText KeywordAt(const KeywordDialogState& state, LRESULT item) {
-    const LRESULT length = SendToList(state, CB_GETLBTEXTLEN, static_cast<WPARAM>(item), 0);
+    const LRESULT length = SendList(state, CB_GETLBTEXTLEN, static_cast<WPARAM>(item), 0);
     WideText text = length < 0 ? nullptr : NewArray<wchar_t>(static_cast<std::size_t>(length) + 1);
-    if (text) SendToList(state, CB_GETLBTEXT, static_cast<WPARAM>(item), TextParameter(text.get()));
+    if (text) SendList(state, CB_GETLBTEXT, static_cast<WPARAM>(item), TextParameter(text.get()));
     return text;
 }
 
 // The first item with exactly this text, or -1. The list's own search ignores case, which matters in
 // keywords, and finds no empty text.
 LRESULT FindKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
-    const LRESULT count = SendToList(state, CB_GETCOUNT, 0, 0);
+    const LRESULT count = SendList(state, CB_GETCOUNT, 0, 0);
     for (LRESULT item = 0; item < count; ++item) {
         const WideText text = KeywordAt(state, item);
         if (text && wcscmp(text.get(), keyword) == 0) return item;
@@ -55,7 +55,7 @@ LRESULT FindKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
 
 void SelectKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
     const LRESULT item = FindKeyword(state, keyword);
-    if (item >= 0) SendToList(state, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
+    if (item >= 0) SendList(state, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
 }
 
 // The radio buttons.
@@ -157,11 +157,10 @@ INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
     SetWindowPointer(dialog, kUserData, state);
     state->dialog = dialog;
     ShowPriority(*state, kPriorityNormal);
-    SendToList(*state, CB_LIMITTEXT, kLongestTyped, 0);
+    SendList(*state, CB_LIMITTEXT, kLongestTyped, 0);
     const WideText proposed = ProposedKeyword(*state);
     // Selected now, since the search below can run out of memory.
-    if (proposed && AddKeyword(*state, proposed.get(), kPriorityNormal))
-        SendToList(*state, CB_SETCURSEL, 0, 0);
+    if (proposed && AddKeyword(*state, proposed.get(), kPriorityNormal)) SendList(*state, CB_SETCURSEL, 0, 0);
     LoadKeywords(*state);
     if (proposed) SelectKeyword(*state, proposed.get());
     return TRUE;
@@ -170,21 +169,20 @@ INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
 // Editing.
 
 LRESULT SelectedItem(const KeywordDialogState& state) {
-    return SendToList(state, CB_GETCURSEL, 0, 0);
+    return SendList(state, CB_GETCURSEL, 0, 0);
 }
 
 void OnSelectionChange(const KeywordDialogState& state) {
     const LRESULT item = SelectedItem(state);
     if (item < 0) return;
-    ShowPriority(state,
-                 static_cast<uint32_t>(SendToList(state, CB_GETITEMDATA, static_cast<WPARAM>(item), 0)));
+    ShowPriority(state, static_cast<uint32_t>(SendList(state, CB_GETITEMDATA, static_cast<WPARAM>(item), 0)));
 }
 
 // Adds a typed keyword that the list lacks.
 void SelectTypedKeyword(const KeywordDialogState& state) {
     wchar_t text[kKeywordSize] = {};
     GetDlgItemTextW(state.dialog, IDC_KEYWORD, text, kKeywordSize);
-    if (FindKeyword(state, text) < 0) SendToList(state, CB_ADDSTRING, 0, TextParameter(text));
+    if (FindKeyword(state, text) < 0) SendList(state, CB_ADDSTRING, 0, TextParameter(text));
     SelectKeyword(state, text);
 }
 
@@ -192,7 +190,7 @@ void ApplyPriority(const KeywordDialogState& state) {
     const uint32_t priority = ChosenPriority(state);
     if (SelectedItem(state) < 0) SelectTypedKeyword(state);
     const LRESULT item = SelectedItem(state);
-    if (item >= 0) SendToList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
+    if (item >= 0) SendList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
 }
 
 // Saving.
@@ -201,7 +199,7 @@ enum class SaveResult { kSaved, kNoMemory, kWriteFailed };
 
 // Writes the item only if the filter can read it, or without `readable` only if it cannot.
 SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM item, bool readable) {
-    const auto priority = static_cast<uint32_t>(SendToList(state, CB_GETITEMDATA, item, 0));
+    const auto priority = static_cast<uint32_t>(SendList(state, CB_GETITEMDATA, item, 0));
     const WideText text = KeywordAt(state, static_cast<LRESULT>(item));
     const NarrowText keyword = text ? ToNarrow(text.get()) : nullptr;
     if (!keyword) return SaveResult::kNoMemory;
@@ -213,7 +211,7 @@ SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM 
 }
 
 SaveResult WriteItems(const KeywordDialogState& state, DataFile& file, bool readable) {
-    const LRESULT count = SendToList(state, CB_GETCOUNT, 0, 0);
+    const LRESULT count = SendList(state, CB_GETCOUNT, 0, 0);
     SaveResult result = SaveResult::kSaved;
     for (LRESULT item = 0; item < count && result == SaveResult::kSaved; ++item)
         result = WriteKeyword(state, file, static_cast<WPARAM>(item), readable);
