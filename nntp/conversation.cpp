@@ -47,7 +47,7 @@ bool Open(Conversation& conversation) {
 }
 
 void Close(Conversation& conversation) {
-    if (conversation.connection.socket == INVALID_SOCKET) return;
+    if (!conversation.connection.socket) return;
     (void)SendLine(conversation.connection, "QUIT");
     CloseConnection(conversation.connection);
 }

@@ -10,7 +10,7 @@ struct ServerAccount {
     uint16_t port = 0;
     const char* user = nullptr;  // with a null user or password no login is sent
     const char* password = nullptr;
-    const char* loginEnd = "";  // what stands behind a login command, before its line end
+    const char* loginEnd = "";  // follows each login command, before its line end
 };
 
 // What became of one command.
@@ -20,8 +20,8 @@ enum class Asked { kAnswered, kNotSent, kNotAnswered };
 Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument,
           const char* end = "");
 
-// How far the opening got, in its order. Where a reply decided it, the reply is in `line`; else the last
-// error says why.
+// How far the opening got, in order. When a reply decided that, it is in `line`; else the last error gives
+// the reason.
 enum class Opening {
     kOpen,
     kNotConnected,

@@ -74,6 +74,12 @@ struct FontTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+struct ThreadTraits {  // the thread itself runs on
+    using Handle = HANDLE;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { CloseHandle(handle); }
+};
+
 struct TurnTraits {  // an event that is set while it is nobody's turn
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
@@ -140,6 +146,7 @@ using MenuOwner = Owner<MenuTraits>;
 using ImageListOwner = Owner<ImageListTraits>;
 using HookOwner = Owner<HookTraits>;
 using SocketOwner = Owner<SocketTraits>;
+using ThreadOwner = Owner<ThreadTraits>;
 using FileOwner = Owner<FileTraits>;
 using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;

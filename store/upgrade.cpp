@@ -7,6 +7,7 @@
 #include "store/group_changes.h"
 #include "store/log.h"
 #include "text/convert.h"
+#include "text/decimal.h"
 #include "text/last_error.h"
 
 namespace {
@@ -142,12 +143,8 @@ bool IsWholeIndex(const wchar_t* path) {
     return file.size == size || Fail(kErrorInvalidData);
 }
 
-// The digits that a line begins with.
 uint32_t NumberOf(const char* line) {
-    uint32_t value = 0;
-    for (; *line >= '0' && *line <= '9'; ++line)
-        value = value * 10 + static_cast<uint32_t>(*line - '0');
-    return value;
+    return TakeDecimal(line);
 }
 
 // Line 1 last fetched, line 2 status text, lines 3 and 4 server last and reserved. A line that is missing

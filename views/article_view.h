@@ -1,6 +1,5 @@
-// The third pane: one article as wrapped lines, drawn by hand. It reports to its parent by WM_COMMAND what
-// the reader wants: the control id in the low word, an ArticleNotice in the high word, the view's window as
-// lParam. User-interface thread only.
+// The third pane: one article as wrapped lines, drawn by hand. It reports ArticleNotices to its parent.
+// User-interface thread only.
 #pragma once
 
 #include "platform/platform.h"
@@ -35,8 +34,8 @@ struct ArticleAppearance {
     HFONT font = nullptr;
     COLORREF headerColor = 0;
     COLORREF quoteColor = 0;
-    bool lineScroll = false;
-    bool autoNext = false;
+    bool lineScroll = false;  // the `KeyMode` setting
+    bool autoNext = false;    // the `AutoNextArticle` setting
 };
 
 // Measures in the font that is selected into `dc`, which must outlive the measuring.

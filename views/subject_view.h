@@ -1,6 +1,5 @@
 // The second pane: the articles of one group, a row each, drawn by hand from the page of records that the
-// group's list holds. It reports to its parent by WM_COMMAND what the user wants: the control id in the low
-// word, a SubjectNotice in the high word, the view's window as lParam. User-interface thread only.
+// group's list holds. It reports SubjectNotices to its parent. User-interface thread only.
 #pragma once
 
 #include "platform/owners.h"
@@ -48,7 +47,8 @@ bool CloseSubjectGroup(SubjectView& view);
 // Shows the open group's rows under other view options, from the first.
 [[nodiscard]] bool SetSubjectOptions(SubjectView& view, bool viewRead, uint32_t level);
 
-// Gives every record the priority that the group's keywords now call for, and shows the rows from the first.
+// Gives every record the priority that the group's keywords now call for, and shows the rows from the first,
+// also when that failed.
 [[nodiscard]] bool RefilterSubjects(SubjectView& view);
 
 // The cursor's record, or null when the view shows none.

@@ -56,6 +56,7 @@ class ReadingTest : public WalkTest {
         const uint32_t top = Subjects().scroll.top, page = Subjects().scroll.page;
         ASSERT_EQ(list.rowsInPage, std::min<std::size_t>(page, rows.size() - top));
         EXPECT_LT(Subjects().scroll.cursor, std::max(list.rowsInPage, 1u));
+        EXPECT_EQ(Subjects().scroll.cursor, list.currentInPage) << "the record that the list selects";
         for (uint32_t i = 0; i < list.rowsInPage; ++i) {
             EXPECT_EQ(list.page[i].articleNumber, rows[top + i] + 1) << "row " << top + i;
             EXPECT_EQ(list.page[i].flags, flags[rows[top + i]]) << "row " << top + i;
