@@ -4,9 +4,9 @@
 
 #include <cstring>
 
+#include "files/data_file.h"
 #include "filters/keyword_filter.h"
 #include "resources/resource.h"
-#include "files/data_file.h"
 #include "store/record.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -19,7 +19,7 @@ constexpr uint32_t kLineSize = 1024;
 constexpr int kKeywordSize = 1024;                       // UTF-16 units that the edit field gives
 constexpr uint32_t kLongestTyped = kLongestKeyword / 2;  // units: each takes two bytes at most
 
-LRESULT TellList(const KeywordDialogState& state, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT SendList(const KeywordDialogState& state, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendDlgItemMessageW(state.dialog, IDC_KEYWORD, message, wParam, lParam);
 }
 
@@ -29,23 +29,23 @@ LPARAM TextParameter(const wchar_t* text) {
 
 // False when the list has no room.
 bool AddKeyword(const KeywordDialogState& state, const wchar_t* keyword, uint32_t priority) {
-    const LRESULT item = TellList(state, CB_ADDSTRING, 0, TextParameter(keyword));
+    const LRESULT item = SendList(state, CB_ADDSTRING, 0, TextParameter(keyword));
     if (item < 0) return false;
-    TellList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
+    SendList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
     return true;
 }
 
 WideText KeywordAt(const KeywordDialogState& state, LRESULT item) {
-    const LRESULT length = TellList(state, CB_GETLBTEXTLEN, static_cast<WPARAM>(item), 0);
+    const LRESULT length = SendList(state, CB_GETLBTEXTLEN, static_cast<WPARAM>(item), 0);
     WideText text = length < 0 ? nullptr : NewArray<wchar_t>(static_cast<std::size_t>(length) + 1);
-    if (text) TellList(state, CB_GETLBTEXT, static_cast<WPARAM>(item), TextParameter(text.get()));
+    if (text) SendList(state, CB_GETLBTEXT, static_cast<WPARAM>(item), TextParameter(text.get()));
     return text;
 }
 
-// The first item with exactly this text, or -1. The list's own search takes capitals for small letters, which
-// are different keywords, and finds no empty one.
+// The first item with exactly this text, or -1. The list's own search ignores case, which matters in
+// keywords, and finds no empty text.
 LRESULT FindKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
-    const LRESULT count = TellList(state, CB_GETCOUNT, 0, 0);
+    const LRESULT count = SendList(state, CB_GETCOUNT, 0, 0);
     for (LRESULT item = 0; item < count; ++item) {
         const WideText text = KeywordAt(state, item);
         if (text && wcscmp(text.get(), keyword) == 0) return item;
@@ -55,7 +55,7 @@ LRESULT FindKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
 
 void SelectKeyword(const KeywordDialogState& state, const wchar_t* keyword) {
     const LRESULT item = FindKeyword(state, keyword);
-    if (item >= 0) TellList(state, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
+    if (item >= 0) SendList(state, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
 }
 
 // The radio buttons.
@@ -85,7 +85,7 @@ void ShowNoMemory() {
     MessageBoxW(nullptr, LoadResString(IDS_NO_MEMORY), kProgramCaption, MB_OK | MB_ICONERROR);
 }
 
-// One line of the file, "+ keyword" or "- keyword". A shorter one is none.
+// One line of the file, "+ keyword" or "- keyword". A shorter line has no keyword.
 bool AddLine(const KeywordDialogState& state, const char* line) {
     if (std::strlen(line) < 2) return true;
     const WideText keyword = ToWide(line + 2);
@@ -108,7 +108,7 @@ bool KeepRest(KeywordDialogState& state, DataFile& file, uint32_t start) {
     return KeepBytesFrom(file, start, state.rest);
 }
 
-// Lists each line up to the end or to one that is too long; from there on nothing is matched either.
+// Lists the lines up to the first that is too long, where the filter stops too, and keeps the rest.
 bool ListKeywords(KeywordDialogState& state, DataFile& file) {
     char line[kLineSize];
     uint32_t start = file.position;
@@ -119,7 +119,7 @@ bool ListKeywords(KeywordDialogState& state, DataFile& file) {
     return GetError() == kErrorEndOfFile || (GetError() == kErrorMoreData && KeepRest(state, file, start));
 }
 
-// What is neither listed nor kept would be lost with the next save, so a load that failed is remembered.
+// Remembers a failure: a save would lose what was neither listed nor kept.
 void LoadKeywords(KeywordDialogState& state) {
     DataFile file;
     if (!OpenKeywordFile(file, state.filterPath)) {
@@ -134,7 +134,7 @@ void LoadKeywords(KeywordDialogState& state) {
     }
 }
 
-// The text as one line of the file can hold it: up to its first line end, and cut between two characters.
+// The text up to its first line end, cut between two characters to fit a line of the file.
 WideText FitKeyword(const wchar_t* text) {
     WideText keyword = CopyText(text);
     if (!keyword) return nullptr;
@@ -157,10 +157,10 @@ INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
     SetWindowPointer(dialog, kUserData, state);
     state->dialog = dialog;
     ShowPriority(*state, kPriorityNormal);
-    TellList(*state, CB_LIMITTEXT, kLongestTyped, 0);
+    SendList(*state, CB_LIMITTEXT, kLongestTyped, 0);
     const WideText proposed = ProposedKeyword(*state);
-    // Selected at once: it stays so where memory runs out in the search for the first item of the same text.
-    if (proposed && AddKeyword(*state, proposed.get(), kPriorityNormal)) TellList(*state, CB_SETCURSEL, 0, 0);
+    // Selected now, since the search below can run out of memory.
+    if (proposed && AddKeyword(*state, proposed.get(), kPriorityNormal)) SendList(*state, CB_SETCURSEL, 0, 0);
     LoadKeywords(*state);
     if (proposed) SelectKeyword(*state, proposed.get());
     return TRUE;
@@ -169,20 +169,20 @@ INT_PTR OnInitDialog(HWND dialog, KeywordDialogState* state) {
 // Editing.
 
 LRESULT SelectedItem(const KeywordDialogState& state) {
-    return TellList(state, CB_GETCURSEL, 0, 0);
+    return SendList(state, CB_GETCURSEL, 0, 0);
 }
 
 void OnSelectionChange(const KeywordDialogState& state) {
     const LRESULT item = SelectedItem(state);
     if (item < 0) return;
-    ShowPriority(state, static_cast<uint32_t>(TellList(state, CB_GETITEMDATA, static_cast<WPARAM>(item), 0)));
+    ShowPriority(state, static_cast<uint32_t>(SendList(state, CB_GETITEMDATA, static_cast<WPARAM>(item), 0)));
 }
 
-// A typed keyword that the list does not have becomes an item of it.
+// Adds a typed keyword that the list lacks.
 void SelectTypedKeyword(const KeywordDialogState& state) {
     wchar_t text[kKeywordSize] = {};
     GetDlgItemTextW(state.dialog, IDC_KEYWORD, text, kKeywordSize);
-    if (FindKeyword(state, text) < 0) TellList(state, CB_ADDSTRING, 0, TextParameter(text));
+    if (FindKeyword(state, text) < 0) SendList(state, CB_ADDSTRING, 0, TextParameter(text));
     SelectKeyword(state, text);
 }
 
@@ -190,16 +190,16 @@ void ApplyPriority(const KeywordDialogState& state) {
     const uint32_t priority = ChosenPriority(state);
     if (SelectedItem(state) < 0) SelectTypedKeyword(state);
     const LRESULT item = SelectedItem(state);
-    if (item >= 0) TellList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
+    if (item >= 0) SendList(state, CB_SETITEMDATA, static_cast<WPARAM>(item), priority);
 }
 
 // Saving.
 
 enum class SaveResult { kSaved, kNoMemory, kWriteFailed };
 
-// Writes the item if it is one that the filter can read, or, without `readable`, one that it cannot.
+// Writes the item only if the filter can read it, or without `readable` only if it cannot.
 SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM item, bool readable) {
-    const auto priority = static_cast<uint32_t>(TellList(state, CB_GETITEMDATA, item, 0));
+    const auto priority = static_cast<uint32_t>(SendList(state, CB_GETITEMDATA, item, 0));
     const WideText text = KeywordAt(state, static_cast<LRESULT>(item));
     const NarrowText keyword = text ? ToNarrow(text.get()) : nullptr;
     if (!keyword) return SaveResult::kNoMemory;
@@ -211,14 +211,14 @@ SaveResult WriteKeyword(const KeywordDialogState& state, DataFile& file, WPARAM 
 }
 
 SaveResult WriteItems(const KeywordDialogState& state, DataFile& file, bool readable) {
-    const LRESULT count = TellList(state, CB_GETCOUNT, 0, 0);
+    const LRESULT count = SendList(state, CB_GETCOUNT, 0, 0);
     SaveResult result = SaveResult::kSaved;
     for (LRESULT item = 0; item < count && result == SaveResult::kSaved; ++item)
         result = WriteKeyword(state, file, static_cast<WPARAM>(item), readable);
     return result;
 }
 
-// The filter reads no further than to a line that is too long, so such lines come last.
+// The filter stops at a line that is too long, so such lines come last.
 SaveResult WriteKeywords(const KeywordDialogState& state, DataFile& file) {
     for (const bool readable : {true, false}) {
         const SaveResult result = WriteItems(state, file, readable);
@@ -227,15 +227,15 @@ SaveResult WriteKeywords(const KeywordDialogState& state, DataFile& file) {
     return WriteKept(file, state.rest) && CloseDataFile(file) ? SaveResult::kSaved : SaveResult::kWriteFailed;
 }
 
-// An old file stands until the new one is whole, an empty one if need be: a new file without an old one is
-// then always one that only lacks its name.
+// Creates an empty old file where there is none: a temporary file without an old file is then always
+// complete and only lacks its name.
 bool EnsureOldFile(const KeywordDialogState& state) {
     if (FileExists(state.filterPath)) return true;
     DataFile file;
     return OpenDataFile(file, state.filterPath, FileMode::kReadWrite) && CloseDataFile(file);
 }
 
-// False, after telling the user, when the old file stays. A temporary file that was cut short stays too.
+// False, with the reason shown, when the old file stays. An incomplete temporary file stays too.
 bool SaveKeywords(const KeywordDialogState& state) {
     if (state.loadError != 0) {
         SetError(state.loadError);
@@ -259,7 +259,7 @@ bool SaveKeywords(const KeywordDialogState& state) {
 
 void OnOk(const KeywordDialogState& state) {
     ApplyPriority(state);
-    EndDialog(state.dialog, SaveKeywords(state) ? 1 : 2);
+    EndDialog(state.dialog, SaveKeywords(state) ? IDOK : IDCANCEL);
 }
 
 INT_PTR OnCommand(HWND dialog, int id, int notice) {
@@ -269,7 +269,7 @@ INT_PTR OnCommand(HWND dialog, int id, int notice) {
         return TRUE;
     }
     if (id == IDOK) OnOk(*state);
-    if (id == IDCANCEL) EndDialog(dialog, 2);
+    if (id == IDCANCEL) EndDialog(dialog, IDCANCEL);
     if (id == IDC_KEYWORD && notice == CBN_SELCHANGE) OnSelectionChange(*state);
     if (id >= IDC_KEYWORD_HIGH && id <= IDC_KEYWORD_LOW && notice == BN_CLICKED) ApplyPriority(*state);
     return TRUE;
@@ -283,5 +283,5 @@ INT_PTR RunKeywordDialog(KeywordDialogState& state, HINSTANCE instance, HWND own
     state.proposedKeyword = proposedKeyword;
     const INT_PTR result = RunDialog(instance, IDD_KEYWORDS, owner,
                                      DialogProcedure<KeywordDialogState, OnInitDialog, OnCommand>, &state);
-    return result == 1 ? 1 : 2;
+    return result == IDOK ? IDOK : IDCANCEL;
 }

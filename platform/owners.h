@@ -131,6 +131,13 @@ struct BitmapTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+struct WinsockTraits {  // true: WSAStartup has succeeded
+    using Handle = bool;
+    static bool None() { return false; }
+    static void Free(bool) { WSACleanup(); }
+};
+
+using WinsockOwner = Owner<WinsockTraits>;
 using TurnOwner = Owner<TurnTraits>;
 using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;

@@ -48,12 +48,9 @@ bool WriteBinary(const RegistryKeyOwner& key, const wchar_t* name, uint32_t valu
 WideText ReadText(const RegistryKeyOwner& key, const wchar_t* name) {
     DWORD size = 0;
     if (!Succeeded(RegQueryValueExW(key.Get(), name, nullptr, nullptr, nullptr, &size))) return nullptr;
-    // Nothing says that a stored text ends in a NUL, nor that its size is even.
+    // A stored text can lack its NUL, and its size can be odd.
     WideText text = NewArray<wchar_t>(size / sizeof(wchar_t) + 2);
-    if (!text) {
-        SetError(kErrorNoMemory);
-        return nullptr;
-    }
+    if (!text) return nullptr;
     if (!Succeeded(RegQueryValueExW(key.Get(), name, nullptr, nullptr, reinterpret_cast<BYTE*>(text.get()),
                                     &size))) {
         return nullptr;

@@ -1,4 +1,4 @@
-// Plain registry access. Failures answer false with the registry's error as the last error.
+// Registry access. A failure returns false with the registry's error as the last error.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include "platform/owners.h"
 #include "text/owned.h"
 
-// Opens `path` below `parent`, making what is missing of it.
+// Opens `path` below `parent`, creating what is missing.
 [[nodiscard]] bool OpenKey(HKEY parent, const wchar_t* path, RegistryKeyOwner& key);
 
 [[nodiscard]] bool ReadDword(const RegistryKeyOwner& key, const wchar_t* name, uint32_t& value);
@@ -17,11 +17,11 @@
 // A text of any length, terminated; null with the error (2 when there is no such value, 8).
 WideText ReadText(const RegistryKeyOwner& key, const wchar_t* name);
 
-// The same cut to `capacity` units, terminator included. False leaves the buffer as it was.
+// Copies such a text, cut to `capacity` units with its terminator. On false the buffer is unchanged.
 [[nodiscard]] bool ReadTextInto(const RegistryKeyOwner& key, const wchar_t* name, wchar_t* buffer,
                                 std::size_t capacity);
 
 [[nodiscard]] bool WriteText(const RegistryKeyOwner& key, const wchar_t* name, const wchar_t* text);
 
-// A value that is not there counts as deleted.
+// A missing value counts as deleted.
 [[nodiscard]] bool DeleteValue(const RegistryKeyOwner& key, const wchar_t* name);

@@ -19,12 +19,12 @@ uint32_t DwordOr(const RegistryKeyOwner& key, const wchar_t* name, uint32_t miss
     return ReadDword(key, name, value) ? value : missing;
 }
 
-// A value that memory has no room for is not missing: the next save would write its default over it.
+// Not to be taken for a missing value: the next save would write the default over what is stored.
 bool IsOutOfMemory() {
     return GetError() == kErrorNoMemory;
 }
 
-// False only when memory runs out; `missing` is set, and the buffer stays, when there is no such value.
+// A missing value sets `missing` and leaves the buffer. False only when memory runs out.
 bool ReadOptional(const RegistryKeyOwner& key, const wchar_t* name, wchar_t* buffer, std::size_t capacity,
                   bool& missing) {
     if (ReadTextInto(key, name, buffer, capacity)) return true;
@@ -32,7 +32,7 @@ bool ReadOptional(const RegistryKeyOwner& key, const wchar_t* name, wchar_t* buf
     return !IsOutOfMemory();
 }
 
-// What the program cannot run without: a missing value takes its default and is noted.
+// The program cannot run without these: a missing one takes its default and clears `complete`.
 bool ReadRequired(const RegistryKeyOwner& key, Settings& settings, bool& complete) {
     settings.Server[0] = settings.DataPath[0] = L'\0';
     settings.Port = kDefaultPort;
@@ -57,7 +57,7 @@ void DropBlank(Text& text) {
     if (text && IsBlank(text.get())) text.reset();
 }
 
-// A user or password: missing is no failure, one that is there and cannot be read is.
+// A missing user or password is no failure; one that cannot be read is.
 template <class Text>
 bool ReadLogin(const RegistryKeyOwner& key, const wchar_t* name, Text& login) {
     login.reset();
@@ -88,7 +88,7 @@ bool ReadAppearance(const RegistryKeyOwner& key, Settings& settings) {
     if (!ReadOptional(key, L"FontName", settings.FontName, kFontNameSize, missing)) return false;
     settings.FontSizeA = static_cast<int32_t>(DwordOr(key, L"FontSizeA", kDefaultFontSize));
     settings.FontSizeS = static_cast<int32_t>(DwordOr(key, L"FontSizeS", kDefaultFontSize));
-    // A face that gives no font leaves none: the views are then given the system's.
+    // A view without a font of its own uses the system's.
     (void)MakeViewFont(settings.FontName, settings.FontSizeA, settings.ArticleFont);
     (void)MakeViewFont(settings.FontName, settings.FontSizeS, settings.SubjectFont);
     settings.HeaderColor = DwordOr(key, L"HeaderColor", 0);
@@ -111,7 +111,7 @@ bool ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
     }
     DropBlank(settings.UserName);
     DropBlank(settings.MailAddress);
-    // Without a mail address a blank organisation stays as it is stored.
+    // Without a mail address a blank organisation stays as stored.
     if (settings.MailAddress) DropBlank(settings.Organization);
     return true;
 }
@@ -119,7 +119,7 @@ bool ReadIdentity(const RegistryKeyOwner& key, Settings& settings) {
 bool MakeDraftPath(Settings& settings) {
     constexpr std::size_t kAround = 5 + 3;  // "draft", two backslashes and the terminator
     settings.DraftPath = NewArray<wchar_t>(wcslen(settings.DataPath) + kAround);
-    if (!settings.DraftPath) return Fail(kErrorNoMemory);
+    if (!settings.DraftPath) return false;
     // A saved data folder ends in a backslash, so the path has two in a row; the system reads them as one.
     wsprintfW(settings.DraftPath.get(), L"%s\\%s\\", settings.DataPath, L"draft");
     return true;
@@ -128,7 +128,7 @@ bool MakeDraftPath(Settings& settings) {
 bool ReadPaths(const RegistryKeyOwner& key, Settings& settings) {
     settings.EditorPath = ReadText(key, L"EditorPath");
     if (!settings.EditorPath && !IsOutOfMemory()) settings.EditorPath = CopyText(L"");
-    return settings.EditorPath ? MakeDraftPath(settings) : Fail(kErrorNoMemory);
+    return settings.EditorPath && MakeDraftPath(settings);
 }
 
 // Null deletes the value.
@@ -169,7 +169,7 @@ bool WriteBehaviour(const RegistryKeyOwner& key, const Settings& settings) {
            WriteDword(key, L"DisconnectWaitTime", settings.DisconnectWaitTime);
 }
 
-// The colours are binary values, unlike the other numbers: that is how they have always been stored.
+// The colours have always been stored as binary values, unlike the other numbers.
 bool WriteAppearance(const RegistryKeyOwner& key, const Settings& settings) {
     return WriteText(key, L"FontName", settings.FontName) &&
            WriteDword(key, L"FontSizeA", static_cast<uint32_t>(settings.FontSizeA)) &&

@@ -1,5 +1,4 @@
-// The program's configuration. The registry under HKEY_CURRENT_USER keeps it; see registry.h for the plain
-// access.
+// The program's configuration, stored under kProgramKey in HKEY_CURRENT_USER.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +14,7 @@ constexpr int kEntryNameSize = 21;
 constexpr int kFontNameSize = LF_FACESIZE;
 constexpr int32_t kSystemFont = -1;  // a font size: draw with the system's font
 
-// Members bear the names of their registry values.
+// Each member is named after its registry value.
 struct Settings {
     wchar_t Server[kServerSize] = {};      // name or dotted address
     wchar_t DataPath[kDataPathSize] = {};  // ends in a backslash once saved
@@ -43,7 +42,7 @@ struct Settings {
     WideText DraftPath;          // DataPath "\draft\"; not stored
 };
 
-// Sets the texts and the fonts to none.
+// Frees the texts and the fonts.
 void InitSettings(Settings& settings);
 
 // Frees the texts. The fonts stay.
@@ -57,7 +56,7 @@ void FreeSettings(Settings& settings);
 // Writes every value and stops at the first that fails. Appends the backslash that `DataPath` lacks.
 [[nodiscard]] bool SaveSettings(Settings& settings);
 
-// Replaces `font` by one of the face and height; with kSystemFont by none.
+// Replaces `font` with one of this face and height, or with none for kSystemFont.
 [[nodiscard]] bool MakeViewFont(const wchar_t* face, int32_t size, FontOwner& font);
 
 // Digits only; the empty text is 0. No check for overflow.

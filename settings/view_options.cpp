@@ -31,10 +31,10 @@ bool WriteViewOption(const wchar_t* subkey, const wchar_t* name, uint32_t value)
     return OpenViewSubkey(subkey, key) && WriteDword(key, name, value);
 }
 
-uint32_t ReadViewReadArticle() {
-    return OptionOr(kSubjectViewSubkey, kViewReadArticle, 0);
+bool ReadViewReadArticle() {
+    return OptionOr(kSubjectViewSubkey, kViewReadArticle, 0) != 0;
 }
-bool WriteViewReadArticle(uint32_t value) {
+bool WriteViewReadArticle(bool value) {
     return WriteViewOption(kSubjectViewSubkey, kViewReadArticle, value);
 }
 
@@ -45,9 +45,9 @@ bool WritePriorityViewLevel(uint32_t value) {
     return WriteViewOption(kSubjectViewSubkey, kPriorityViewLevel, value);
 }
 
-uint32_t ReadShowArticleHeader() {
-    return OptionOr(kArticleViewSubkey, kShowArticleHeader, 0);
+bool ReadShowArticleHeader() {
+    return OptionOr(kArticleViewSubkey, kShowArticleHeader, 0) != 0;
 }
-bool WriteShowArticleHeader(uint32_t value) {
+bool WriteShowArticleHeader(bool value) {
     return WriteViewOption(kArticleViewSubkey, kShowArticleHeader, value);
 }

@@ -38,7 +38,7 @@ bool TakeUser(HWND dialog, Settings& settings) {
     return true;
 }
 
-// The password is typed twice; both empty mean that none is stored.
+// The password is typed twice; two empty fields mean none.
 bool TakePassword(HWND dialog, Settings& settings) {
     SecretBuffer<kLoginSize> password, repeat;
     GetDlgItemTextW(dialog, IDC_ACCOUNT_PASSWORD, password.text, kLoginSize);

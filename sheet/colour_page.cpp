@@ -65,7 +65,7 @@ void OnScroll(HWND dialog, Settings& settings, int code, HWND control) {
     ShowSample(dialog, settings, ReadBars(dialog));
 }
 
-// The sample is written in the colour that it shows, as the article view writes its lines.
+// The sample's text has the edited colour, on white as in the article view.
 INT_PTR PaintSample(HDC dc, const Settings& settings) {
     SetTextColor(dc, settings.SampleColor);
     SetBkColor(dc, RGB(255, 255, 255));
@@ -88,9 +88,9 @@ INT_PTR CALLBACK ColourProcedure(HWND dialog, UINT message, WPARAM wParam, LPARA
 }
 
 void AddItem(HWND dialog, UINT stringId) {
-    const wchar_t* text = LoadResString(stringId);
+    TextBuffer text;
     SendDlgItemMessageW(dialog, IDC_COLOUR_ITEM, CB_ADDSTRING, 0,
-                        reinterpret_cast<LPARAM>(text ? text : L""));
+                        reinterpret_cast<LPARAM>(LoadResStringOrEmpty(stringId, text)));
 }
 
 }  // namespace
@@ -126,7 +126,7 @@ void ColourPage::Init(HWND dialog) {
     ShowColour(dialog, *settings, settings->HeaderColor);
 }
 
-// What the bars show belongs to the item shown until now.
+// The bars still show the colour of the item selected before.
 INT_PTR ColourPage::Command(HWND dialog, int id, int notice) {
     if (id != IDC_COLOUR_ITEM || notice != CBN_SELCHANGE) return 0;
     ColourOf(*settings, shownItem) = ReadBars(dialog);

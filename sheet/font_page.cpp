@@ -27,9 +27,8 @@ void Select(HWND combo, LRESULT index) {
 
 void ListFamilies(HWND dialog, const wchar_t* selected) {
     const HWND combo = GetDlgItem(dialog, IDC_FONT_NAME);
-    const HDC dc = GetDC(dialog);
-    EnumFontFamiliesW(dc, nullptr, AddFamily, reinterpret_cast<LPARAM>(combo));
-    ReleaseDC(dialog, dc);
+    const WindowDc dc(dialog);
+    EnumFontFamiliesW(dc.Get(), nullptr, AddFamily, reinterpret_cast<LPARAM>(combo));
     Select(combo, FindFamily(combo, selected));
 }
 

@@ -32,7 +32,7 @@ bool TakeFolder(HWND dialog, Settings& settings) {
 
 void BrowseFolder(HWND dialog, HINSTANCE instance) {
     FileChooser chooser;
-    if (RunFileChooser(chooser, instance, dialog, L"Choose folder", nullptr) == 1) {
+    if (RunFileChooser(chooser, instance, dialog, L"Choose folder", nullptr) == IDOK) {
         SetDlgItemTextW(dialog, IDC_DATA_FOLDER, chooser.result);
     }
     FreeFileChooser(chooser);

@@ -1,4 +1,4 @@
-// The pages of the properties sheet. Each edits the fields of the record that its comment names.
+// The pages of the properties sheet, each with the settings that it edits.
 #pragma once
 
 #include "sheet/settings_page.h"
@@ -58,8 +58,7 @@ class ColourPage final : public SettingsPage {
     LRESULT shownItem = 0;  // 0 header lines, 1 quoted lines: whose colour the bars show
 };
 
-// Where a colour's scroll bar goes from `position`, 0 to 255, with a scroll code; `tracked` is the thumb's
-// place.
+// The position, 0 to 255, that a scroll code moves a colour's bar to; `tracked` is the thumb's position.
 int NextColourPosition(int position, int code, int tracked);
 
 // UserName, MailAddress, Organization. Not in the sheet yet.

@@ -11,7 +11,7 @@ void PostingPage::Init(HWND dialog) {
 INT_PTR PostingPage::Command(HWND dialog, int id, int) {
     if (id != IDC_BROWSE) return 0;
     FileChooser chooser;
-    if (RunFileChooser(chooser, instance, dialog, L"Choose Editor", L"*.exe") == 1) {
+    if (RunFileChooser(chooser, instance, dialog, L"Choose Editor", L"*.exe") == IDOK) {
         SetDlgItemTextW(dialog, IDC_EDITOR_PATH, chooser.result);
     }
     FreeFileChooser(chooser);

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Whether the user may leave the page or close the sheet.
+// Decides whether the user leaves the page or closes the sheet.
 INT_PTR OnNotify(HWND dialog, SettingsPage& page, const NMHDR& header) {
     if (header.code == PSN_KILLACTIVE) {
         SetDialogResult(dialog, page.Apply(dialog) ? 0 : 1);
@@ -27,8 +27,7 @@ INT_PTR OnInitDialog(HWND dialog, const SheetPage& description) {
 }  // namespace
 
 SettingsPage::SettingsPage(WORD dialog, UINT titleId) : dialogId(dialog), procedure(PageProcedure) {
-    const wchar_t* text = LoadResString(titleId);
-    CopyCut(title, kTextCapacity, text ? text : L"");
+    (void)LoadResStringOrEmpty(titleId, title);
 }
 
 INT_PTR SettingsPage::Command(HWND, int, int) {

@@ -16,11 +16,11 @@ class SettingsPage {
     // Fills the controls from the record.
     virtual void Init(HWND) {}
 
-    // Reacts to a control; the dialog procedure's answer.
+    // Handles a control's notice. Returns the dialog procedure's result.
     virtual INT_PTR Command(HWND, int id, int notice);
 
-    // Checks the controls and copies them into the record. A control that is refused gets the focus with its
-    // text selected; those before it are copied already.
+    // Checks the controls and copies them into the record. A refused control gets the focus with its text
+    // selected; the ones before it have been copied.
     [[nodiscard]] virtual bool Apply(HWND) { return true; }
 
     virtual ~SettingsPage() = default;
@@ -30,7 +30,7 @@ class SettingsPage {
     wchar_t title[kTextCapacity] = {};
     Settings* settings = nullptr;  // the record being edited; not owned
     HINSTANCE instance = nullptr;
-    bool shown = true;  // the controls show what the record holds; texts that they do not are not taken
+    bool shown = true;  // false: the record could not be shown, so nothing is copied back
 };
 
 // The procedure of all pages but the colour page, which calls it first.
@@ -51,13 +51,13 @@ void ShowDecimal(HWND dialog, int id, uint32_t value);
 // Shows a text of the record; null shows as empty. Error 8 shows nothing.
 [[nodiscard]] bool ShowNarrow(HWND dialog, int id, const NarrowText& text);
 
-// Gives the control the focus and selects its text. Answers false.
+// Gives the control the focus and selects its text. Returns false.
 bool RefuseControl(HWND dialog, int id);
 
-// Digits of an edit control into `value`; else the control is refused.
+// Reads an edit control's digits. Refuses the control when it holds anything else.
 [[nodiscard]] bool TakeDecimal(HWND dialog, int id, uint32_t& value);
 
-// Behind the leading blanks.
+// The text after its leading blanks.
 const wchar_t* SkipBlanks(const wchar_t* text);
 
 LRESULT SelectedIndex(HWND dialog, int comboId);

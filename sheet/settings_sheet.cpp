@@ -3,11 +3,21 @@
 #include <new>
 
 #include "resources/resource.h"
-#include "sheet/pages.h"
 #include "settings/registry.h"
+#include "sheet/pages.h"
 #include "text/last_error.h"
 
 namespace {
+
+template <class Page>
+std::unique_ptr<SettingsPage> New() {
+    return std::unique_ptr<SettingsPage>(new (std::nothrow) Page);
+}
+
+using MakePage = std::unique_ptr<SettingsPage> (*)();
+constexpr MakePage kMakePage[kPageCount] = {New<MainPage>,       New<AccountPage>, New<KeysPage>,
+                                            New<ConnectionPage>, New<FontPage>,    New<ColourPage>,
+                                            New<UserPage>,       New<PostingPage>};
 
 SheetPage DescribePage(const SettingsPage& page) {
     SheetPage description = {};
@@ -21,8 +31,8 @@ SheetPage DescribePage(const SettingsPage& page) {
     return description;
 }
 
-// False when only a part was read, which must not be written back over the rest. A registry that cannot be
-// opened at all has nothing to lose.
+// False when only a part was read: saving it would overwrite the rest. A registry that cannot be opened has
+// nothing to lose.
 bool StartFromRegistry(Settings& settings) {
     bool complete = false;
     RegistryKeyOwner key;
@@ -33,41 +43,28 @@ bool StartFromRegistry(Settings& settings) {
 
 }  // namespace
 
-SettingsPages::~SettingsPages() {
-    for (SettingsPage* page : all)
-        delete page;
-}
-
 bool MakeSettingsPages(SettingsPages& pages, Settings& settings, HINSTANCE instance) {
-    SettingsPage* const made[kPageCount] = {new (std::nothrow) MainPage, new (std::nothrow) AccountPage,
-                                            new (std::nothrow) KeysPage, new (std::nothrow) ConnectionPage,
-                                            new (std::nothrow) FontPage, new (std::nothrow) ColourPage,
-                                            new (std::nothrow) UserPage, new (std::nothrow) PostingPage};
-    bool complete = true;
     for (int i = 0; i < kPageCount; ++i) {
-        pages.all[i] = made[i];
-        complete = complete && made[i];
-        if (!made[i]) continue;
-        made[i]->settings = &settings;
-        made[i]->instance = instance;
+        pages[i] = kMakePage[i]();
+        if (!pages[i]) return Fail(kErrorNoMemory);
+        pages[i]->settings = &settings;
+        pages[i]->instance = instance;
     }
-    return complete || Fail(kErrorNoMemory);
+    return true;
 }
 
 INT_PTR RunPropertySheet(const SettingsPages& pages, int first, int count, HINSTANCE instance, HWND owner) {
     SheetPage descriptions[kPageCount];
     for (int i = 0; i < count; ++i)
-        descriptions[i] = DescribePage(*pages.all[first + i]);
-    wchar_t caption[kTextCapacity];
-    const wchar_t* text = LoadResString(IDS_PROPERTIES);
-    CopyCut(caption, kTextCapacity, text ? text : L"");
+        descriptions[i] = DescribePage(*pages[first + i]);
+    TextBuffer caption;
     SheetHeader sheet = {};
     sheet.dwSize = sizeof(sheet);
     sheet.dwFlags = PSH_PROPSHEETPAGE | PSH_NOAPPLYNOW | PSH_USEICONID;
     sheet.hwndParent = owner;
     sheet.hInstance = instance;
     sheet.pszIcon = MAKEINTRESOURCEW(IDI_PELNOR);
-    sheet.pszCaption = caption;
+    sheet.pszCaption = LoadResStringOrEmpty(IDS_PROPERTIES, caption);
     sheet.nPages = static_cast<UINT>(count);
     sheet.ppsp = descriptions;
     return RunSheet(sheet);
@@ -75,8 +72,8 @@ INT_PTR RunPropertySheet(const SettingsPages& pages, int first, int count, HINST
 
 INT_PTR RunSettingsSheet(Settings& settings, HINSTANCE instance, HWND owner) {
     SettingsPages pages;
-    if (!MakeSettingsPages(pages, settings, instance) || !StartFromRegistry(settings)) return 2;
-    if (RunPropertySheet(pages, 0, kShownPageCount, instance, owner) != 1) return 2;
+    if (!MakeSettingsPages(pages, settings, instance) || !StartFromRegistry(settings)) return IDCANCEL;
+    if (RunPropertySheet(pages, 0, kShownPageCount, instance, owner) != IDOK) return IDCANCEL;
     (void)SaveSettings(settings);
-    return 1;
+    return IDOK;
 }

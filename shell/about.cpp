@@ -1,4 +1,4 @@
-#include "shell/actions.h"
+#include "shell/commands.h"
 
 #include "resources/resource.h"
 

@@ -1,8 +1,6 @@
-#include "shell/application.h"
+#include "shell/app_frame.h"
 
 #include "resources/resource.h"
-#include "shell/app_frame.h"
-#include "shell/frame_window.h"
 #include "text/last_error.h"
 #include "text/messages.h"
 
@@ -10,12 +8,12 @@ namespace {
 
 constexpr int kClassNameSize = 1024;
 
-bool StartWinsock() {
+WinsockOwner StartWinsock() {
     WSADATA data;
-    return WSAStartup(MAKEWORD(2, 2), &data) == 0;
+    return WinsockOwner(WSAStartup(MAKEWORD(2, 2), &data) == 0);
 }
 
-// Ends the enumeration at a frame of this program, which is brought forward.
+// Brings a frame of this program forward, and ends the enumeration there.
 BOOL CALLBACK WakeFrame(HWND window, LPARAM parameter) {
     wchar_t name[kClassNameSize] = {};
     GetClassNameW(window, name, kClassNameSize);
@@ -32,8 +30,8 @@ bool WakeFirstInstance() {
     return found;
 }
 
-// Of two starts at once neither would find a frame. They look one after the other; one whose predecessor
-// hangs does not wait for ever, and starts.
+// Two starts at once would both find no frame, so they search one after the other. When the one before
+// hangs, this one goes ahead.
 TurnOwner AwaitTurn() {
     constexpr DWORD kPatience = 5000;  // milliseconds
     TurnOwner turn(CreateEventW(nullptr, FALSE, TRUE, L"PelnorStart"));
@@ -55,7 +53,7 @@ bool CreateFrame(AppFrame& frame) {
     const HWND window =
         CreateWindowExW(0, kFrameClass, L"Pelnor", WS_VISIBLE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
                         CW_USEDEFAULT, nullptr, nullptr, frame.instance, &frame);
-    // A start that the user ended while the frame was made is no failure.
+    // The user can end the program while the frame is being made; that is no failure.
     return window || frame.ended;
 }
 
@@ -76,18 +74,13 @@ int RunMessageLoop(const AppFrame& frame) {
     return static_cast<int>(message.wParam);
 }
 
-// The sockets end before the frame's parts go.
-int RunFrame(HINSTANCE instance, int showCommand, TurnOwner turn) {
+int RunFrame(HINSTANCE instance, int showCommand, TurnOwner turn, WinsockOwner& winsock) {
     AppFrame frame;
+    const WinsockOwner endsBeforeTheFrame(std::move(winsock));
     frame.turn = std::move(turn);
-    int result = 1;
-    if (OpenFrame(frame, instance, showCommand)) {
-        result = RunMessageLoop(frame);
-    } else {
-        MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
-    }
-    WSACleanup();
-    return result;
+    if (OpenFrame(frame, instance, showCommand)) return RunMessageLoop(frame);
+    MessageBoxW(nullptr, FormatLastError(L"FAILED(%d)"), kProgramCaption, MB_OK | MB_ICONERROR);
+    return 1;
 }
 
 }  // namespace
@@ -105,12 +98,11 @@ bool OpenFrame(AppFrame& frame, HINSTANCE instance, int showCommand) {
 int RunPelnor(HINSTANCE instance, int showCommand) {
     SetResourceInstance(instance);
     InitCommonControls();
-    if (!StartWinsock()) {
+    WinsockOwner winsock = StartWinsock();
+    if (!winsock) {
         MessageBoxW(nullptr, L"Init winsock failed.", L"Error", MB_OK | MB_ICONERROR);
         return 1;
     }
     TurnOwner turn = AwaitTurn();
-    if (!WakeFirstInstance()) return RunFrame(instance, showCommand, std::move(turn));
-    WSACleanup();
-    return 0;
+    return WakeFirstInstance() ? 0 : RunFrame(instance, showCommand, std::move(turn), winsock);
 }

@@ -1,18 +1,17 @@
-#include "shell/actions.h"
+#include "shell/commands.h"
 
 #include "resources/resource.h"
-#include "shell/reload.h"
 #include "store/group_changes.h"
 #include "store/index.h"
 #include "text/messages.h"
 
 namespace {
 
-// What the user chose; both 0 unless the dialog was closed with OK.
+// What the user chose; both false unless the dialog was closed with OK.
 struct CatchUpDialog {
     HWND dialog = nullptr;
-    uint32_t local = 0;
-    uint32_t server = 0;
+    bool local = false;
+    bool server = false;
 };
 
 INT_PTR OnInitDialog(HWND dialog, CatchUpDialog* choice) {
@@ -21,8 +20,8 @@ INT_PTR OnInitDialog(HWND dialog, CatchUpDialog* choice) {
     return TRUE;
 }
 
-uint32_t IsChecked(HWND dialog, int id) {
-    return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED ? 1 : 0;
+bool IsChecked(HWND dialog, int id) {
+    return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED;
 }
 
 INT_PTR OnDialogCommand(HWND dialog, int id, int) {

@@ -1,9 +1,8 @@
-#include "shell/actions.h"
+#include "shell/commands.h"
 
+#include "files/data_file.h"
 #include "keywords/keyword_dialog.h"
 #include "resources/resource.h"
-#include "shell/reload.h"
-#include "files/data_file.h"
 #include "subscribe/subscribe_dialog.h"
 #include "text/messages.h"
 
@@ -26,7 +25,7 @@ bool RunSubscribe(const AppFrame& frame) {
     state->port = settings.Port;
     state->user = settings.UserID.get();
     state->password = settings.Password.get();
-    return RunSubscribeDialog(*state, frame.instance, frame.mainWindow) == 1;
+    return RunSubscribeDialog(*state, frame.instance, frame.mainWindow) == IDOK;
 }
 
 }  // namespace
@@ -45,5 +44,5 @@ void EditKeywords(AppFrame& frame) {
     KeywordDialogState state;
     const INT_PTR result =
         RunKeywordDialog(state, frame.instance, frame.mainWindow, store.filterPath.get(), proposed.get());
-    if (result == 1 && !RefilterSubjects(subjects)) ShowLastError(IDS_INIT_INDEX_FAILED, kProgramCaption);
+    if (result == IDOK && !RefilterSubjects(subjects)) ShowLastError(IDS_INIT_INDEX_FAILED, kProgramCaption);
 }

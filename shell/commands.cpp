@@ -1,10 +1,8 @@
 #include "shell/commands.h"
 
 #include "resources/resource.h"
-#include "sheet/settings_sheet.h"
 #include "settings/view_options.h"
-#include "shell/actions.h"
-#include "shell/reload.h"
+#include "sheet/settings_sheet.h"
 #include "shell/run.h"
 #include "shell/view_switch.h"
 #include "text/messages.h"
@@ -15,8 +13,8 @@ void Exit(AppFrame& frame) {
     SendMessageW(frame.mainWindow, WM_CLOSE, 0, 0);
 }
 
-// The option stays as the user chose it, also where the view refuses it or it cannot be stored.
-void StoreOption(bool shown, bool (*write)(uint32_t), uint32_t value) {
+// The option stays as the user chose it even if the view refuses it or it cannot be stored.
+void StoreOption(bool shown, bool (*write)(bool), bool value) {
     if (!shown) {
         ShowLastError(IDS_SWITCH_VIEW_FAILED, kProgramCaption);
     } else if (!write(value)) {
@@ -34,7 +32,7 @@ void OnViewRead(AppFrame& frame) {
 void OnShowHeader(AppFrame& frame) {
     frame.showArticleHeader = !frame.showArticleHeader;
     ShowCheckMarks(frame);
-    const bool shown = SetShowAllHeaders(*frame.articleView, frame.showArticleHeader != 0);
+    const bool shown = SetShowAllHeaders(*frame.articleView, frame.showArticleHeader);
     StoreOption(shown, WriteShowArticleHeader, frame.showArticleHeader);
 }
 
@@ -68,19 +66,19 @@ void OnSubjectNotice(AppFrame& frame, UINT notice) {
     if (notice == kSubjectOpen) OpenCurrentArticle(frame);
 }
 
-// For RunAlone: a run walks the rows that are filled anew. The busy flag stays: it always has.
+// For RunAlone: it refills the rows that a run walks. The busy flag stays set, as it always has.
 void OnProperties(AppFrame& frame) {
     Settings edited;
     frame.busy = true;
     InitSettings(edited);
-    if (RunSettingsSheet(edited, frame.instance, frame.mainWindow) == 1) UseNewSettings(frame);
+    if (RunSettingsSheet(edited, frame.instance, frame.mainWindow) == IDOK) UseNewSettings(frame);
     frame.busy = true;
 }
 
 enum class Reach : uint8_t {
     kAnywhere,
     kArticle,  // an accelerator counts in the article view only
-    kAlone,    // the same in the group view; changes the view's rows or the files behind them
+    kAlone,    // an accelerator counts in the group view only; changes its rows or their files
 };
 
 struct Command {

@@ -1,7 +1,6 @@
-#include "shell/actions.h"
+#include "shell/commands.h"
 
 #include "resources/resource.h"
-#include "shell/reload.h"
 #include "shell/view_switch.h"
 #include "store/delete_read.h"
 #include "subscribe/group_file.h"
@@ -21,7 +20,7 @@ void DeleteInGroup(const wchar_t* folder, const wchar_t* name) {
     ShowLastError(IDS_DELETE_READ_FAILED, name, MB_ICONEXCLAMATION);
 }
 
-// Closing the program while a box stands ends it before the next group.
+// Stops before the next group when the program was closed while a box was open.
 bool DeleteInGroups(const AppFrame& frame) {
     const wchar_t* folder = frame.settings.DataPath;
     GroupFile groups;
@@ -37,9 +36,9 @@ bool DeleteInGroups(const AppFrame& frame) {
 }  // namespace
 
 void DeleteReadArticles(AppFrame& frame) {
-    // A group that is open writes at the places that it found when it was opened.
+    // An open group writes its read marks at the places they had when it was opened.
     if (frame.subjectView->list.open) return;
-    EnableWindow(frame.mainWindow, FALSE);  // the boxes have no owner that would be
+    EnableWindow(frame.mainWindow, FALSE);  // the boxes have no owner to disable
     const bool deleted = UserAgrees() && DeleteInGroups(frame);
     EnableWindow(frame.mainWindow, TRUE);
     SetForegroundWindow(frame.mainWindow);

@@ -1,4 +1,4 @@
-#include "shell/actions.h"
+#include "shell/commands.h"
 
 #include "drafts/file_chooser.h"
 #include "resources/resource.h"
@@ -7,10 +7,9 @@
 namespace {
 
 void ShowMissingProperty(UINT textId) {
-    wchar_t caption[kTextCapacity];
-    const wchar_t* text = LoadResString(IDS_PROPERTIES_MISSING);
-    CopyCut(caption, kTextCapacity, text ? text : L"");
-    MessageBoxW(nullptr, LoadResString(textId), caption, MB_OK | MB_ICONEXCLAMATION);
+    TextBuffer caption;
+    MessageBoxW(nullptr, LoadResString(textId), LoadResStringOrEmpty(IDS_PROPERTIES_MISSING, caption),
+                MB_OK | MB_ICONEXCLAMATION);
 }
 
 }  // namespace
@@ -27,7 +26,7 @@ void Compose(AppFrame& frame) {
 
 void ChooseExe(AppFrame& frame) {
     FileChooser chooser;
-    if (RunFileChooser(chooser, frame.instance, frame.mainWindow, L"Choose EXE", L"*.exe") == 1) {
+    if (RunFileChooser(chooser, frame.instance, frame.mainWindow, L"Choose EXE", L"*.exe") == IDOK) {
         MessageBoxW(nullptr, chooser.result, L"SELECTED", MB_OK);
     }
     FreeFileChooser(chooser);

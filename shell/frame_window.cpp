@@ -1,12 +1,10 @@
-#include "shell/frame_window.h"
+#include "shell/app_frame.h"
 
 #include "dialup/dialup.h"
 #include "resources/resource.h"
-#include "sheet/settings_sheet.h"
 #include "settings/view_options.h"
-#include "shell/app_frame.h"
+#include "sheet/settings_sheet.h"
 #include "shell/commands.h"
-#include "shell/reload.h"
 #include "shell/run.h"
 #include "shell/view_switch.h"
 #include "text/messages.h"
@@ -60,11 +58,11 @@ RECT PaneRectangle(const AppFrame& frame) {
     return client;
 }
 
-// What is missing is asked for. False when the user will not say.
+// Asks for settings that are missing. False when the user cancels.
 bool LoadFrameSettings(AppFrame& frame) {
     bool complete = false;
     if (LoadSettings(frame.settings, complete) && complete) return true;
-    return RunSettingsSheet(frame.settings, frame.instance, frame.mainWindow) == 1;
+    return RunSettingsSheet(frame.settings, frame.instance, frame.mainWindow) == IDOK;
 }
 
 // A pane that cannot be made leaves its place empty; the others still work.
@@ -72,7 +70,7 @@ void CreatePanes(AppFrame& frame, const RECT& pane) {
     (void)CreateGroupView(*frame.groupView, frame.mainWindow, L"Group", pane, IDW_GROUP_VIEW, frame.instance);
     frame.showArticleHeader = ReadShowArticleHeader();
     frame.priorityLevel = ReadPriorityViewLevel();
-    frame.articleView->showAllHeaders = frame.showArticleHeader != 0;
+    frame.articleView->showAllHeaders = frame.showArticleHeader;
     (void)CreateArticleView(*frame.articleView, frame.instance, frame.mainWindow, IDW_ARTICLE_VIEW, pane);
     frame.viewReadArticles = ReadViewReadArticle();
     (void)CreateSubjectView(*frame.subjectView, frame.instance, frame.mainWindow, IDW_SUBJECT_VIEW, pane,
@@ -117,8 +115,7 @@ LRESULT OnDestroy(AppFrame& frame) {
     return 0;
 }
 
-// A double tap or Enter on a row of the group list. No group is opened under a command that changes its
-// files.
+// A double tap or Enter on a group opens it, except while a command changes its files.
 LRESULT OnNotify(AppFrame& frame, const NMHDR& header) {
     const bool opens =
         header.code == static_cast<UINT>(NM_DBLCLK) || header.code == static_cast<UINT>(NM_RETURN);
@@ -136,7 +133,7 @@ LRESULT OnStartRun(AppFrame& frame) {
     return 0;
 }
 
-// A handle is used once: the system may give its number to another program's call.
+// Used once: the system may give the same handle to another program's call.
 LRESULT OnHangUp(AppFrame& frame) {
     const HRASCONN connection = frame.connection;
     frame.connection = nullptr;

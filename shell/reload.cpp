@@ -1,4 +1,4 @@
-#include "shell/reload.h"
+#include "shell/app_frame.h"
 
 #include "resources/resource.h"
 #include "store/cut_off_deletion.h"
@@ -31,7 +31,7 @@ bool CheckGroups(const wchar_t* folder) {
     return GetError() == kErrorEndOfFile;
 }
 
-// A draft folder that cannot be made leaves the wait cursor up: nothing else of the program will work either.
+// Without a draft folder the wait cursor stays: nothing else in the program will work either.
 bool StartDataFolder(const wchar_t* folder) {
     const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     if (!MakeDraftFolder(folder)) return false;
@@ -54,7 +54,7 @@ bool ReloadData(AppFrame& frame) {
 
 void UseNewSettings(AppFrame& frame) {
     bool complete = false;
-    // The old fonts go with the load; a new one may bear an old one's handle.
+    // The load frees the old fonts, and a new font may get an old one's handle.
     SetSubjectAppearance(*frame.subjectView, nullptr, false);
     SetArticleAppearance(*frame.articleView, {});
     (void)LoadSettings(frame.settings, complete);

@@ -3,7 +3,6 @@
 #include "dialup/dialup.h"
 #include "nntp/password_prompt.h"
 #include "resources/resource.h"
-#include "shell/reload.h"
 #include "text/messages.h"
 
 namespace {
@@ -21,7 +20,7 @@ bool StartWorker(AppFrame& frame, std::unique_ptr<DownloadJob> job) {
     MakeProgressDialog(job->progress, frame.instance, frame.mainWindow);
     frame.job = job.get();
     if (StartDownloadWorker(*job)) {
-        job.release();  // the worker's, until it reports its end
+        job.release();  // owned by the worker until it reports its end
         return true;
     }
     frame.job = nullptr;
@@ -29,7 +28,7 @@ bool StartWorker(AppFrame& frame, std::unique_ptr<DownloadJob> job) {
     return false;
 }
 
-// Who closes the program meanwhile wants to hear no more of it.
+// Shows nothing once the program has been closed.
 void ReportEnd(AppFrame& frame, const RunResult& result) {
     if (frame.ended) return;
     if (result.severity == kError) {
@@ -43,7 +42,7 @@ void ReportEnd(AppFrame& frame, const RunResult& result) {
 }  // namespace
 
 void RunAlone(AppFrame& frame, void (*command)(AppFrame&)) {
-    // A frame that is disabled gets commands from other programs only.
+    // A disabled frame gets commands only from other programs.
     if (frame.alone || !IsWindowEnabled(frame.mainWindow)) return;
     if (frame.job) {
         ShowProgress(frame.job->progress);

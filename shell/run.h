@@ -1,10 +1,10 @@
-// A download run as the frame sees it: its start and its end.
+// How the frame starts and ends a download run.
 #pragma once
 
 #include "shell/app_frame.h"
 
-// Does `command`, one of those that need the group view's rows and their files to themselves. While another
-// one is at it nothing happens; while a run is, its progress is shown instead.
+// Runs a command that needs the group view's rows and their files to itself. Does nothing while another
+// such command is active; during a run, shows its progress instead.
 void RunAlone(AppFrame& frame, void (*command)(AppFrame&));
 
 // The command "記事取得": dials first when the settings say so.
@@ -13,6 +13,6 @@ void GetArticles(AppFrame& frame);
 // Asks for a missing password, starts the worker and shows the progress dialog.
 void StartRun(AppFrame& frame);
 
-// The worker of `job` has ended: tells the user how, shows the new data, and frees the job. Anything but the
-// job that the frame holds, once, is ignored: the message may come from anywhere.
+// The worker of `job` has ended: shows its result and the new data, and frees the job. The message may come
+// from anywhere, so any other job is ignored, and the frame's own counts once.
 void FinishRun(AppFrame& frame, const DownloadJob* job);

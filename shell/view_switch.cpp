@@ -10,7 +10,7 @@ void Check(HMENU menu, UINT command, bool checked) {
     CheckMenuItem(menu, command, MF_BYCOMMAND | static_cast<UINT>(checked ? MF_CHECKED : MF_UNCHECKED));
 }
 
-// Exactly one bar stands at the bottom.
+// Exactly one bar is visible.
 void ShowMenuBar(const AppFrame& frame, HWND shown) {
     const HWND bars[] = {frame.groupBar, frame.subjectBar, frame.articleBar};
     for (const HWND bar : bars) {
@@ -26,7 +26,7 @@ void HideOtherPanes(const AppFrame& frame, ViewKind shown) {
     if (shown != ViewKind::kDrafts) ShowDraftTree(*frame.draftTree, SW_HIDE);
 }
 
-// What was read in the open group shows in its row.
+// Shows in the group's row what was read.
 void LeaveOpenGroup(AppFrame& frame) {
     if (!frame.subjectView->list.open) return;
     CloseSubjectGroup(*frame.subjectView);
@@ -41,7 +41,7 @@ void ShowSubjects(AppFrame& frame) {
     FocusCurrentView(frame);
 }
 
-// A view without a font draws no text: where the settings name none, it gets the system's.
+// A view without a font draws no text, so it gets the system's where the settings name none.
 HFONT FontOf(const FontOwner& font) {
     return font ? font.Get() : static_cast<HFONT>(GetStockObject(SYSTEM_FONT));
 }
@@ -130,9 +130,9 @@ void FocusCurrentView(const AppFrame& frame) {
 }
 
 void ShowCheckMarks(const AppFrame& frame) {
-    Check(frame.subjectPopup, IDC_VIEW_READ, frame.viewReadArticles != 0);
+    Check(frame.subjectPopup, IDC_VIEW_READ, frame.viewReadArticles);
     Check(frame.subjectPopup, IDC_LEVEL_HIGH, frame.priorityLevel == kPriorityHigh);
     Check(frame.subjectPopup, IDC_LEVEL_NORMAL, frame.priorityLevel == kPriorityNormal);
     Check(frame.subjectPopup, IDC_LEVEL_LOW, frame.priorityLevel == kPriorityLow);
-    Check(frame.articlePopup, IDC_SHOW_HEADER, frame.showArticleHeader != 0);
+    Check(frame.articlePopup, IDC_SHOW_HEADER, frame.showArticleHeader);
 }

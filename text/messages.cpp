@@ -34,6 +34,11 @@ const wchar_t* LoadResString(UINT id, TextBuffer& buffer) {
     return LoadStringW(stringBuffer.instance, id, buffer, kTextCapacity) < 1 ? nullptr : buffer;
 }
 
+const wchar_t* LoadResStringOrEmpty(UINT id, TextBuffer& buffer) {
+    if (!LoadResString(id, buffer)) buffer[0] = L'\0';
+    return buffer;
+}
+
 const wchar_t* FormatLastError(const wchar_t* format) {
     return FormatLastError(format, errorBuffer);
 }

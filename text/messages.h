@@ -19,6 +19,9 @@ HINSTANCE ResourceInstance();
 const wchar_t* LoadResString(UINT id);
 const wchar_t* LoadResString(UINT id, TextBuffer& buffer);
 
+// The same in the caller's buffer, which is empty when there is no such entry.
+const wchar_t* LoadResStringOrEmpty(UINT id, TextBuffer& buffer);
+
 // `format` with the last error for its one "%d".
 const wchar_t* FormatLastError(const wchar_t* format);
 const wchar_t* FormatLastError(const wchar_t* format, TextBuffer& buffer);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "shell/app_frame.h"
-#include "shell/application.h"
 #include "tests/support/ui_thread.h"
 #include "text/messages.h"
 

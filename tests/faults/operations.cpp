@@ -1,10 +1,9 @@
 #include "tests/faults/operations.h"
 
-#include "keywords/keyword_dialog.h"
 #include "filters/keyword_filter.h"
+#include "keywords/keyword_dialog.h"
 #include "resources/resource.h"
 #include "sheet/settings_sheet.h"
-#include "shell/reload.h"
 #include "shell/run.h"
 #include "store/article_list.h"
 #include "store/delete_read.h"

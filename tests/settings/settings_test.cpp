@@ -231,10 +231,10 @@ TEST_F(SettingsTest, OverlongValuesAreCut) {
 }
 
 TEST_F(SettingsTest, ViewOptionsStandInTheirSubkeys) {
-    EXPECT_TRUE(WriteViewReadArticle(2) && WritePriorityViewLevel(3) && WriteShowArticleHeader(4));
-    EXPECT_EQ(Read(L"ViewReadArticle", L"SubjectView"), Number(2));
+    EXPECT_TRUE(WriteViewReadArticle(true) && WritePriorityViewLevel(3) && WriteShowArticleHeader(true));
+    EXPECT_EQ(Read(L"ViewReadArticle", L"SubjectView"), Number(1));
     EXPECT_EQ(Read(L"PriorityViewLevel", L"SubjectView"), Number(3));
-    EXPECT_EQ(Read(L"ShowArticleHeader", L"ArticleView"), Number(4));
+    EXPECT_EQ(Read(L"ShowArticleHeader", L"ArticleView"), Number(1));
 }
 
 }  // namespace

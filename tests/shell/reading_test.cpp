@@ -163,11 +163,13 @@ TEST_F(ReadingTest, TheViewOptions) {
     Command(IDC_TOGGLE_READ);
     struct Row {
         UINT command;
-        uint32_t showRead, level;
+        bool showRead;
+        uint32_t level;
     };
-    const Row steps[] = {{IDC_LEVEL_HIGH, 0, 2},   {IDC_VIEW_READ, 1, 2}, {IDC_LEVEL_NORMAL, 1, 0},
-                         {IDC_LEVEL_LOW, 1, 1},    {IDC_VIEW_READ, 0, 1}, {IDC_LEVEL_NORMAL, 0, 0},
-                         {IDC_LEVEL_NORMAL, 0, 0}, {IDC_VIEW_READ, 1, 0}};
+    const Row steps[] = {{IDC_LEVEL_HIGH, false, 2},   {IDC_VIEW_READ, true, 2},
+                         {IDC_LEVEL_NORMAL, true, 0},  {IDC_LEVEL_LOW, true, 1},
+                         {IDC_VIEW_READ, false, 1},    {IDC_LEVEL_NORMAL, false, 0},
+                         {IDC_LEVEL_NORMAL, false, 0}, {IDC_VIEW_READ, true, 0}};
     for (const Row& step : steps) {
         SCOPED_TRACE(testing::Message()
                      << step.command << ", read " << step.showRead << ", level " << step.level);
@@ -177,7 +179,7 @@ TEST_F(ReadingTest, TheViewOptions) {
         EXPECT_EQ(this->Row(), 0u);
         EXPECT_EQ(ReadViewReadArticle(), step.showRead);
         EXPECT_EQ(ReadPriorityViewLevel(), step.level);
-        EXPECT_EQ(IsChecked(frame->subjectPopup, IDC_VIEW_READ), step.showRead == 1);
+        EXPECT_EQ(IsChecked(frame->subjectPopup, IDC_VIEW_READ), step.showRead);
         EXPECT_EQ(IsChecked(frame->subjectPopup, IDC_LEVEL_HIGH), step.level == 2);
         EXPECT_EQ(IsChecked(frame->subjectPopup, IDC_LEVEL_NORMAL), step.level == 0);
         EXPECT_EQ(IsChecked(frame->subjectPopup, IDC_LEVEL_LOW), step.level == 1);
@@ -186,7 +188,7 @@ TEST_F(ReadingTest, TheViewOptions) {
     Open();
     OpenGroup(0);
     MakeRows();
-    EXPECT_EQ(frame->viewReadArticles, 1u) << "after the next start";
+    EXPECT_TRUE(frame->viewReadArticles) << "after the next start";
     EXPECT_EQ(frame->priorityLevel, 0u);
     ExpectConsistent();
 }
@@ -246,7 +248,7 @@ TEST_F(ReadingTest, FromArticleToArticle) {
     const uint32_t hidden = Reader().layout.headerLines;
     Command(IDC_SHOW_HEADER);
     EXPECT_GT(Reader().layout.headerLines, hidden);
-    EXPECT_EQ(ReadShowArticleHeader(), 1u);
+    EXPECT_TRUE(ReadShowArticleHeader());
     EXPECT_TRUE(IsChecked(frame->articlePopup, IDC_SHOW_HEADER));
     Command(IDC_SHOW_HEADER);
     EXPECT_EQ(Reader().layout.headerLines, hidden);

@@ -11,7 +11,6 @@
 #include "settings/registry.h"
 #include "settings/settings.h"
 #include "shell/app_frame.h"
-#include "shell/application.h"
 #include "tests/store/group_files.h"
 #include "text/convert.h"
 #include "text/messages.h"
