@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "drafts/file_items.h"
-#include "resources/resource.h"
 #include "files/data_file.h"
+#include "resources/resource.h"
 #include "store/log.h"
 #include "text/convert.h"
 #include "text/messages.h"

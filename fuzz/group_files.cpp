@@ -93,7 +93,8 @@ void ReadGroup(bool showRead, bool marks) {
     const bool opened = OpenArticleList(list, L"D\\", L"g") && BuildArticleList(list, 3);
     CheckAfter(opened);
     if (!opened) return;
-    Require(list.visibleCount <= list.store.header.recordCount, "a list shows at most what the header counts");
+    Require(list.visibleCount <= list.store.header.recordCount,
+            "a list shows at most what the header counts");
     ReadPages(list, marks);
     SetError(0);
     CheckAfter(CloseArticleList(list));

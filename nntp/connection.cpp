@@ -141,8 +141,12 @@ Secret MakeCommand(const char* word, const char* argument, const char* end) {
         length += std::strlen(part);
     Secret command = NewArray<char>(length + 1);
     if (!command) return nullptr;
-    command[0] = '\0';
-    for (const char* part : parts)
-        std::strcat(command.get(), part);
+    char* next = command.get();
+    for (const char* part : parts) {
+        const std::size_t partLength = std::strlen(part);
+        std::memcpy(next, part, partLength);
+        next += partLength;
+    }
+    *next = '\0';
     return command;
 }

@@ -5,8 +5,8 @@
 
 #include <utility>
 
-#include "resources/resource.h"
 #include "files/data_file.h"
+#include "resources/resource.h"
 #include "subscribe/group_list_dialog.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/choose/live_jobs.h"

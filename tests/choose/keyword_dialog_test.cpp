@@ -3,8 +3,8 @@
 
 #include <gmock/gmock.h>
 
-#include "resources/resource.h"
 #include "files/data_file.h"
+#include "resources/resource.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"

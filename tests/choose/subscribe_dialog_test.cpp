@@ -5,8 +5,8 @@
 
 #include <array>
 
-#include "resources/resource.h"
 #include "files/data_file.h"
+#include "resources/resource.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/scripted_server.h"

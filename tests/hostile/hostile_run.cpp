@@ -119,7 +119,8 @@ void HostileRun::CheckRebuild() const {
     const std::string before = Index(kName);
     GroupStore store;
     ASSERT_TRUE(SetNames(store, folder.Path().c_str(), kName) && ReadHeader(store));
-    folder.Write(L"fj.test.idx", HeaderBytes({store.header.lastFetched, store.header.serverLast, 0, StatusText(store)}));
+    folder.Write(L"fj.test.idx",
+                 HeaderBytes({store.header.lastFetched, store.header.serverLast, 0, StatusText(store)}));
     ASSERT_TRUE(ReadHeader(store));
     EXPECT_TRUE(RebuildFromLog(store)) << "error " << GetLastError();
     EXPECT_TRUE(Index(kName) == before) << "the rebuilt index differs";

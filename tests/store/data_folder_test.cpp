@@ -1,5 +1,5 @@
-#include "store/cut_off_deletion.h"
 #include "store/data_folder.h"
+#include "store/cut_off_deletion.h"
 
 #include "tests/store/group_files.h"
 

@@ -1,6 +1,6 @@
 // Indexes of older versions, made by hand, become version 5.
-#include "store/index.h"
 #include "store/upgrade.h"
+#include "store/index.h"
 #include "tests/store/group_files.h"
 
 namespace {
