@@ -111,6 +111,7 @@ int send(SOCKET, const char* bytes, int count, int);
 int recv(SOCKET, char* bytes, int count, int);
 int select(int, SocketSet* readable, SocketSet*, SocketSet*, timeval* limit);
 int closesocket(SOCKET);
+int WSACleanup();
 hostent* gethostbyname(const char* name);
 inline uint32_t inet_addr(const char*) {
     return 0x0100007F;
