@@ -35,7 +35,7 @@ void MakeEmptyGroup(const BenchFolder& folder, const wchar_t* group) {
 void Check(const BenchFolder& folder, const wchar_t* group, uint32_t articles) {
     GroupStore store;
     Require(SetNames(store, folder.Path(), group) && ReadHeader(store), "reading the group");
-    Require(store.recordCount == articles, "fetching every article");
+    Require(store.header.recordCount == articles, "fetching every article");
 }
 
 double Download(const SessionRequest& request) {

@@ -6,8 +6,8 @@
 
 #include "bench/measure.h"
 #include "platform/owners.h"
+#include "store/article_writer.h"
 #include "store/index.h"
-#include "store/log.h"
 
 namespace {
 
@@ -43,12 +43,12 @@ void AddArticles(GroupStore& store, uint32_t articles, uint32_t bodyLines) {
 }
 
 void MarkEverySecondRead(GroupStore& store) {
-    for (uint32_t number = 0; number < store.recordCount; number += 2) {
+    for (uint32_t number = 0; number < store.header.recordCount; number += 2) {
         IndexRecord record;
         Require(ReadRecord(store, record, number), "reading a record");
         record.flags |= kReadFlag;
         Require(WriteRecord(store, record, number), "marking a record");
-        --store.unreadCount;
+        --store.header.unreadCount;
     }
 }
 

@@ -6,8 +6,9 @@
 #include "bench/measure.h"
 #include "platform/platform.h"
 #include "settings/settings.h"
-#include "store/data_folder.h"
+#include "store/cut_off_deletion.h"
 #include "store/index.h"
+#include "store/upgrade.h"
 
 namespace {
 

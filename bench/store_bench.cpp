@@ -7,7 +7,8 @@
 #include "bench/memory.h"
 #include "store/article_list.h"
 #include "store/delete_read.h"
-#include "store/index.h"
+#include "store/group_changes.h"
+#include "store/upgrade.h"
 #include "views/scrolling.h"
 
 namespace {
@@ -61,10 +62,9 @@ void OpenList(ArticleList& list, const BenchFolder& folder, const Group& group) 
 // Calls `show` with the top row of each page down to the last, as the view does.
 template <class Show>
 void PageToEnd(uint32_t articles, const Show& show) {
-    ListScroll scroll;
-    scroll.rows = {kRowsPerPage, 0, articles};
+    ScrollState scroll{kRowsPerPage, 0, articles};
     do
-        show(scroll.rows.top);
+        show(scroll.top);
     while (PageDown(scroll) == ScrollResult::kMoved);
 }
 
@@ -141,7 +141,7 @@ void BenchRefilter(Group& group, Rows& rows) {
         high = !high;
         WriteText(group.store.filterPath.get(), Keywords(high));
         const double time = Once([&] { Require(Refilter(group.store), "re-filtering"); });
-        Require(group.store.highCount == (high ? group.articles / 10 : 0), "finding the keyword");
+        Require(group.store.header.highCount == (high ? group.articles / 10 : 0), "finding the keyword");
         return time;
     };
     const auto theirs = [&] { return Once([&] { PlainRead(group.store.logPath.get()); }); };
@@ -153,7 +153,7 @@ void BenchRebuild(Group& group, Rows& rows) {
     const auto ours = [&] {
         Require(DeleteDataFile(store.indexPath.get()), "losing the index");
         const double time = Once([&] { Require(BringUpToDate(store) == IndexState::kReady, "rebuilding"); });
-        Require(store.recordCount == group.articles, "finding every article");
+        Require(store.header.recordCount == group.articles, "finding every article");
         return time;
     };
     const auto theirs = [&] { return Once([&] { PlainRead(store.logPath.get()); }); };
@@ -167,7 +167,7 @@ void BenchDeletion(Group& group, const BenchFolder& folder, Rows& rows) {
     const auto ours = [&] {
         BringBack(group);
         const double time = Once([&] { Require(DeleteRead(group.store), "deleting half"); });
-        Require(group.store.recordCount == group.articles / 2, "keeping the other half");
+        Require(group.store.header.recordCount == group.articles / 2, "keeping the other half");
         CopyWhole(group.store.logPath.get(), keptLog.c_str());
         CopyWhole(group.store.indexPath.get(), keptIndex.c_str());
         return time;

@@ -11,34 +11,37 @@ set(PELNOR_SOURCES
   text/mime.cpp
   text/name_list.cpp
   text/sjis.cpp
+  files/data_file.cpp
+  files/kept_bytes.cpp
+  filters/keyword_filter.cpp
+  filters/match.cpp
+  settings/registry.cpp
+  settings/settings.cpp
+  settings/view_options.cpp
   store/article_list.cpp
+  store/article_writer.cpp
+  store/cut_off_deletion.cpp
   store/data_folder.cpp
   store/delete_read.cpp
-  store/file.cpp
+  store/group_changes.cpp
   store/group_store.cpp
   store/header_block.cpp
   store/index.cpp
   store/log.cpp
   store/record.cpp
-  store/kept_bytes.cpp
   store/string_set.cpp
   store/upgrade.cpp
-  filters/keyword_dialog.cpp
-  filters/keyword_filter.cpp
-  filters/match.cpp
-  settings/account_page.cpp
-  settings/colour_page.cpp
-  settings/connection_page.cpp
-  settings/font_page.cpp
-  settings/keys_page.cpp
-  settings/main_page.cpp
-  settings/posting_page.cpp
-  settings/registry.cpp
-  settings/settings.cpp
-  settings/settings_page.cpp
-  settings/settings_sheet.cpp
-  settings/user_page.cpp
-  settings/view_options.cpp
+  keywords/keyword_dialog.cpp
+  sheet/account_page.cpp
+  sheet/colour_page.cpp
+  sheet/connection_page.cpp
+  sheet/font_page.cpp
+  sheet/keys_page.cpp
+  sheet/main_page.cpp
+  sheet/posting_page.cpp
+  sheet/settings_page.cpp
+  sheet/settings_sheet.cpp
+  sheet/user_page.cpp
   subscribe/group_file.cpp
   subscribe/group_list.cpp
   subscribe/group_list_dialog.cpp
@@ -59,9 +62,11 @@ set(PELNOR_SOURCES
   nntp/session.cpp
   drafts/draft_tree.cpp
   drafts/file_chooser.cpp
+  drafts/file_items.cpp
   dialup/dialup.cpp
   views/article_layout.cpp
   views/article_view.cpp
+  views/columns.cpp
   views/group_view.cpp
   views/row_view.cpp
   views/scrolling.cpp
@@ -72,19 +77,24 @@ set(PELNOR_SOURCES
   shell/choose.cpp
   shell/commands.cpp
   shell/delete_read.cpp
-  shell/frame_window.cpp
   shell/drafts.cpp
+  shell/frame_window.cpp
   shell/reload.cpp
   shell/run.cpp
   shell/view_switch.cpp
 )
 
 set(PELNOR_DESKTOP_SOURCES
+  platform/desktop/bar.cpp
   platform/desktop/desktop.cpp
   platform/desktop/dialog_place.cpp
+  platform/desktop/dock.cpp
   platform/desktop/frame.cpp
   platform/desktop/menubar.cpp
+  platform/desktop/popups.cpp
   platform/desktop/ras.cpp
+  platform/desktop/wheel.cpp
+  platform/desktop/window_place.cpp
 )
 
 set(PELNOR_DEVICE_SOURCES

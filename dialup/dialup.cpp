@@ -8,7 +8,7 @@
 namespace {
 
 enum Timer : UINT_PTR { kConnectedTimer = 1, kWaitTimer = 2, kDoneTimer = 3 };
-constexpr UINT kShowMilliseconds = 500;  // how long the last status stays
+constexpr UINT kShowMilliseconds = 500;  // how long the last status is shown
 
 struct StateText {
     RASCONNSTATE state;
@@ -31,8 +31,8 @@ void DisableCancel(HWND dialog) {
     EnableWindow(GetDlgItem(dialog, IDCANCEL), FALSE);
 }
 
-// The connect dialog. Its user data is the frame until how the call ended is known: it is told once, whatever
-// else arrives while the dialog goes.
+// The connect dialog. Its user data is the frame until the call has ended, so that the end is reported once,
+// whatever arrives while the dialog closes.
 
 HWND TakeFrame(HWND dialog) {
     const auto frame = static_cast<HWND>(GetWindowPointer(dialog, kUserData));
@@ -54,16 +54,15 @@ void OnConnected(HWND dialog) {
 
 void OnDialFailed(HWND dialog) {
     const HWND frame = TakeFrame(dialog);
-    wchar_t caption[kTextCapacity];
-    const wchar_t* loaded = LoadResString(IDS_DIAL_ERROR_CAPTION);
-    CopyCut(caption, kTextCapacity, loaded ? loaded : L"");
+    TextBuffer caption;
     ShowWindow(dialog, SW_HIDE);
-    MessageBoxW(dialog, LoadResString(IDS_DIAL_FAILED), caption, MB_OK | MB_ICONEXCLAMATION);
+    MessageBoxW(dialog, LoadResString(IDS_DIAL_FAILED), LoadResString(IDS_DIAL_ERROR_CAPTION, caption),
+                MB_OK | MB_ICONEXCLAMATION);
     PostMessageW(frame, kHangUpMessage, 0, 0);
     PostMessageW(dialog, WM_CLOSE, 0, 0);
 }
 
-// A state that fails comes a second time with its error: the call is over then.
+// A state that fails is reported a second time, with its error: the call is over then.
 void OnRasEvent(HWND dialog, WPARAM state, LPARAM error) {
     if (!GetWindowPointer(dialog, kUserData)) return;
     const auto reached = error != 0 ? RASCS_Disconnected : static_cast<RASCONNSTATE>(state);
@@ -107,7 +106,7 @@ INT_PTR CALLBACK ConnectProcedure(HWND dialog, UINT message, WPARAM wParam, LPAR
     }
 }
 
-// The disconnect dialog, of the same resource.
+// The disconnect dialog, from the same resource.
 
 struct DisconnectDialog {
     HWND frame = nullptr;
@@ -138,7 +137,7 @@ INT_PTR OnInitDisconnect(HWND dialog, DisconnectDialog* state) {
 
 void OnDisconnectTimer(HWND dialog, const DisconnectDialog& state, WPARAM timer) {
     if (timer == kWaitTimer) {
-        // The wait timer runs on: the dialog is gone before it could fire again.
+        // The wait timer keeps running: the dialog is gone before it fires again.
         KillTimer(dialog, kConnectedTimer);
         HangUpNow(dialog, state);
     }
@@ -161,7 +160,7 @@ INT_PTR CALLBACK DisconnectProcedure(HWND dialog, UINT message, WPARAM wParam, L
             if (LOWORD(wParam) == IDCANCEL) PostMessageW(dialog, WM_CLOSE, 0, 0);
             return TRUE;
         case WM_CLOSE:
-            EndDialog(dialog, 1);
+            EndDialog(dialog, IDOK);
             return TRUE;
         default:
             return FALSE;
@@ -199,12 +198,12 @@ void StartDial(HWND frame, HINSTANCE instance, const wchar_t* entry, HRASCONN* c
     *connection = nullptr;
     EnableWindow(frame, FALSE);
     const HWND dialog = ShowConnectDialog(frame, instance, entry);
-    if (!dialog) {  // without a window to report to, the call would hold the program up until it ends
+    if (!dialog) {  // without a window to report to, the call would block the program until it ends
         PostMessageW(frame, kHangUpMessage, 0, 0);
         return;
     }
     const DWORD error = StartRasDial(&parameters, dialog, connection);
-    // A call that does not even start reports nothing by itself.
+    // A call that does not start reports nothing itself.
     if (error != 0) PostMessageW(dialog, WM_RASDIALEVENT, RASCS_Disconnected, static_cast<LPARAM>(error));
     Sleep(1);
 }

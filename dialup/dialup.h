@@ -1,5 +1,5 @@
-// Dials the configured phone-book entry before a run and hangs up after it. User-interface thread only; what
-// a call reports arrives by window messages.
+// Dials the configured phone-book entry before a run and hangs up after it. User-interface thread only; a
+// call reports by window messages.
 #pragma once
 
 #include <memory>

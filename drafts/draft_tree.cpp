@@ -4,10 +4,9 @@
 
 #include <cstring>
 
-#include "drafts/file_chooser.h"
-#include "platform/owners.h"
+#include "drafts/file_items.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "store/log.h"
 #include "text/convert.h"
 #include "text/messages.h"
@@ -17,38 +16,21 @@ namespace {
 constexpr wchar_t kNoValue[] = L"(none)";
 constexpr UINT kFolderNames[kDraftFolderCount] = {IDS_DRAFTS_WAITING, IDS_DRAFTS_UNFINISHED, IDS_DRAFTS_SENT};
 
-HTREEITEM Insert(const DraftTree& drafts, HTREEITEM parent, HTREEITEM after, const wchar_t* text, int image) {
-    TVINSERTSTRUCTW insert = {};
-    insert.hParent = parent;
-    insert.hInsertAfter = after;
-    insert.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
-    insert.item.pszText = const_cast<wchar_t*>(text);
-    insert.item.iImage = insert.item.iSelectedImage = image;
-    return reinterpret_cast<HTREEITEM>(
-        SendMessageW(drafts.tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
-}
-
-HTREEITEM NextItem(const DraftTree& drafts, HTREEITEM item, WPARAM relation) {
-    return reinterpret_cast<HTREEITEM>(
-        SendMessageW(drafts.tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
-}
-
-bool HasText(const DraftTree& drafts, HTREEITEM item, const wchar_t* wanted) {
+bool HasText(HWND tree, HTREEITEM item, const wchar_t* wanted) {
     wchar_t text[kTextCapacity] = {};
-    TVITEMW data = {};
-    data.mask = TVIF_TEXT | TVIF_HANDLE;
-    data.hItem = item;
-    data.pszText = text;
-    data.cchTextMax = kTextCapacity;
-    SendMessageW(drafts.tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&data));
-    return wcscmp(data.pszText, wanted) == 0;
+    int image = 0;
+    return ReadItem(tree, item, text, kTextCapacity, image) && wcscmp(text, wanted) == 0;
 }
 
-HTREEITEM FindChild(const DraftTree& drafts, HTREEITEM parent, const wchar_t* text) {
-    HTREEITEM child = NextItem(drafts, parent, TVGN_CHILD);
-    while (child && !HasText(drafts, child, text))
-        child = NextItem(drafts, child, TVGN_NEXT);
+HTREEITEM FindChild(HWND tree, HTREEITEM parent, const wchar_t* text) {
+    HTREEITEM child = RelatedItem(tree, parent, TVGN_CHILD);
+    while (child && !HasText(tree, child, text))
+        child = RelatedItem(tree, child, TVGN_NEXT);
     return child;
+}
+
+HTREEITEM InsertFolder(HWND tree, HTREEITEM parent, HTREEITEM after, const wchar_t* text) {
+    return InsertItem(tree, parent, after, text, kFolderImage, kFolderImage);
 }
 
 // What a header line says behind its name; null when memory runs out.
@@ -69,10 +51,10 @@ WideText ValueOf(const HeaderBlock& head, uint32_t line, uint32_t length, std::s
 bool AddDraft(const DraftTree& drafts, DraftFolder folder, const wchar_t* newsgroups,
               const wchar_t* subject) {
     const HTREEITEM root = drafts.roots[folder];
-    HTREEITEM node = FindChild(drafts, root, newsgroups);
-    if (!node) node = Insert(drafts, root, TVI_SORT, newsgroups, kFolderImage);
+    HTREEITEM node = FindChild(drafts.tree, root, newsgroups);
+    if (!node) node = InsertFolder(drafts.tree, root, TVI_SORT, newsgroups);
     if (!node) return false;
-    Insert(drafts, node, TVI_LAST, subject, kFileImage);
+    InsertItem(drafts.tree, node, TVI_LAST, subject, kFileImage, kFileImage);
     return true;
 }
 
@@ -82,7 +64,7 @@ bool ReadDraftHead(const wchar_t* folder, const wchar_t* name, HeaderBlock& head
     return path && OpenDataFile(file, path.get(), FileMode::kRead) && ReadHeaderBlock(file, head);
 }
 
-// A draft that cannot be read is passed over.
+// A draft that cannot be read is left out.
 bool AddDraftFile(const DraftTree& drafts, const wchar_t* folder, const wchar_t* name) {
     HeaderBlock head;
     if (!ReadDraftHead(folder, name, head)) return true;
@@ -97,25 +79,20 @@ void InsertRoots(DraftTree& drafts) {
     SendMessageW(drafts.tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     for (int i = 0; i < kDraftFolderCount; ++i) {
         const wchar_t* name = LoadResString(kFolderNames[i]);
-        drafts.roots[i] = Insert(drafts, TVI_ROOT, TVI_LAST, name ? name : L"", kFolderImage);
+        drafts.roots[i] = InsertFolder(drafts.tree, TVI_ROOT, TVI_LAST, name ? name : L"");
     }
 }
 
 }  // namespace
 
-DraftTree::~DraftTree() {
-    if (imageList) ImageList_Destroy(imageList);
-}
-
 bool CreateDraftTree(DraftTree& drafts, HWND parent, const RECT& rectangle, int id, HINSTANCE instance) {
     constexpr DWORD kStyle = WS_CHILD | WS_VISIBLE | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT;
-    drafts.imageList = LoadFileImages(instance);
-    if (!drafts.imageList) return false;
+    if (!LoadFileImages(drafts.imageList, instance)) return false;
     drafts.tree = CreateWindowExW(0, L"SysTreeView32", L"", kStyle, rectangle.left, rectangle.top,
                                   rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
                                   ChildId(id), instance, nullptr);
     if (!drafts.tree) return false;
-    SendMessageW(drafts.tree, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(drafts.imageList));
+    UseFileImages(drafts.tree, drafts.imageList);
     return true;
 }
 

@@ -1,19 +1,14 @@
 // The fourth pane: the articles that the user writes, as a tree of three folders, newsgroups and subjects.
 #pragma once
 
-#include "platform/platform.h"
+#include "platform/owners.h"
 
 enum DraftFolder { kWaitingDrafts = 0, kUnfinishedDrafts = 1, kSentDrafts = 2, kDraftFolderCount = 3 };
 
 struct DraftTree {
     HWND tree = nullptr;  // the control; owned by its parent window
-    HIMAGELIST imageList = nullptr;
+    ImageListOwner imageList;
     HTREEITEM roots[kDraftFolderCount] = {};
-
-    DraftTree() = default;
-    DraftTree(const DraftTree&) = delete;
-    DraftTree& operator=(const DraftTree&) = delete;
-    ~DraftTree();
 };
 
 // Makes the control and its images; false when either cannot be made.

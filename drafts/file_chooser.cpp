@@ -4,34 +4,18 @@
 
 #include <cstring>
 
-#include "platform/owners.h"
+#include "drafts/file_items.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/convert.h"
 #include "text/name_list.h"
 
 namespace {
 
-constexpr wchar_t kPlaceholder[] = L"DUMMY";  // shows an unopened folder as one that can be opened
+constexpr wchar_t kPlaceholder[] = L"DUMMY";  // the child of an unopened folder, so that it can be opened
 
-HTREEITEM TreeItem(LRESULT result) {
-    return reinterpret_cast<HTREEITEM>(result);
-}
-
-HTREEITEM Relative(HWND tree, HTREEITEM item, WPARAM relation) {
-    return TreeItem(SendMessageW(tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
-}
-
-HTREEITEM Insert(HWND tree, HTREEITEM parent, const wchar_t* text, int image, int selectedImage) {
-    TVINSERTSTRUCTW insert = {};
-    insert.hParent = parent;
-    insert.hInsertAfter = TVI_LAST;
-    insert.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_PARAM;
-    insert.item.pszText = const_cast<wchar_t*>(text);
-    insert.item.iImage = image;
-    insert.item.iSelectedImage = selectedImage;
-    insert.item.lParam = reinterpret_cast<LPARAM>(parent);
-    return TreeItem(SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+HTREEITEM Insert(HWND tree, HTREEITEM parent, const wchar_t* text, FileImage image, FileImage selectedImage) {
+    return InsertItem(tree, parent, TVI_LAST, text, image, selectedImage);
 }
 
 void InsertPlaceholder(HWND tree, HTREEITEM parent) {
@@ -43,20 +27,7 @@ void InsertFolder(HWND tree, HTREEITEM parent, const wchar_t* name) {
     if (item) InsertPlaceholder(tree, item);
 }
 
-// Text and image of an item; false when it has gone.
-bool ReadItem(HWND tree, HTREEITEM item, wchar_t (&text)[kChooserPathSize], int& image) {
-    TVITEMW data = {};
-    data.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_HANDLE;
-    data.hItem = item;
-    data.pszText = text;
-    data.cchTextMax = kChooserPathSize;
-    if (!SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&data))) return false;
-    if (data.pszText != text) wcsncpy(text, data.pszText, kChooserPathSize - 1);
-    image = data.iImage;
-    return true;
-}
-
-// Puts `name` and a backslash before what stands at `place`, which moves. False when there is no room.
+// Puts `name` and a backslash before `place`, which moves back. False when there is no room.
 bool Prepend(const wchar_t* path, wchar_t*& place, const wchar_t* name) {
     const std::size_t length = wcslen(name) + 1;
     if (length > static_cast<std::size_t>(place - path)) return false;
@@ -66,14 +37,14 @@ bool Prepend(const wchar_t* path, wchar_t*& place, const wchar_t* name) {
     return true;
 }
 
-// "\", then the text of every level below the root with a "\". False when that does not fit the buffer.
+// A backslash, then each level below the root with one behind it. False when the buffer is too small.
 bool BuildPath(HWND tree, HTREEITEM item, wchar_t (&path)[kChooserPathSize]) {
     wchar_t* place = path + kChooserPathSize - 1;
     *place = L'\0';
-    for (HTREEITEM parent; (parent = Relative(tree, item, TVGN_PARENT)) != nullptr; item = parent) {
+    for (HTREEITEM parent; (parent = RelatedItem(tree, item, TVGN_PARENT)) != nullptr; item = parent) {
         wchar_t text[kChooserPathSize] = {};
         int image = 0;
-        if (!ReadItem(tree, item, text, image) || !Prepend(path, place, text)) return false;
+        if (!ReadItem(tree, item, text, kChooserPathSize, image) || !Prepend(path, place, text)) return false;
     }
     if (!Prepend(path, place, L"")) return false;
     std::memmove(path, place, (wcslen(place) + 1) * sizeof(wchar_t));
@@ -114,12 +85,12 @@ void FillFolder(const FileChooser& chooser, HTREEITEM item) {
 }
 
 void DeleteChildren(HWND tree, HTREEITEM item) {
-    while (const HTREEITEM child = Relative(tree, item, TVGN_CHILD)) {
+    while (const HTREEITEM child = RelatedItem(tree, item, TVGN_CHILD)) {
         SendMessageW(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(child));
     }
 }
 
-// An opened folder is read anew each time.
+// A folder is read anew each time it is opened.
 void OnExpanding(const FileChooser& chooser, const NMTREEVIEWW& notice) {
     const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     SendMessageW(chooser.tree, WM_SETREDRAW, FALSE, 0);
@@ -133,11 +104,11 @@ void OnExpanding(const FileChooser& chooser, const NMTREEVIEWW& notice) {
     SetCursor(before);
 }
 
-// Whether the item may be chosen; its path is in the buffer then.
+// True, with the path built, for an item that may be chosen.
 bool Choose(FileChooser& chooser, HTREEITEM item) {
     wchar_t text[kChooserPathSize] = {};
     int image = 0;
-    if (!item || !ReadItem(chooser.tree, item, text, image)) return false;
+    if (!item || !ReadItem(chooser.tree, item, text, kChooserPathSize, image)) return false;
     if (chooser.pattern && image != kFileImage) return false;
     if (!BuildPath(chooser.tree, item, chooser.path)) return false;
     const std::size_t length = wcslen(chooser.path);
@@ -153,7 +124,7 @@ INT_PTR OnInitDialog(HWND dialog, FileChooser* chooser) {
     SetWindowPointer(dialog, kUserData, chooser);
     chooser->dialog = dialog;
     chooser->tree = GetDlgItem(dialog, IDC_CHOOSER_TREE);
-    SendMessageW(chooser->tree, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(chooser->imageList));
+    UseFileImages(chooser->tree, chooser->imageList);
     SendMessageW(chooser->tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     const HTREEITEM root = Insert(chooser->tree, TVI_ROOT, L"\\", kRootImage, kRootImage);
     InsertPlaceholder(chooser->tree, root);
@@ -171,10 +142,10 @@ INT_PTR OnNotify(FileChooser& chooser, const NMHDR& header) {
 }
 
 INT_PTR OnCommand(FileChooser& chooser, int id) {
-    if (id == IDCANCEL) EndDialog(chooser.dialog, 2);
-    if (id == IDC_CHOOSER_OK && Choose(chooser, Relative(chooser.tree, nullptr, TVGN_CARET))) {
+    if (id == IDCANCEL) EndDialog(chooser.dialog, IDCANCEL);
+    if (id == IDC_CHOOSER_OK && Choose(chooser, RelatedItem(chooser.tree, nullptr, TVGN_CARET))) {
         chooser.result = chooser.path;
-        EndDialog(chooser.dialog, 1);
+        EndDialog(chooser.dialog, IDOK);
     }
     return TRUE;
 }
@@ -195,19 +166,11 @@ INT_PTR RunFileChooser(FileChooser& chooser, HINSTANCE instance, HWND owner, con
     chooser.title = title;
     chooser.pattern = pattern;
     chooser.result = nullptr;
-    if (!chooser.imageList) chooser.imageList = LoadFileImages(instance);
-    if (!chooser.imageList) return 2;
+    if (!chooser.imageList && !LoadFileImages(chooser.imageList, instance)) return IDCANCEL;
     const INT_PTR result = RunDialog(instance, IDD_CHOOSER, owner, ChooserProcedure, &chooser);
-    return result == 1 ? 1 : 2;
+    return result == IDOK ? IDOK : IDCANCEL;
 }
 
 void FreeFileChooser(FileChooser& chooser) {
-    if (chooser.imageList) ImageList_Destroy(chooser.imageList);
-    chooser.imageList = nullptr;
-}
-
-HIMAGELIST LoadFileImages(HINSTANCE instance) {
-    constexpr int kSize = 16;
-    constexpr COLORREF kGround = RGB(255, 0, 255);
-    return ImageList_LoadImage(instance, MAKEINTRESOURCEW(IDB_FILES), kSize, 0, kGround, IMAGE_BITMAP, 0);
+    chooser.imageList.Reset();
 }

@@ -1,6 +1,6 @@
 #include "filters/keyword_filter.h"
 
-#include "store/file.h"
+#include "files/data_file.h"
 #include "text/last_error.h"
 
 bool OpenKeywordFile(DataFile& file, const wchar_t* path) {

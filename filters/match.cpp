@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "filters/keyword_filter.h"
-#include "store/record.h"
+#include "filters/priority.h"
 #include "text/last_error.h"
 
 namespace {

@@ -174,23 +174,24 @@ void Judge(ScrollResult result, const ScrollState& before, const ScrollState& af
 }
 
 void ScrollText(uint32_t page, uint32_t total, std::string_view moves) {
-    ScrollState text{page, 0, total};
+    ScrollState text{page, 0, total, 0, ScrollKind::kText};
     while (!moves.empty()) {
         const uint8_t move = TakeByte(moves);
-        const bool autoNext = (move & 4) != 0;
+        text.kind = (move & 4) != 0 ? ScrollKind::kTextGoingOn : ScrollKind::kText;
         const ScrollState before = text;
-        ScrollResult (*const onward)(ScrollState&, bool) = (move & 2) != 0 ? TextLineDown : TextPageDown;
-        ScrollResult (*const back)(ScrollState&) = (move & 2) != 0 ? TextLineUp : TextPageUp;
-        const ScrollResult result = (move & 1) != 0 ? back(text) : onward(text, autoNext);
+        ScrollResult (*const onward)(ScrollState&) = (move & 2) != 0 ? LineDown : PageDown;
+        ScrollResult (*const back)(ScrollState&) = (move & 2) != 0 ? LineUp : PageUp;
+        const ScrollResult result = (move & 1) != 0 ? back(text) : onward(text);
         Judge(result, before, text);
-        Require(result != ScrollResult::kAtEnd || (autoNext && EndIsVisible(before)),
-                "the next article comes only when this one's end was seen");
+        Require(
+            result != ScrollResult::kAtEnd || (text.kind == ScrollKind::kTextGoingOn && EndIsVisible(before)),
+            "the next article comes only when this one's end was seen");
     }
-    TextThumbTo(text, total);
+    ThumbTo(text, total);
     Require(total <= page || text.top + page == total, "the thumb reaches the end");
 }
 
-ScrollResult MoveInList(ListScroll& list, uint8_t move) {
+ScrollResult MoveInList(ScrollState& list, uint8_t move) {
     switch (move % 8) {
         case 0:
             return PageDown(list);
@@ -211,29 +212,26 @@ ScrollResult MoveInList(ListScroll& list, uint8_t move) {
     }
 }
 
-void ResizeTo(ListScroll& list, uint32_t page) {
+void ResizeTo(ScrollState& list, uint32_t page) {
     const uint32_t row = CursorRow(list);
     ResizePage(list, page);
-    const ScrollState& rows = list.rows;
     Require(CursorRow(list) == row && list.cursor < page, "the cursor keeps its row and stays in sight");
-    Require(rows.top == 0 || rows.top + page <= rows.total,
+    Require(list.top == 0 || list.top + page <= list.total,
             "another page size leaves no gap below the last row");
 }
 
 void ScrollList(uint32_t page, uint32_t total, std::string_view moves) {
-    ListScroll list;
-    list.rows = {page, 0, total};
+    ScrollState list{page, 0, total};
     while (!moves.empty()) {
         const uint8_t move = TakeByte(moves);
-        const ScrollState before = list.rows;
-        Judge(MoveInList(list, move), before, list.rows);
-        Require(list.cursor < list.rows.page && (CursorRow(list) < total || total == 0),
+        const ScrollState before = list;
+        Judge(MoveInList(list, move), before, list);
+        Require(list.cursor < list.page && (CursorRow(list) < total || total == 0),
                 "the cursor stands on a row in sight");
         ResizeTo(list, TakeByte(moves) % 16u + 1);
         const uint32_t row = TakeByte(moves) % (total + 1);
         Require(MoveTo(list, row) == (row < total), "every row can be gone to");
-        Require(row == total || (CursorRow(list) == row && list.cursor < list.rows.page),
-                "and is in sight then");
+        Require(row == total || (CursorRow(list) == row && list.cursor < list.page), "and is in sight then");
     }
 }
 

@@ -8,8 +8,10 @@
 #include "platform/platform.h"
 #include "store/article_list.h"
 #include "store/delete_read.h"
+#include "store/group_changes.h"
 #include "store/index.h"
 #include "store/log.h"
+#include "store/upgrade.h"
 
 namespace {
 
@@ -63,7 +65,7 @@ std::vector<IndexRecord> ReadAll() {
     std::vector<IndexRecord> records;
     IndexRecord record;
     if (!ReadHeader(store)) return records;
-    while (records.size() < store.recordCount &&
+    while (records.size() < store.header.recordCount &&
            ReadRecord(store, record, static_cast<uint32_t>(records.size())))
         records.push_back(record);
     return records;
@@ -91,7 +93,7 @@ void ReadGroup(bool showRead, bool marks) {
     const bool opened = OpenArticleList(list, L"D\\", L"g") && BuildArticleList(list, 3);
     CheckAfter(opened);
     if (!opened) return;
-    Require(list.visibleCount <= list.store.recordCount, "a list shows at most what the header counts");
+    Require(list.visibleCount <= list.store.header.recordCount, "a list shows at most what the header counts");
     ReadPages(list, marks);
     SetError(0);
     CheckAfter(CloseArticleList(list));

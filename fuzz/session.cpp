@@ -193,7 +193,7 @@ void CheckGroup(const Group& group, bool done, uint32_t limit) {
     const std::string log = memoryFiles[L"D\\" + group.name + L".log"];
     uint32_t before = 0, expected = group.first;
     IndexRecord record;
-    for (uint32_t i = 0; i < store.recordCount; ++i, before = record.articleNumber) {
+    for (uint32_t i = 0; i < store.header.recordCount; ++i, before = record.articleNumber) {
         Require(ReadRecord(store, record, i) && record.articleNumber > before, "each article once, in order");
         CheckArticle(group, record, log);
         for (; expected < record.articleNumber; ++expected) {
@@ -203,12 +203,12 @@ void CheckGroup(const Group& group, bool done, uint32_t limit) {
         }
         ++expected;
     }
-    Require(store.recordCount <= limit, "no more than allowed");
+    Require(store.header.recordCount <= limit, "no more than allowed");
     if (!done) return;
     const uint32_t last = group.first + group.count - 1;
-    Require(store.serverLast == last && store.lastFetched <= last,
+    Require(store.header.serverLast == last && store.header.lastFetched <= last,
             "the header knows where its own group ends");
-    for (; expected <= store.lastFetched; ++expected) {
+    for (; expected <= store.header.lastFetched; ++expected) {
         const bool denied = group.doubted >> (expected - group.first) & 1;
         Require(denied || !Has(group, true, expected) || !Has(group, false, expected), "none is passed over");
     }
@@ -271,16 +271,19 @@ hostent* gethostbyname(const char*) {
 
 // The windows' side, of which a run needs little.
 
+BOOL DestroyWindow(HWND) {
+    return 1;
+}
 void ResetCursor(GroupCursor&) {}
 const wchar_t* CurrentGroup(GroupCursor& cursor) {
     return cursor.currentRow < std::size(kRows) ? kRows[cursor.currentRow] : nullptr;
 }
 void StartGroup(ProgressDialog&, const wchar_t*, uint32_t, uint32_t) {}
 void StepProgress(ProgressDialog&) {}
-const wchar_t* LoadResString(UINT) {
+const wchar_t* LoadResString(UINT, TextBuffer&) {
     return L"text";
 }
-const wchar_t* FormatText(const wchar_t*, const wchar_t*) {
+const wchar_t* FormatText(const wchar_t*, const wchar_t*, TextBuffer&) {
     return L"text";
 }
 int wsprintfW(wchar_t* text, const wchar_t*, ...) {

@@ -2,8 +2,8 @@
 
 #include "nntp/article_lines.h"
 #include "resources/resource.h"
+#include "store/article_writer.h"
 #include "store/index.h"
-#include "store/log.h"
 #include "text/convert.h"
 #include "text/last_error.h"
 #include "text/line.h"
@@ -27,7 +27,7 @@ bool FailGroup(const Fetch& fetch, UINT id) {
     return FailWithError(ResultOf(fetch), fetch.group, id);
 }
 
-// While commands are on the way, a failed read is doubt and no failure yet.
+// While commands are on the way, a failed read raises doubt; it is no failure yet.
 bool FailToRead(const Fetch& fetch, UINT id) {
     return fetch.run->pipeline->pace != Pace::kAhead && FailGroup(fetch, id);
 }
@@ -40,13 +40,13 @@ bool ReadLineOf(Conversation& conversation) {
     return ReadReplyLine(conversation.connection, conversation.line, false);
 }
 
-// None of a reply may be left behind: what an article holds must never answer a command.
+// Reads on to the end of the reply: what an article holds must never answer a command.
 bool SkipRest(const Fetch& fetch) {
     Conversation& conversation = *fetch.run->conversation;
     return SkipReply(conversation.connection, conversation.line) || FailToRead(fetch, IDS_RECEIVE_INCOMPLETE);
 }
 
-// For the store the reply ended with the line read last; the reply itself may go on.
+// The line read last ends the article for the store; the reply itself may go on.
 bool FinishReply(const Fetch& fetch) {
     const Conversation& conversation = *fetch.run->conversation;
     return EndsReply(conversation.connection, conversation.line) || SkipRest(fetch);
@@ -58,7 +58,7 @@ bool KeepHeaderLine(Fetch& fetch, bool& keeping) {
     return !keeping || AddHeaderLine(fetch.writer.head, ConvertHeaderLine(fetch.buffers, line));
 }
 
-// The head that is stored ends with the first line that begins with a dot.
+// The stored head ends at the first line that begins with a dot.
 bool TakeHead(Fetch& fetch) {
     Conversation& conversation = *fetch.run->conversation;
     bool keeping = false;
@@ -72,7 +72,7 @@ bool TakeHead(Fetch& fetch) {
     return FailToRead(fetch, IDS_RECEIVE_INCOMPLETE);
 }
 
-// The body that is stored ends with the first line that is a dot, or before the first that holds a 0 byte.
+// The stored body ends at the first line that is a single dot, or before the first that holds a 0 byte.
 bool ReadBody(Fetch& fetch) {
     Conversation& conversation = *fetch.run->conversation;
     while (ReadLineOf(conversation)) {
@@ -115,7 +115,7 @@ void SendCommands(const Run& run) {
     if (length > 0) SendText(run.conversation->connection, text.data(), length);
 }
 
-// Whatever may leave ahead does so before the next recv, also inside a reply.
+// Before each recv, also inside a reply, sends what may go ahead.
 void SendAhead(void* context) {
     const Run& run = *static_cast<const Fetch*>(context)->run;
     const bool ahead = run.pipeline->pace == Pace::kAhead;
@@ -150,19 +150,21 @@ bool TakeReplies(Fetch& fetch) {
 }
 
 void Summarise(const Fetch& fetch) {
-    wchar_t text[kTextCapacity];
+    TextBuffer resource, text;
     const ArticlePlan& plan = fetch.run->pipeline->plan;
     const bool limited = IsLimited(plan);
-    const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED);
+    const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED, resource);
     wsprintfW(text, format ? format : L"%d", limited ? plan.limit : plan.fetched);
     SetResult(ResultOf(fetch), L"", text, kInformation);
 }
 
-// The group's text of severity 1: `id` with the reply line, without its end.
+// Warns with string `id` and the reply line, without its line end.
 bool RefuseGroup(const Fetch& fetch, UINT id) {
     const WideText reply = ToWide(fetch.run->conversation->line);
     RunResult& result = ResultOf(fetch);
-    SetResult(result, fetch.group, FormatText(LoadResString(id), reply ? reply.get() : L"??\r\n"), kWarning);
+    TextBuffer format, text;
+    SetResult(result, fetch.group,
+              FormatText(LoadResString(id, format), reply ? reply.get() : L"??\r\n", text), kWarning);
     const std::size_t length = wcslen(result.text);
     result.text[length > 2 ? length - 2 : 0] = L'\0';
     return false;
@@ -181,7 +183,7 @@ bool EnterGroup(const Fetch& fetch, GroupReply& reply) {
     return ParseGroupReply(conversation.line, reply) || RefuseGroup(fetch, IDS_UNEXPECTED_REPLY);
 }
 
-// The range stays the one that the first reply named: what has gone since is refused.
+// Keeps the range of the first GROUP reply: the server refuses the articles that are gone since.
 bool StartAnew(const Fetch& fetch) {
     CloseConnection(fetch.run->conversation->connection);
     StartAgain(*fetch.run->pipeline);
@@ -193,7 +195,7 @@ bool FetchArticles(Fetch& fetch) {
     return TakeReplies(fetch) || (IsInDoubt(fetch) && StartAnew(fetch) && TakeReplies(fetch));
 }
 
-// Fetches the group's articles from `first` on. `lastFetched` is set only when the range was dealt with.
+// Fetches the group's articles from `first` on. `lastFetched` is set only when the range was processed.
 bool FetchRange(Fetch& fetch, uint32_t first, const GroupReply& reply, uint32_t& lastFetched) {
     const Run& run = *fetch.run;
     StartGroup(*run.progress, fetch.group, reply.last - first, run.limit);
@@ -204,10 +206,10 @@ bool FetchRange(Fetch& fetch, uint32_t first, const GroupReply& reply, uint32_t&
     return true;
 }
 
-// What lies between the articles already dealt with and the server's last; false when that is nothing.
+// Finds the first article after those already processed; false when the server has none.
 bool FindRange(const GroupStore& store, const GroupReply& reply, uint32_t& first) {
-    if (store.lastFetched == kNoneFetched) return false;
-    first = store.lastFetched + 1;
+    if (store.header.lastFetched == kNoneFetched) return false;
+    first = store.header.lastFetched + 1;
     if (first < reply.first) first = reply.first;
     return first <= reply.last;
 }
@@ -216,15 +218,17 @@ bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetch
     uint32_t first = 0;
     lastFetched = reply.last;
     if (FindRange(fetch.store, reply, first)) return FetchRange(fetch, first, reply, lastFetched);
-    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES), kInformation);
+    TextBuffer text;
+    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES, text), kInformation);
     return true;
 }
 
-// The log is on disk before the header says so, and nobody else gets at the index before it does.
+// The log is on disk before the header counts its articles. The index stays open until then, so nobody reads
+// it in between.
 bool RecordOutcome(Fetch& fetch, uint32_t lastFetched, uint32_t serverLast) {
     GroupStore& store = fetch.store;
-    store.lastFetched = lastFetched;
-    store.serverLast = serverLast;
+    store.header.lastFetched = lastFetched;
+    store.header.serverLast = serverLast;
     const bool recorded =
         CloseDataFile(store.log) && SetStatusText(store, ResultOf(fetch).text) && WriteHeader(store);
     return recorded || FailGroup(fetch, IDS_WRITE_INDEX_FAILED);
@@ -238,14 +242,14 @@ bool FetchGroup(Fetch& fetch) {
     if (!EnterGroup(fetch, reply)) return false;
     if (!OpenLog(fetch.store)) return FailGroup(fetch, IDS_OPEN_FILE_FAILED);
     if (!OpenIndex(fetch.store)) return FailGroup(fetch, IDS_OPEN_INDEX_FAILED);
-    // While the server thought about GROUP, articles may have been read.
+    // The user may have read articles while the server answered GROUP.
     if (!RefreshHeader(fetch.store)) return FailGroup(fetch, IDS_INIT_INDEX_FAILED);
     fetch.writer.store = &fetch.store;
     uint32_t lastFetched = 0;
     return FetchNewArticles(fetch, reply, lastFetched) && RecordOutcome(fetch, lastFetched, reply.last);
 }
 
-// The group's row shows why it was passed over; all else in its header stays as it is on disk.
+// Stores why the group was skipped, for its row. The rest of its header stays as it is on disk.
 void RecordRefusal(Fetch& fetch) {
     GroupStore& store = fetch.store;
     const bool recorded = OpenIndex(store) && RefreshHeader(store) &&

@@ -14,8 +14,9 @@ struct Run {
     ProgressDialog* progress = nullptr;
 };
 
-// Selects the group, fetches what is new up to the limit and records in the index header how far it got and
-// the text of the outcome, which is in the conversation's result. With kError the header is as it was, and
-// with kWarning, for a group that the server refused, all of it but the text: the next run fetches the same
-// articles again. Where the server's replies leave doubt, the conversation is opened anew.
+// Selects the group, fetches its new articles up to the limit, and stores in the index header how far it got
+// and the text of the outcome, which is also in the conversation's result. The next run fetches the same
+// articles again after kError, which leaves the header unchanged, and after kWarning (the server refused the
+// group), which changes only the text. When the server's replies leave doubt, the conversation is opened
+// anew.
 void DownloadGroup(const Run& run, const wchar_t* group);

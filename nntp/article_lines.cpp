@@ -9,7 +9,7 @@
 
 namespace {
 
-// An encoded word may hold a line end, with which anyone could write lines of his own into the log.
+// An encoded word may decode to a line end, which would let its sender forge lines of the log.
 void ReplaceLineEnds(char* text) {
     for (; *text; ++text) {
         if (*text == '\r' || *text == '\n') *text = ' ';
@@ -24,8 +24,9 @@ std::size_t CutLineEnd(char* line) {
     return endLength;
 }
 
-// Ends `text`, which has room for it, as its line ended. A line that ended with a lone LF had its CR inside;
-// where the conversions took that one, the text gets a new one, or the log would read on past its end.
+// Appends the line end that was cut, for which `text` has room. A line that ended with a lone LF had its CR
+// inside. If the conversions dropped that CR, the line gets a new one; without it, the log would be read on
+// past its end.
 std::string_view AppendLineEnd(char* text, std::size_t endLength) {
     const std::size_t length = std::strlen(text);
     const bool needsCr = endLength == 2 || (endLength == 1 && !std::memchr(text, '\r', length));

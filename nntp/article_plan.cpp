@@ -2,7 +2,7 @@
 
 namespace {
 
-// The last number may be the largest there is: the range is left, not counted past its end.
+// `last` may be the largest number there is, so `next` never counts past it.
 void Advance(ArticlePlan& plan) {
     plan.bodyPending = false;
     if (plan.next >= plan.last) {

@@ -1,12 +1,12 @@
-// Which command comes next while a range of articles is fetched, apart from sending commands and reading
-// replies: HEAD n, then BODY n when the server has n, then the next number, until the range or the limit is
-// exhausted. Knows no platform.
+// Decides which command comes next while a range of articles is fetched, but sends and reads nothing: HEAD n,
+// then BODY n when the server has n, then the next number, until the range or the limit is exhausted. Knows
+// no platform.
 #pragma once
 
 #include <cstdint>
 
 struct ArticlePlan {
-    uint32_t next = 0;   // number that the next command is about
+    uint32_t next = 0;   // number of the next command
     uint32_t last = 0;   // of the range
     uint32_t limit = 0;  // most articles to fetch
     uint32_t fetched = 0;
@@ -26,16 +26,16 @@ ArticlePlan PlanArticles(uint32_t first, uint32_t last, uint32_t limit);
 
 ArticleCommand NextCommand(const ArticlePlan& plan);
 
-// The reply to the command that NextCommand names: whether the server has the article.
+// Notes the reply to the command that NextCommand names: whether the server has the article.
 void NoteHead(ArticlePlan& plan, bool hasArticle);
 void NoteBody(ArticlePlan& plan, bool hasArticle);
 
-// The range goes on past the last article that the limit allowed.
+// The limit stopped the plan before the end of its range.
 inline bool IsLimited(const ArticlePlan& plan) {
     return !plan.exhausted && plan.fetched >= plan.limit;
 }
 
-// The highest number that is dealt with: the next run begins behind it.
+// The highest number processed; the next run begins after it.
 inline uint32_t LastProcessed(const ArticlePlan& plan) {
     return plan.exhausted ? plan.last : plan.next - 1;
 }

@@ -18,7 +18,7 @@ bool FindAddress(const char* host, in_addr& address) {
     return true;
 }
 
-// A silent server must not hold the run for ever. Windows CE has no time-out for recv itself.
+// A silent server must not hold the run up for ever. Windows CE has no time-out for recv itself.
 bool HasSpoken(const NntpConnection& connection) {
     fd_set readable;
     readable.fd_count = 1;
@@ -27,7 +27,7 @@ bool HasSpoken(const NntpConnection& connection) {
     return select(0, &readable, nullptr, nullptr, &limit) == 1;
 }
 
-// Once for all that was received: a search for each line would look at most bytes many times.
+// Once for each recv: a search for each line would look at most bytes many times.
 void FindZero(NntpConnection& connection) {
     const auto count = static_cast<std::size_t>(connection.endPosition - connection.readPosition);
     void* zero = std::memchr(connection.readPosition, '\0', count);
@@ -53,22 +53,23 @@ bool Refill(NntpConnection& connection) {
 }  // namespace
 
 void InitConnection(NntpConnection& connection) {
-    connection.socket = connection.readerSocket = INVALID_SOCKET;
+    CloseConnection(connection);
+    connection.readerSocket = INVALID_SOCKET;
     connection.readPosition = connection.endPosition = connection.buffer;
 }
 
 bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
-    connection.socket = socket(AF_INET, SOCK_STREAM, 0);
-    if (connection.socket == INVALID_SOCKET) return false;
+    connection.socket.Reset(socket(AF_INET, SOCK_STREAM, 0));
+    if (!connection.socket) return false;
     sockaddr_in address = {};
     if (!FindAddress(host, address.sin_addr)) return false;
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
-    if (connect(connection.socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) ==
+    if (connect(connection.socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) ==
         SOCKET_ERROR) {
         return false;
     }
-    connection.readerSocket = connection.socket;
+    connection.readerSocket = connection.socket.Get();
     connection.readPosition = connection.endPosition = connection.buffer;
     connection.endOfStream = false;
     connection.atLineStart = true;
@@ -76,8 +77,7 @@ bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
 }
 
 void CloseConnection(NntpConnection& connection) {
-    if (connection.socket != INVALID_SOCKET) closesocket(connection.socket);
-    connection.socket = INVALID_SOCKET;
+    connection.socket.Reset();
 }
 
 bool SendLine(NntpConnection& connection, const char* line) {
@@ -87,11 +87,12 @@ bool SendLine(NntpConnection& connection, const char* line) {
     std::memcpy(text, line, length);
     std::memcpy(text + length, "\r\n", 2);
     SendText(connection, text, length + 2);
+    Wipe(text, length);  // it may hold a password
     return true;
 }
 
 void SendText(NntpConnection& connection, const char* text, std::size_t length) {
-    send(connection.socket, text, static_cast<int>(length), 0);
+    send(connection.socket.Get(), text, static_cast<int>(length), 0);
 }
 
 bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip) {
@@ -122,7 +123,7 @@ bool EndsReply(const NntpConnection& connection, const ReplyLine& line) {
     return connection.wholeLine && IsFinalDot(line);
 }
 
-// A line that a 0 byte breaks, or that has no room, goes on in the next read.
+// After a 0 byte or an overlong line, the next read goes on with the rest of the line.
 bool SkipReply(NntpConnection& connection, ReplyLine& line) {
     while (true) {
         if (ReadReplyLine(connection, line, false)) {
@@ -133,15 +134,15 @@ bool SkipReply(NntpConnection& connection, ReplyLine& line) {
     }
 }
 
-NarrowText MakeCommand(const char* word, const char* argument) {
-    const std::size_t wordLength = std::strlen(word);
-    const std::size_t argumentLength = std::strlen(argument);
-    NarrowText command = NewArray<char>(wordLength + argumentLength + 1);
-    if (!command) {
-        SetError(kErrorNoMemory);
-        return nullptr;
-    }
-    std::memcpy(command.get(), word, wordLength);
-    std::memcpy(command.get() + wordLength, argument, argumentLength + 1);
+Secret MakeCommand(const char* word, const char* argument, const char* end) {
+    const char* const parts[] = {word, argument, end};
+    std::size_t length = 0;
+    for (const char* part : parts)
+        length += std::strlen(part);
+    Secret command = NewArray<char>(length + 1);
+    if (!command) return nullptr;
+    command[0] = '\0';
+    for (const char* part : parts)
+        std::strcat(command.get(), part);
     return command;
 }

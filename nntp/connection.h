@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "nntp/reply.h"
-#include "platform/platform.h"
+#include "platform/owners.h"
 #include "text/owned.h"
 
 constexpr uint32_t kReceiveBufferSize = 4096;
@@ -15,17 +15,17 @@ constexpr long kLongestSilence = 120;      // seconds without a byte
 constexpr long kLongestSilenceAhead = 10;  // while commands are on the way: then a new connection is tried
 
 struct NntpConnection {
-    SOCKET socket = INVALID_SOCKET;
+    SocketOwner socket;
     SOCKET readerSocket = INVALID_SOCKET;  // the receive side's copy
     char buffer[kReceiveBufferSize];       // received bytes not yet handed out
     char* readPosition = nullptr;
     char* endPosition = nullptr;
     char* zeroPosition = nullptr;  // the first 0 byte not yet handed out, which ends a line; else endPosition
     bool endOfStream = false;      // the peer has closed its side
-    bool atLineStart = true;       // the next byte stands behind CR LF
-    bool wholeLine = false;        // so did the first byte of the line read last
+    bool atLineStart = true;       // the next byte follows a CR LF
+    bool wholeLine = false;        // the line read last followed a CR LF
     long silence = kLongestSilence;  // seconds without a byte after which receiving fails
-    // Called before each recv, null for nothing to do.
+    // Called before each recv; may be null.
     void (*beforeReceive)(void* context) = nullptr;
     void* context = nullptr;  // not owned
 };
@@ -38,8 +38,8 @@ void InitConnection(NntpConnection& connection);
 
 void CloseConnection(NntpConnection& connection);
 
-// Sends the line with CR LF. Whether it arrived shows at the next read; only a line of 4095 bytes or more is
-// refused (234), and then nothing is sent.
+// Sends the line with CR LF. Only the next read shows whether it arrived. A line of 4095 bytes or more is
+// refused (234), and nothing is sent.
 [[nodiscard]] bool SendLine(NntpConnection& connection, const char* line);
 
 // Sends text[0..length) as it is, whole lines with their CR LF, in one call.
@@ -51,11 +51,11 @@ void SendText(NntpConnection& connection, const char* text, std::size_t length);
 [[nodiscard]] bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip);
 
 // Whether the line read last, with its line end, is the dot that ends a multi-line reply (RFC 3977, section
-// 3.1.1). A server doubles dots behind CR LF only, so a dot behind a lone LF is the article's own.
+// 3.1.1). A server doubles dots after CR LF only, so a dot after a lone LF is the article's own.
 bool EndsReply(const NntpConnection& connection, const ReplyLine& line);
 
 // Drops what is left of a multi-line reply, whatever it holds. Error 38 or 13.
 [[nodiscard]] bool SkipReply(NntpConnection& connection, ReplyLine& line);
 
-// "GROUP " and the like followed by a text; null with error 8.
-NarrowText MakeCommand(const char* word, const char* argument);
+// The three texts as one, which may hold a password; null with error 8.
+Secret MakeCommand(const char* word, const char* argument, const char* end);

@@ -1,13 +1,14 @@
 #include "nntp/conversation.h"
 
 #include "resources/resource.h"
+#include "text/convert.h"
 #include "text/last_error.h"
 
 namespace {
 
 bool FailPlainly(RunResult& result, const wchar_t* title, UINT id) {
-    const ErrorKeeper keeper;
-    SetResult(result, title, LoadResString(id), kError);
+    TextBuffer text;
+    SetResult(result, title, LoadResString(id, text), kError);
     return false;
 }
 
@@ -18,9 +19,9 @@ bool Open(Conversation& conversation) {
     RunResult& result = *conversation.result;
     const ServerAccount& server = conversation.server;
     InitConnection(conversation.connection);
-    switch (OpenConversation(conversation.connection, server, conversation.line)) {
-        case Opening::kNoMemory:
-            return FailPlainly(result, kProgramCaption, IDS_NO_MEMORY);
+    const NarrowText host = ToNarrow(server.name);
+    if (!host) return FailPlainly(result, kProgramCaption, IDS_NO_MEMORY);
+    switch (OpenConversation(conversation.connection, host.get(), server, conversation.line)) {
         case Opening::kNotConnected:
             return FailPlainly(result, server.name, IDS_CANNOT_CONNECT);
         case Opening::kNoGreeting:
@@ -46,7 +47,7 @@ bool Open(Conversation& conversation) {
 }
 
 void Close(Conversation& conversation) {
-    if (conversation.connection.socket == INVALID_SOCKET) return;
+    if (!conversation.connection.socket) return;
     (void)SendLine(conversation.connection, "QUIT");
     CloseConnection(conversation.connection);
 }

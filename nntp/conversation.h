@@ -1,4 +1,4 @@
-// One run's conversation: what it talks over, with whom, and where its outcome goes.
+// One run's conversation: the connection, the server, and where the outcome goes.
 #pragma once
 
 #include "nntp/login.h"
@@ -11,9 +11,9 @@ struct Conversation {
     ReplyLine line;  // the reply line read last
 };
 
-// Connects and logs in. False, with the last error, when `result` says why not. May be called again once the
-// connection was closed.
+// Connects and logs in. False, with the last error set and the reason in `result`. May be called again once
+// the connection was closed.
 [[nodiscard]] bool Open(Conversation& conversation);
 
-// Sends QUIT, without waiting for its reply, and closes; nothing where no connection was made.
+// Sends QUIT and closes without waiting for the reply. Does nothing when there is no connection.
 void Close(Conversation& conversation);

@@ -55,8 +55,6 @@ std::unique_ptr<DownloadJob> MakeDownloadJob(const Settings& settings, HWND grou
 
 bool StartDownloadWorker(DownloadJob& job) {
     DWORD threadId = 0;
-    const HANDLE thread = CreateThread(nullptr, 0, DownloadWorker, &job, 0, &threadId);
-    if (!thread) return false;
-    CloseHandle(thread);
-    return true;
+    const ThreadOwner thread(CreateThread(nullptr, 0, DownloadWorker, &job, 0, &threadId));
+    return static_cast<bool>(thread);
 }

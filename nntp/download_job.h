@@ -22,10 +22,10 @@ struct DownloadJob {
     NarrowText user;          // null: no login
     Secret password;          // the stored one, else the one typed at the prompt
     ProgressDialog progress;  // made, or known to be missing, before the worker starts
-    bool ended = false;       // the main window has taken the run-finished message
+    bool ended = false;       // the main window has had the run-finished message
 };
 
-// Fills a job from the settings; takes `typedPassword` over when none is stored. Null when memory runs out.
+// Fills a job from the settings; takes `typedPassword` when no password is stored. Null when memory runs out.
 std::unique_ptr<DownloadJob> MakeDownloadJob(const Settings& settings, HWND groupList, HWND mainWindow,
                                              Secret typedPassword);
 

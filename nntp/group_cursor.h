@@ -18,7 +18,7 @@ struct GroupCursor {
 // To row 0; asks the list for its row count.
 void ResetCursor(GroupCursor& cursor);
 
-// The name of the current row, in the cursor's buffer; null when the list answers no text.
+// The current row's name, in the cursor's buffer; null when the list returns no text.
 const wchar_t* CurrentGroup(GroupCursor& cursor);
 
 inline void AdvanceCursor(GroupCursor& cursor) {

@@ -6,23 +6,24 @@
 
 // Whom to talk to, and as whom. Nothing is owned; it outlives the conversation.
 struct ServerAccount {
-    const wchar_t* name = nullptr;  // or a dotted address
+    const wchar_t* name = nullptr;  // or a dotted address; what a message calls the server
     uint16_t port = 0;
     const char* user = nullptr;  // with a null user or password no login is sent
     const char* password = nullptr;
+    const char* loginEnd = "";  // follows each login command, before its line end
 };
 
 // What became of one command.
 enum class Asked { kAnswered, kNotSent, kNotAnswered };
 
-// Sends `word` followed by `argument` and reads the status line.
-Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument);
+// Sends `word`, `argument` and `end` as one line and reads the status line.
+Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument,
+          const char* end = "");
 
-// How far the opening got, in its order. Where a reply decided it, the reply is in `line`; else the last
-// error says why.
+// How far the opening got, in order. When a reply decided that, it is in `line`; else the last error gives
+// the reason.
 enum class Opening {
     kOpen,
-    kNoMemory,
     kNotConnected,
     kNoGreeting,
     kRefused,
@@ -34,5 +35,7 @@ enum class Opening {
     kWrongPassword,
 };
 
-// Connects, reads the greeting and logs in. The caller closes the connection whatever the outcome.
-Opening OpenConversation(NntpConnection& connection, const ServerAccount& server, ReplyLine& line);
+// Connects to `host`, the server's name in 8-bit text, reads the greeting and logs in. The caller closes the
+// connection whatever the outcome.
+Opening OpenConversation(NntpConnection& connection, const char* host, const ServerAccount& server,
+                         ReplyLine& line);

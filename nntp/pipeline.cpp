@@ -18,7 +18,7 @@ std::size_t WriteNumbered(char* text, std::string_view word, uint32_t number) {
     return word.size() + WriteDecimal(text + word.size(), number);
 }
 
-// "221 n" or "222 n", as the command wants it. Digit for digit, so no other number counts as this one.
+// "221 n" or "222 n", whichever the command expects. Compared digit by digit, so that no other number passes.
 bool Names(std::string_view status, const ArticleCommand& command) {
     char text[kCommandSize];
     const char* code = command.kind == CommandKind::kHead ? "221 " : "222 ";
@@ -35,7 +35,7 @@ unsigned BodiesOnTheWay(const Pipeline& pipeline) {
                       [](const ArticleCommand& command) { return command.kind == CommandKind::kBody; }));
 }
 
-// The command behind the newest one, when that is certain.
+// The command after the newest one, when that is certain.
 ArticleCommand FollowUp(const Pipeline& pipeline) {
     const ArticlePlan& plan = pipeline.plan;
     const ArticleCommand newest = pipeline.sent[pipeline.sentCount - 1];
@@ -68,7 +68,7 @@ ArticleCommand TakeOldest(Pipeline& pipeline) {
     return oldest;
 }
 
-// An article that came and was not named leaves the rest of the run one by one; a named one is trusted.
+// An article that its status line does not name makes the rest of the run go one by one.
 void NotePace(Pipeline& pipeline, const ArticleCommand& command, bool named) {
     if (!named) {
         pipeline.pace = Pace::kOneByOne;
@@ -115,7 +115,7 @@ ReplyContent TakeReply(Pipeline& pipeline, const char* status) {
     const ArticleCommand command = TakeOldest(pipeline);
     const bool hasArticle = IsSuccess(status);
     if (hasArticle) NotePace(pipeline, command, named);
-    // A body that left with its head is not awaited when that was missing.
+    // A body that was asked for together with its head is not wanted when the head was missing.
     if (!IsSame(command, NextCommand(pipeline.plan)))
         return hasArticle ? ReplyContent::kUnwanted : ReplyContent::kNothing;
     return TakeAnswer(pipeline, command, hasArticle);

@@ -11,8 +11,8 @@
 //
 // From then on a reply is in order when it names the oldest command's number or refuses with "4xx". Any other
 // is doubt. Since replies come in the commands' order, a reply that names its number shows that every command
-// before it was answered, too; refusals behind the last stored article may belong to other commands. After
-// doubt nothing is guessed: the caller opens a new connection, and the range goes on behind the last stored
+// before it was answered, too; refusals after the last stored article may belong to other commands. After
+// doubt nothing is guessed: the caller opens a new connection, and the range goes on after the last stored
 // article, one command at a time to the end of the run.
 //
 // At most kMostOnTheWay commands wait for their reply. They are less than 300 bytes, which any socket's
@@ -37,38 +37,40 @@ enum class Pace {
 
 struct Pipeline {
     Pace pace = Pace::kTrying;
-    ArticlePlan plan;                                // what the replies have said so far
+    ArticlePlan plan;                                // as the replies so far leave it
     ArticlePlan stored;                              // as the plan stood when the last article was stored
     std::array<ArticleCommand, kMostOnTheWay> sent;  // without a reply, oldest first
     unsigned sentCount = 0;
     bool noneMissing = false;  // every number of the range is taken to exist
 };
 
-// What comes behind a status line.
+// What follows a status line.
 enum class ReplyContent {
     kNothing,
     kHead,      // of the article that NextCommand named before
     kBody,      // the same
-    kUnwanted,  // lines up to the final dot that nobody waits for
+    kUnwanted,  // lines up to the final dot, to be dropped
     kDoubt,     // the reply may answer another command; only at Pace::kAhead
 };
 
 // `noneMissing`: the group's count says that every number of the range exists.
 void StartRange(Pipeline& pipeline, const ArticlePlan& plan, bool noneMissing);
 
-// Counts the commands that may leave now as sent and writes them, each with CR LF, into `text`. Their length;
-// 0 when none may. Where many may, it is one, or as many as bring those on the way up to kFewestOnTheWay: to
-// be called before each receive, since a server that writes a reply in pieces may hold each piece back until
-// the one before was acknowledged, and only what a client sends carries its acknowledgement at once.
+// Writes the commands that may leave now into `text`, each with CR LF, and counts them as sent. Returns their
+// length, 0 when none may leave. Where many may, it is one, or as many as bring those on the way up to
+// kFewestOnTheWay. To be called before each receive: a server that writes a reply in pieces may hold each
+// piece back until the one before was acknowledged, and only what a client sends carries its acknowledgement
+// at once.
 std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kCommandSize>& text);
 
-// Matches a status line with the oldest command, of which there is one, and moves the plan on.
+// Matches a status line with the oldest command on the way, and moves the plan on. There must be such a
+// command.
 ReplyContent TakeReply(Pipeline& pipeline, const char* status);
 
-// The article whose body TakeReply announced last is in the store.
+// Notes that the article whose body TakeReply announced last is stored.
 void NoteStored(Pipeline& pipeline);
 
-// The connection was given up in doubt: the range goes on behind the last stored article.
+// The connection was given up in doubt: the range goes on after the last stored article.
 void StartAgain(Pipeline& pipeline);
 
 // Every command was answered and none is left to send.

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Enabled first, the owner takes the activation that the dialog gives up.
+// The owner is enabled first, so that it gets the activation that the dialog gives up.
 void PutAway(ProgressDialog& progress) {
     const HWND dialog = progress.dialog.Get();
     if (!progress.shown) return;
@@ -28,7 +28,7 @@ INT_PTR OnCommand(HWND dialog, int id, int) {
     return TRUE;
 }
 
-void Tell(const ProgressDialog& progress, int control, UINT message, WPARAM wParam, LPARAM lParam) {
+void SendTo(const ProgressDialog& progress, int control, UINT message, WPARAM wParam, LPARAM lParam) {
     if (progress.dialog) SendDlgItemMessageW(progress.dialog.Get(), control, message, wParam, lParam);
 }
 
@@ -60,15 +60,15 @@ void EndProgress(ProgressDialog& progress) {
 void StartGroup(ProgressDialog& progress, const wchar_t* group, uint32_t count, uint32_t limit) {
     progress.rangeCount = count;
     progress.stepCount = 0;
-    Tell(progress, IDC_PROGRESS_GROUP, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(group));
+    SendTo(progress, IDC_PROGRESS_GROUP, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(group));
     const uint32_t most = count < limit ? count : limit;
-    Tell(progress, IDC_PROGRESS_BAR, PBM_SETRANGE, 0, MAKELPARAM(0, static_cast<WORD>(most)));
-    Tell(progress, IDC_PROGRESS_BAR, PBM_SETPOS, 0, 0);
+    SendTo(progress, IDC_PROGRESS_BAR, PBM_SETRANGE, 0, MAKELPARAM(0, static_cast<WORD>(most)));
+    SendTo(progress, IDC_PROGRESS_BAR, PBM_SETPOS, 0, 0);
 }
 
 void StepProgress(ProgressDialog& progress) {
     ++progress.stepCount;
-    Tell(progress, IDC_PROGRESS_BAR, PBM_DELTAPOS, 1, 0);
+    SendTo(progress, IDC_PROGRESS_BAR, PBM_DELTAPOS, 1, 0);
 }
 
 void CloseProgress(const ProgressDialog& progress) {

@@ -1,6 +1,6 @@
-// The "Articles" dialog of a run. It is made before the worker starts and lives until the run's end is
-// reported: Esc or Enter only puts it away, so the worker always has a window to send to, and shown again it
-// stands where the run is. It has no buttons: a run cannot be cancelled.
+// The "Articles" dialog of a run. It is made before the worker starts and kept until the run has ended: Esc
+// or Enter only hides it, so the worker always has a window to send to, and the dialog is up to date when it
+// is shown again. It has no buttons: a run cannot be cancelled.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 struct ProgressDialog {
     WindowOwner dialog;       // none when it could not be made; then the run goes on unseen
-    bool shown = false;       // the user-interface thread's: it stands over its disabled owner
+    bool shown = false;       // the user-interface thread's: shown over its disabled owner
     uint32_t rangeCount = 0;  // the worker's: articles of the current group's range
     uint32_t stepCount = 0;
 };
@@ -23,10 +23,10 @@ void MakeProgressDialog(ProgressDialog& progress, HINSTANCE instance, HWND owner
 // Shows it modally, but does not wait: the owner is disabled until the dialog is put away.
 void ShowProgress(ProgressDialog& progress);
 
-// For the message loop, before it dispatches: true when the message was the dialog's and is done with.
+// For the message loop, before it dispatches: true when the message was for the dialog, which has handled it.
 bool TakeProgressKey(const ProgressDialog& progress, MSG& message);
 
-// Puts it away for good.
+// Hides and destroys it.
 void EndProgress(ProgressDialog& progress);
 
 // For the worker.

@@ -1,13 +1,12 @@
 #include "nntp/reply.h"
 
+#include "text/decimal.h"
+
 uint32_t ParseNumber(const char*& cursor) {
-    uint32_t value = 0;
-    for (; *cursor != '\0' && *cursor != ' ' && *cursor != '\r'; ++cursor) {
-        if (*cursor < '0' || *cursor > '9') {
-            cursor = nullptr;
-            return kNotANumber;
-        }
-        value = value * 10 + static_cast<uint32_t>(*cursor - '0');
+    const uint32_t value = TakeDecimal(cursor);
+    if (*cursor != '\0' && *cursor != ' ' && *cursor != '\r') {
+        cursor = nullptr;
+        return kNotANumber;
     }
     while (*cursor == ' ')
         ++cursor;

@@ -18,12 +18,12 @@ inline bool AsksForMore(const char* line) {
 
 constexpr uint32_t kNotANumber = 0xFFFFFFFF;
 
-// Takes the digits at the cursor and the blanks behind them. A field ends at a blank, a CR or the end; any
-// other byte sets the cursor to null and answers kNotANumber. A field without digits is 0. No check for
+// Takes the digits at the cursor and the blanks after them. A field ends at a blank, a CR or the end; any
+// other byte sets the cursor to null and returns kNotANumber. A field without digits is 0. No check for
 // overflow.
 uint32_t ParseNumber(const char*& cursor);
 
-// What GROUP answers: "211 count first last name".
+// The reply to GROUP: "211 count first last name".
 struct GroupReply {
     uint32_t count = 0;
     uint32_t first = 0;

@@ -1,5 +1,4 @@
-// The outcome that a run leaves for the user: the caption and text of a message box, or a group's new status
-// text.
+// A run's outcome for the user: the caption and text of a message box, or a group's new status text.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +7,8 @@
 
 enum Severity : uint32_t {
     kInformation = 0,
-    kWarning = 1,  // this group is passed over, the run goes on
-    kError = 2,    // the run stops and the user is shown the text
+    kWarning = 1,  // this group is skipped, the run goes on
+    kError = 2,    // the run stops and shows the text
 };
 
 struct RunResult {
@@ -20,9 +19,8 @@ struct RunResult {
 
 void SetResult(RunResult& result, const wchar_t* title, const wchar_t* text, uint32_t severity);
 
-// An error whose text is string `id` with the last error for its "%d", which stays the last error. Answers
-// false.
+// An error whose text is string `id` with the last error for its "%d". Keeps the last error. Returns false.
 bool FailWithError(RunResult& result, const wchar_t* title, UINT id);
 
-// An error whose caption is string `titleId` and whose text is the server's reply line. Answers false.
+// An error whose caption is string `titleId` and whose text is the server's reply line. Returns false.
 bool FailWithReply(RunResult& result, UINT titleId, const char* reply);

@@ -28,7 +28,8 @@ bool DownloadGroups(const Run& run, GroupCursor& cursor) {
 bool RunSession(const SessionRequest& request) {
     std::unique_ptr<Session> session(new (std::nothrow) Session);
     if (!session) {
-        SetResult(*request.result, kProgramCaption, LoadResString(IDS_NO_MEMORY), kError);
+        TextBuffer text;
+        SetResult(*request.result, kProgramCaption, LoadResString(IDS_NO_MEMORY, text), kError);
         return Fail(kErrorNoMemory);
     }
     Conversation& conversation = session->conversation;

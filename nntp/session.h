@@ -1,5 +1,5 @@
-// One run: logs in, fetches every group of the cursor in its order, and says QUIT (RFC 977). Runs on the
-// worker thread; what went wrong is in the result.
+// One run: logs in, fetches the groups in the order of the cursor, and sends QUIT (RFC 977). Runs on the
+// worker thread.
 #pragma once
 
 #include "nntp/group_cursor.h"
@@ -17,5 +17,5 @@ struct SessionRequest {
     RunResult* result = nullptr;
 };
 
-// False, with the last error set, when the run stopped with an error that `result` tells the user.
+// False when the run stopped with an error: the last error is set, and its text is in `result`.
 bool RunSession(const SessionRequest& request);

@@ -1,4 +1,4 @@
-// No runtime library lies beside the program: these stand on the system's malloc, and answer null when memory
+// The program comes without a runtime library: these call the system's malloc and return null when memory
 // runs out, which every caller tests.
 #include <cstdlib>
 #include <new>

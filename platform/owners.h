@@ -1,9 +1,9 @@
-// One tiny move-only owner per release call.
+// One tiny move-only owner for each call that releases something.
 #pragma once
 
 #include "platform/platform.h"
 
-// `Traits` names the handle's type, what "none" is, and how one is released.
+// `Traits` gives the handle's type, the value that means none, and the call that releases a handle.
 template <class Traits>
 class Owner {
   public:
@@ -23,7 +23,7 @@ class Owner {
     Handle Get() const { return handle_; }
     explicit operator bool() const { return handle_ != Traits::None(); }
 
-    // Hands the handle out: the caller releases it.
+    // Gives the handle to the caller, who then releases it.
     Handle Release() {
         const Handle handle = handle_;
         handle_ = Traits::None();
@@ -74,6 +74,12 @@ struct FontTraits {
     static void Free(Handle handle) { DeleteObject(handle); }
 };
 
+struct ThreadTraits {  // the thread itself runs on
+    using Handle = HANDLE;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { CloseHandle(handle); }
+};
+
 struct TurnTraits {  // an event that is set while it is nobody's turn
     using Handle = HANDLE;
     static Handle None() { return nullptr; }
@@ -95,6 +101,30 @@ struct DcTraits {  // a memory device context
     static void Free(Handle handle) { DeleteDC(handle); }
 };
 
+struct MenuTraits {
+    using Handle = HMENU;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { DestroyMenu(handle); }
+};
+
+struct ImageListTraits {
+    using Handle = HIMAGELIST;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { ImageList_Destroy(handle); }
+};
+
+struct HookTraits {
+    using Handle = HHOOK;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { UnhookWindowsHookEx(handle); }
+};
+
+struct SocketTraits {
+    using Handle = SOCKET;
+    static Handle None() { return INVALID_SOCKET; }
+    static void Free(Handle handle) { closesocket(handle); }
+};
+
 struct BitmapTraits {
     using Handle = HBITMAP;
     static Handle None() { return nullptr; }
@@ -105,8 +135,47 @@ using TurnOwner = Owner<TurnTraits>;
 using WindowOwner = Owner<WindowTraits>;
 using DcOwner = Owner<DcTraits>;
 using BitmapOwner = Owner<BitmapTraits>;
+using MenuOwner = Owner<MenuTraits>;
+using ImageListOwner = Owner<ImageListTraits>;
+using HookOwner = Owner<HookTraits>;
+using SocketOwner = Owner<SocketTraits>;
+using ThreadOwner = Owner<ThreadTraits>;
 using FileOwner = Owner<FileTraits>;
 using FindOwner = Owner<FindTraits>;
 using RegistryKeyOwner = Owner<RegistryKeyTraits>;
 using HeapOwner = Owner<HeapTraits>;
 using FontOwner = Owner<FontTraits>;
+
+// A window's own device context. The last error survives the release.
+class WindowDc {
+  public:
+    explicit WindowDc(HWND window) : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() {
+        const DWORD error = GetLastError();
+        ReleaseDC(window_, dc_);
+        SetLastError(error);
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+
+    HDC Get() const { return dc_; }
+
+  private:
+    HWND window_;
+    HDC dc_;
+};
+
+// Selects an object into a device context until the end of the scope; nothing when it is null.
+class Selection {
+  public:
+    Selection(HDC dc, HGDIOBJ object) : dc_(dc), before_(object ? SelectObject(dc, object) : nullptr) {}
+    ~Selection() {
+        if (before_) SelectObject(dc_, before_);
+    }
+    Selection(const Selection&) = delete;
+    Selection& operator=(const Selection&) = delete;
+
+  private:
+    HDC dc_;
+    HGDIOBJ before_;
+};

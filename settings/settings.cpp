@@ -2,6 +2,7 @@
 
 #include "settings/registry.h"
 #include "text/convert.h"
+#include "text/decimal.h"
 #include "text/last_error.h"
 #include "text/messages.h"
 
@@ -231,11 +232,8 @@ bool MakeViewFont(const wchar_t* face, int32_t size, FontOwner& font) {
 }
 
 bool ParseDecimal(const wchar_t* text, uint32_t& value) {
-    uint32_t parsed = 0;
-    for (; *text; ++text) {
-        if (*text < L'0' || *text > L'9') return false;
-        parsed = parsed * 10 + static_cast<uint32_t>(*text - L'0');
-    }
+    const uint32_t parsed = TakeDecimal(text);
+    if (*text) return false;
     value = parsed;
     return true;
 }

@@ -9,11 +9,6 @@ constexpr wchar_t kViewReadArticle[] = L"ViewReadArticle";
 constexpr wchar_t kPriorityViewLevel[] = L"PriorityViewLevel";
 constexpr wchar_t kShowArticleHeader[] = L"ShowArticleHeader";
 
-bool OpenSubkey(const wchar_t* subkey, RegistryKeyOwner& key) {
-    RegistryKeyOwner program;
-    return OpenKey(HKEY_CURRENT_USER, kProgramKey, program) && OpenKey(program.Get(), subkey, key);
-}
-
 uint32_t OptionOr(const wchar_t* subkey, const wchar_t* name, uint32_t missing) {
     uint32_t value = 0;
     return ReadViewOption(subkey, name, value) ? value : missing;
@@ -21,14 +16,19 @@ uint32_t OptionOr(const wchar_t* subkey, const wchar_t* name, uint32_t missing) 
 
 }  // namespace
 
+bool OpenViewSubkey(const wchar_t* subkey, RegistryKeyOwner& key) {
+    RegistryKeyOwner program;
+    return OpenKey(HKEY_CURRENT_USER, kProgramKey, program) && OpenKey(program.Get(), subkey, key);
+}
+
 bool ReadViewOption(const wchar_t* subkey, const wchar_t* name, uint32_t& value) {
     RegistryKeyOwner key;
-    return OpenSubkey(subkey, key) && ReadDword(key, name, value);
+    return OpenViewSubkey(subkey, key) && ReadDword(key, name, value);
 }
 
 bool WriteViewOption(const wchar_t* subkey, const wchar_t* name, uint32_t value) {
     RegistryKeyOwner key;
-    return OpenSubkey(subkey, key) && WriteDword(key, name, value);
+    return OpenViewSubkey(subkey, key) && WriteDword(key, name, value);
 }
 
 uint32_t ReadViewReadArticle() {

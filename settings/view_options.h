@@ -3,9 +3,14 @@
 
 #include <cstdint>
 
+#include "platform/owners.h"
+
 constexpr wchar_t kGroupViewSubkey[] = L"GroupView";
 constexpr wchar_t kSubjectViewSubkey[] = L"SubjectView";
 constexpr wchar_t kArticleViewSubkey[] = L"ArticleView";
+
+// Opens a view's subkey, making what is missing of it. False with the registry's error.
+[[nodiscard]] bool OpenViewSubkey(const wchar_t* subkey, RegistryKeyOwner& key);
 
 // False with the registry's error, also when the value is missing.
 [[nodiscard]] bool ReadViewOption(const wchar_t* subkey, const wchar_t* name, uint32_t& value);

@@ -2,6 +2,7 @@
 
 #include "resources/resource.h"
 #include "shell/reload.h"
+#include "store/group_changes.h"
 #include "store/index.h"
 #include "text/messages.h"
 
@@ -44,7 +45,7 @@ void CatchUpLocal(const AppFrame& frame, GroupStore& store, uint32_t row) {
 
 bool ForgetServerPosition(GroupStore& store) {
     if (!ReadHeader(store)) return false;
-    store.lastFetched = kNoneFetched;
+    store.header.lastFetched = kNoneFetched;
     return WriteHeader(store);
 }
 

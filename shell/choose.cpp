@@ -1,9 +1,9 @@
 #include "shell/actions.h"
 
-#include "filters/keyword_dialog.h"
+#include "keywords/keyword_dialog.h"
 #include "resources/resource.h"
 #include "shell/reload.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "subscribe/subscribe_dialog.h"
 #include "text/messages.h"
 

@@ -1,7 +1,7 @@
 #include "shell/commands.h"
 
 #include "resources/resource.h"
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 #include "settings/view_options.h"
 #include "shell/actions.h"
 #include "shell/reload.h"

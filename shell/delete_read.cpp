@@ -4,7 +4,6 @@
 #include "shell/reload.h"
 #include "shell/view_switch.h"
 #include "store/delete_read.h"
-#include "store/index.h"
 #include "subscribe/group_file.h"
 #include "text/messages.h"
 

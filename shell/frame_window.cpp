@@ -2,7 +2,7 @@
 
 #include "dialup/dialup.h"
 #include "resources/resource.h"
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 #include "settings/view_options.h"
 #include "shell/app_frame.h"
 #include "shell/commands.h"
@@ -91,6 +91,7 @@ void SetFrameIcon(const AppFrame& frame) {
 
 LRESULT OnCreate(AppFrame& frame) {
     frame.turn.Reset();
+    SetUpDesktopFrame(frame.mainWindow, IDI_PELNOR, kProgramKey, kWakeMessage);
     if (!MakeMenuBars(frame)) {
         MessageBoxW(nullptr, L"FAILED", L"DEBUG", MB_OK | MB_ICONERROR);
         PostQuitMessage(0);

@@ -1,9 +1,9 @@
 #include "shell/reload.h"
 
 #include "resources/resource.h"
+#include "store/cut_off_deletion.h"
 #include "store/data_folder.h"
-#include "store/delete_read.h"
-#include "store/index.h"
+#include "store/upgrade.h"
 #include "subscribe/group_file.h"
 #include "text/last_error.h"
 #include "text/messages.h"

@@ -30,7 +30,7 @@ void HideOtherPanes(const AppFrame& frame, ViewKind shown) {
 void LeaveOpenGroup(AppFrame& frame) {
     if (!frame.subjectView->list.open) return;
     CloseSubjectGroup(*frame.subjectView);
-    SetGroupUnread(*frame.groupView, frame.currentGroupRow, frame.subjectView->list.store.unreadCount);
+    SetGroupUnread(*frame.groupView, frame.currentGroupRow, frame.subjectView->list.store.header.unreadCount);
 }
 
 void ShowSubjects(AppFrame& frame) {

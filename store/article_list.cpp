@@ -50,20 +50,20 @@ bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount 
             }
             return true;
         });
-    if (visited) CopyCounts(list.store, counted);
+    if (visited) CopyCounts(list.store.header, counted);
     return visited;
 }
 
 bool MakeRowMap(ArticleList& list) {
     uint32_t counts[kRunCount + 1] = {};
-    const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.recordCount);
+    const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.header.recordCount);
     if (!classes) return Fail(kErrorNoMemory);
     if (!Classify(list, classes.get(), counts)) return false;
     uint32_t next[kRunCount] = {0, counts[kHighRow], counts[kHighRow] + counts[kNormalRow]};
     const uint32_t visible = next[kLowRow] + counts[kLowRow];
     list.rowMap = AllocateOn<uint32_t>(list.heap, visible);
     if (!list.rowMap) return Fail(kErrorNoMemory);
-    for (uint32_t number = 0; number < list.store.recordCount; ++number) {
+    for (uint32_t number = 0; number < list.store.header.recordCount; ++number) {
         if (classes[number] != kHidden) list.rowMap[next[classes[number]]++] = number;
     }
     list.visibleCount = visible;
@@ -102,13 +102,13 @@ bool ReadPage(ArticleList& list, uint32_t firstRow) {
 // A run may have ended since the list was made: its numbers stay in the header. What the list counted holds
 // only for as many records as it knows.
 bool TakeNewerHeader(GroupStore& store) {
-    const uint32_t savedPosition = store.savedPosition;
-    const uint32_t records = store.recordCount;
+    const uint32_t savedPosition = store.header.savedPosition;
+    const uint32_t records = store.header.recordCount;
     RecordCounts counts;
-    CopyCounts(counts, store);
+    CopyCounts(counts, store.header);
     if (!RefreshHeader(store)) return false;
-    store.savedPosition = savedPosition;
-    if (store.recordCount == records) CopyCounts(store, counts);
+    store.header.savedPosition = savedPosition;
+    if (store.header.recordCount == records) CopyCounts(store.header, counts);
     return true;
 }
 
@@ -132,8 +132,8 @@ bool ChangeFlags(ArticleList& list, uint32_t row, uint32_t set, uint32_t clear) 
     bool written = TakeNewerHeader(list.store) && StandsInIndex(list, row) &&
                    WriteRecord(list.store, changed, list.rowMap[row]);
     if (written) {
-        if (!IsRead(record) && IsRead(changed)) --list.store.unreadCount;
-        if (IsRead(record) && !IsRead(changed)) ++list.store.unreadCount;
+        if (!IsRead(record) && IsRead(changed)) --list.store.header.unreadCount;
+        if (IsRead(record) && !IsRead(changed)) ++list.store.header.unreadCount;
         record = changed;
         // The header follows at once, so that a program that ends here leaves counts that are true.
         written = WriteHeader(list.store);
@@ -204,7 +204,7 @@ bool ClearFlags(ArticleList& list, uint32_t row, uint32_t bits) {
 
 bool CloseArticleList(ArticleList& list) {
     if (!list.open) return true;
-    list.store.savedPosition = list.firstRow + list.currentInPage;
+    list.store.header.savedPosition = list.firstRow + list.currentInPage;
     list.open = false;
     if (!OpenExistingIndex(list.store)) return false;
     const bool written = TakeNewerHeader(list.store) && WriteHeader(list.store);

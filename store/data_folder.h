@@ -7,9 +7,5 @@
 // Deletes every "*.bak" file of the draft folder. Nothing is reported: what cannot go stays.
 void DeleteDraftBackups(const wchar_t* folder);
 
-// One listing of the folder for what deletions of read articles leave when they are cut off ("id~", "lo~").
-// True also when that cannot be known: each group has then to be looked at (store/delete_read.h).
-bool MayHoldCutOffDeletion(const wchar_t* folder);
-
 // Makes "active.dat", "category.dat" and "group.dat" where they are missing.
 [[nodiscard]] bool MakeListFiles(const wchar_t* folder);

@@ -60,15 +60,14 @@ bool SetNames(GroupStore& store, const wchar_t* folder, const wchar_t* group) {
     store.indexPath = GroupPath(folder, group, L".idx");
     store.logPath = GroupPath(folder, group, L".log");
     store.filterPath = GroupPath(folder, group, L".flt");
-    store.lastFetched = store.serverLast = store.unreadCount = 0;
+    store.header.lastFetched = store.header.serverLast = store.header.unreadCount = 0;
     return store.indexPath && store.logPath && store.filterPath;
 }
 
 void Reset(GroupStore& store) {
     CloseDataFile(store.index);
     store.statusText.reset();
-    store.lastFetched = store.serverLast = store.reserved = store.recordCount = store.savedPosition = 0;
-    store.unreadCount = store.highCount = store.lowCount = 0;
+    store.header = IndexHeader();
 }
 
 const wchar_t* StatusText(const GroupStore& store) {

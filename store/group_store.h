@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "store/file.h"
+#include "files/data_file.h"
+#include "store/record.h"
 #include "text/owned.h"
 
 struct GroupStore {
@@ -15,16 +16,8 @@ struct GroupStore {
     WideText indexPath;  // null until the names are set
     WideText logPath;
     WideText filterPath;
-    // The values of the index header, one for one.
-    uint32_t lastFetched = 0;
+    IndexHeader header;   // but for its status text, which is
     WideText statusText;  // null reads as the empty text
-    uint32_t serverLast = 0;
-    uint32_t reserved = 0;
-    uint32_t recordCount = 0;
-    uint32_t savedPosition = 0;
-    uint32_t unreadCount = 0;
-    uint32_t highCount = 0;
-    uint32_t lowCount = 0;
 };
 
 // Builds the three paths from the data folder (with its trailing backslash) and the group's name, and zeroes

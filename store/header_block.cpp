@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "text/decimal.h"
 #include "text/last_error.h"
 #include "text/line.h"
 
@@ -32,17 +33,12 @@ void Write(HeaderBlock& block, std::string_view text) {
 
 // The digits behind the blanks that follow the name, up to a blank, a CR or the end.
 uint32_t SequenceOf(std::string_view line) {
-    std::size_t at = kSequenceName.size();
-    while (at < line.size() && line[at] == ' ')
+    const char* at = line.data() + kSequenceName.size();
+    const char* const end = line.data() + line.size();
+    while (at < end && *at == ' ')
         ++at;
-    uint32_t value = 0;
-    for (; at < line.size(); ++at) {
-        const char c = line[at];
-        if (c == ' ' || c == '\r' || c == '\0') break;
-        if (c < '0' || c > '9') return kNoNumber;
-        value = value * 10 + static_cast<uint32_t>(c - '0');
-    }
-    return value;
+    const uint32_t value = TakeDecimal(at, end);
+    return at == end || *at == ' ' || *at == '\r' || *at == '\0' ? value : kNoNumber;
 }
 
 void NoteLine(HeaderBlock& block, std::string_view line) {

@@ -4,7 +4,6 @@
 
 #include <array>
 
-#include "filters/keyword_filter.h"
 #include "store/group_store.h"
 #include "store/record.h"
 #include "text/last_error.h"
@@ -38,7 +37,7 @@ template <class Visit>
 [[nodiscard]] bool VisitRecords(GroupStore& store, Visit visit) {
     std::array<IndexRecord, 32> records;
     uint32_t count = 0;
-    for (uint32_t first = 0; first < store.recordCount; first += count) {
+    for (uint32_t first = 0; first < store.header.recordCount; first += count) {
         count = static_cast<uint32_t>(records.size());
         if (!ReadRecords(store, records.data(), first, count)) return false;
         if (count == 0) return Fail(kErrorInvalidData);
@@ -53,49 +52,6 @@ constexpr uint32_t kCurrentPosition = 0xFFFFFFFF;
 // index itself when it is closed.
 [[nodiscard]] bool WriteRecord(GroupStore& store, const IndexRecord& record, uint32_t number);
 
-// Adds the record of the article that stands in the open log from `start` to `end` and counts it. The index
-// is open. The header on disk is not rewritten.
-[[nodiscard]] bool AppendRecord(GroupStore& store, uint32_t start, uint32_t end, const HeaderBlock& head,
-                                const KeywordFilter& filter);
-
-// Makes all records anew from the log, and writes the header. A log that ends inside an article is complete
-// up to the article before it.
-[[nodiscard]] bool RebuildFromLog(GroupStore& store);
-
-// Gives every record the priority that the group's filter says now. After a failure the header still counts
-// what the records say.
-[[nodiscard]] bool Refilter(GroupStore& store);
-
-// Sets the read bit of every record (catch-up of the stored articles). After a failure the header still
-// counts what the records say.
-[[nodiscard]] bool MarkAllRead(GroupStore& store);
-
-// The version word; 1 for a text header (a word above 500). Error 2 when there is no index, 13 when it is
-// shorter than a version word.
-[[nodiscard]] bool ProbeVersion(GroupStore& store, uint32_t& version);
-
-enum class IndexState {
-    kReady,           // version 5, or made so
-    kUnknownVersion,  // neither of the versions 1 to 5; nothing was touched, error 13
-    kFailed,
-};
-
-// Start-up's check of one group: an older index becomes version 5, a missing one is made from the log.
-IndexState BringUpToDate(GroupStore& store);
-
-enum class CutOffUpgrade {
-    kNone,    // no new index, or one that was never finished, which is removed
-    kTaken,   // it has the index's name now
-    kFailed,  // it may be all that is left of the read marks, and cannot be read or renamed now
-};
-
-// For an index that is missing: takes over the new one of a conversion that was cut off after the old one had
-// gone.
-CutOffUpgrade FinishUpgrade(const GroupStore& store);
-
-// Makes a missing index from the log. A log that holds a line which is too long gives the articles before it
-// and the failure 234; after any other failure there is no index still.
-[[nodiscard]] bool MakeIndex(GroupStore& store);
-
-// Converts an index of version 1 to 4 to version 5. After a failure the old index stands.
-[[nodiscard]] bool UpgradeIndex(GroupStore& store, uint32_t version);
+// Writes `count` records from record `first` on into the open index.
+[[nodiscard]] bool WriteRecords(GroupStore& store, const IndexRecord* records, uint32_t first,
+                                uint32_t count);

@@ -2,37 +2,17 @@
 
 #include <cstring>
 
-#include "store/index.h"
 #include "text/convert.h"
-#include "text/decimal.h"
 #include "text/last_error.h"
 
 namespace {
 
-constexpr char kEmptyLine[] = "\r\n";
-
-bool WriteText(DataFile& file, std::string_view text) {
-    return WriteBytes(file, text.data(), static_cast<uint32_t>(text.size()));
-}
-
-// "X-Local-Seq: n" CR LF.
-bool AddSequenceLine(HeaderBlock& head, uint32_t number) {
-    char line[kSequenceName.size() + 1 + kMostDigits + 2];
-    std::size_t length = kSequenceName.size();
-    std::memcpy(line, kSequenceName.data(), length);
-    line[length++] = ' ';
-    length += WriteDecimal(line + length, number);
-    line[length++] = '\r';
-    line[length++] = '\n';
-    return AddHeaderLine(head, {line, length});
-}
-
-bool LiesWithin(uint32_t offset, uint32_t length, uint32_t size) {
+bool IsWithin(uint32_t offset, uint32_t length, uint32_t size) {
     return offset <= size && length <= size - offset;
 }
 
 NarrowText ReadPart(DataFile& log, uint32_t offset, uint32_t length) {
-    if (!LiesWithin(offset, length, log.size)) {
+    if (!IsWithin(offset, length, log.size)) {
         SetError(kErrorInvalidData);
         return nullptr;
     }
@@ -64,7 +44,7 @@ bool ScanHead(LogScanner& scanner) {
     std::string_view line;
     if (!StartHeaderBlock(scanner.head)) return false;
     while (TakeLine(scanner, line)) {
-        if (StartsWith(line, kEmptyLine)) return true;
+        if (StartsWith(line, "\r\n")) return true;
         if (!AddHeaderLine(scanner.head, line)) return false;
     }
     return false;
@@ -79,36 +59,8 @@ bool ScanBody(LogScanner& scanner) {
 
 }  // namespace
 
-bool BeginArticle(ArticleWriter& writer, uint32_t number) {
-    if (!StartHeaderBlock(writer.head)) return false;
-    if (!writer.filterLoaded && !LoadKeywordFilter(writer.filter, writer.store->filterPath.get()))
-        return false;
-    writer.filterLoaded = true;
-    writer.articleNumber = number;
-    SeekToEnd(writer.store->log);
-    writer.start = writer.store->log.position;
-    return true;
-}
-
-bool FinishHead(ArticleWriter& writer) {
-    if (!AddSequenceLine(writer.head, writer.articleNumber)) return false;
-    return WriteText(writer.store->log, {writer.head.buffer.get(), writer.head.length}) &&
-           WriteText(writer.store->log, kEmptyLine);
-}
-
-bool WriteBodyLine(ArticleWriter& writer, std::string_view line) {
-    return WriteText(writer.store->log, line);
-}
-
-bool FinishBody(ArticleWriter& writer) {
-    return FlushDataFile(writer.store->log);
-}
-
-bool FinishArticle(ArticleWriter& writer) {
-    DataFile& log = writer.store->log;
-    if (!WriteText(log, kSeparator) || !FlushDataFile(log)) return false;
-    return AppendRecord(*writer.store, writer.start, log.position, writer.head, writer.filter) &&
-           FlushDataFile(writer.store->index);
+bool IsInLog(const DataFile& log, const IndexRecord& record) {
+    return IsWithin(record.logOffset, record.logLength, log.size);
 }
 
 WideText ReadArticle(const GroupStore& store, uint32_t offset, uint32_t length) {
@@ -128,7 +80,7 @@ WideText ReadSubjectText(const GroupStore& store, const IndexRecord& record) {
 NarrowText ReadSubjectText(DataFile& log, const IndexRecord& record) {
     const uint32_t start = record.subjectTextOffset - record.logOffset;
     const bool isOwn = record.subjectTextOffset >= record.logOffset &&
-                       LiesWithin(start, record.subjectTextLength, record.logLength);
+                       IsWithin(start, record.subjectTextLength, record.logLength);
     if (isOwn) return ReadPart(log, record.subjectTextOffset, record.subjectTextLength);
     SetError(kErrorInvalidData);
     return nullptr;

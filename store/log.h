@@ -9,7 +9,6 @@
 
 #include <cstdint>
 
-#include "filters/keyword_filter.h"
 #include "store/group_store.h"
 #include "store/header_block.h"
 #include "store/record.h"
@@ -17,33 +16,8 @@
 constexpr char kSeparator[] = "================\r\n";  // an article's last line
 constexpr uint32_t kLineSize = 1024;                   // longest line that a scan takes, its NUL included
 
-// One article being appended. The store's log and index are open; the store outlives the writer. One writer
-// may append any number of articles of its group, one after the other.
-struct ArticleWriter {
-    GroupStore* store = nullptr;  // not owned
-    HeaderBlock head;
-    KeywordFilter filter;  // the group's keywords, loaded with the first article
-    bool filterLoaded = false;
-    uint32_t start = 0;  // log offset of the article's first byte
-    uint32_t articleNumber = 0;
-};
-
-// Begins article `number` at the log's end. Error 8, or the filter file's.
-[[nodiscard]] bool BeginArticle(ArticleWriter& writer, uint32_t number);
-
-// Adds the sequence line, then writes the head and an empty line to the log. Header lines go into writer.head
-// before (AddHeaderLine).
-[[nodiscard]] bool FinishHead(ArticleWriter& writer);
-
-// Writes one line as it is, its line end included.
-[[nodiscard]] bool WriteBodyLine(ArticleWriter& writer, std::string_view line);
-
-// Puts what was written so far on disk, so that a full disk is met before the index is touched.
-[[nodiscard]] bool FinishBody(ArticleWriter& writer);
-
-// Writes the separator, then the article's record: the log is on disk before the index names it. The index
-// header is the caller's to write.
-[[nodiscard]] bool FinishArticle(ArticleWriter& writer);
+// Whether the article that the record names is within the log, as far as its size says.
+bool IsInLog(const DataFile& log, const IndexRecord& record);
 
 // The article's bytes, separator included, as a new wide text. Null on failure: error 8, 13 when the range
 // does not lie inside the log, or the file's error. The store's own log handle is not used.

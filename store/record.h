@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "filters/priority.h"
 #include "store/header_block.h"
 
 constexpr uint32_t kIndexVersion = 5;
@@ -39,6 +40,7 @@ struct IndexHeader {
     uint32_t highCount = 0;
     uint32_t lowCount = 0;
 };
+constexpr uint32_t kHeaderSize = sizeof(IndexHeader);
 static_assert(sizeof(IndexHeader) == 100 && offsetof(IndexHeader, unreadCount) == 88);
 
 //  offset size
@@ -62,13 +64,12 @@ struct IndexRecord {
     uint32_t subjectTextOffset = 0;
     uint32_t subjectTextLength = 0;
 };
+constexpr uint32_t kRecordSize = sizeof(IndexRecord);
 static_assert(sizeof(IndexRecord) == 92 && offsetof(IndexRecord, subjectTextOffset) == 84);
 
 constexpr uint32_t kReadFlag = 1;
 constexpr uint32_t kPriorityShift = 1;
 constexpr uint32_t kPriorityMask = 3 << kPriorityShift;
-
-enum Priority : uint32_t { kPriorityNormal = 0, kPriorityLow = 1, kPriorityHigh = 2 };
 
 inline bool IsRead(const IndexRecord& record) {
     return (record.flags & kReadFlag) != 0;
@@ -82,7 +83,7 @@ inline void SetPriority(IndexRecord& record, uint32_t priority) {
     record.flags = (record.flags & ~kPriorityMask) | (priority << kPriorityShift);
 }
 
-// What the header, and the group's handle, count of the records.
+// What the header counts of the records.
 struct RecordCounts {
     uint32_t unreadCount = 0;
     uint32_t highCount = 0;

@@ -1,10 +1,13 @@
-// Indexes of older versions. Versions 2 to 4 are shorter forms of version 5: header and record end earlier,
+// Versions 2 to 4 are shorter forms of version 5: header and record end earlier,
 // so both are read into the version 5 shapes. Version 1 has a text header and no records.
+#include "store/upgrade.h"
+
 #include <cstring>
 
-#include "store/index.h"
+#include "store/group_changes.h"
 #include "store/log.h"
 #include "text/convert.h"
+#include "text/decimal.h"
 #include "text/last_error.h"
 
 namespace {
@@ -15,6 +18,8 @@ struct Layout {
 };
 
 constexpr Layout kLayouts[] = {{0, 0}, {0, 0}, {88, 64}, {92, 64}, {92, 84}, {100, 92}};  // by version
+constexpr uint32_t kTextVersion = 1;
+constexpr uint32_t kLargestVersionWord = 500;  // digits of a text header read as more
 constexpr uint32_t kVersionWithUnread = 3;
 constexpr uint32_t kVersionWithHead = 4;
 constexpr uint32_t kVersionWithSubjectRange = 5;
@@ -138,12 +143,8 @@ bool IsWholeIndex(const wchar_t* path) {
     return file.size == size || Fail(kErrorInvalidData);
 }
 
-// The digits that a line begins with.
 uint32_t NumberOf(const char* line) {
-    uint32_t value = 0;
-    for (; *line >= '0' && *line <= '9'; ++line)
-        value = value * 10 + static_cast<uint32_t>(*line - '0');
-    return value;
+    return TakeDecimal(line);
 }
 
 // Line 1 last fetched, line 2 status text, lines 3 and 4 server last and reserved. A line that is missing
@@ -158,10 +159,10 @@ bool ReadTextHeader(GroupStore& store) {
             line[0] = '\0';
         }
     }
-    store.lastFetched = NumberOf(lines[0]);
+    store.header.lastFetched = NumberOf(lines[0]);
     store.statusText = ToWide(lines[1]);
-    store.serverLast = NumberOf(lines[2]);
-    store.reserved = NumberOf(lines[3]);
+    store.header.serverLast = NumberOf(lines[2]);
+    store.header.reserved = NumberOf(lines[3]);
     return store.statusText != nullptr;
 }
 
@@ -192,6 +193,11 @@ bool ConvertTextIndex(GroupStore& store) {
     return temporary && ReadTextHeader(store) && RebuildInPlace(store, temporary);
 }
 
+bool MakeMissingIndex(GroupStore& store) {
+    const CutOffUpgrade upgrade = FinishUpgrade(store);
+    return upgrade == CutOffUpgrade::kTaken || (upgrade == CutOffUpgrade::kNone && MakeIndex(store));
+}
+
 }  // namespace
 
 CutOffUpgrade FinishUpgrade(const GroupStore& store) {
@@ -214,9 +220,33 @@ bool MakeIndex(GroupStore& store) {
 }
 
 bool UpgradeIndex(GroupStore& store, uint32_t version) {
-    if (version == 1) return ConvertTextIndex(store);
+    if (version == kTextVersion) return ConvertTextIndex(store);
     for (; version < kIndexVersion; ++version) {
         if (!ConvertOneStep(store, version)) return false;
     }
     return true;
+}
+
+bool ProbeVersion(GroupStore& store, uint32_t& version) {
+    if (!store.indexPath) return Fail(kErrorInvalidArgument);
+    DataFile file;
+    if (!OpenDataFile(file, store.indexPath.get(), FileMode::kReadWriteExisting)) return false;
+    if (!ReadExactly(file, &version, sizeof(version))) return false;
+    if (version > kLargestVersionWord) version = kTextVersion;
+    return true;
+}
+
+IndexState BringUpToDate(GroupStore& store) {
+    uint32_t version = 0;
+    bool probed = ProbeVersion(store, version);
+    if (!probed && GetError() == kErrorFileNotFound) {
+        probed = MakeMissingIndex(store) && ProbeVersion(store, version);
+    }
+    if (!probed) return IndexState::kFailed;
+    if (version == 0 || version > kIndexVersion) {
+        SetError(kErrorInvalidData);
+        return IndexState::kUnknownVersion;
+    }
+    if (version == kIndexVersion) return IndexState::kReady;
+    return UpgradeIndex(store, version) ? IndexState::kReady : IndexState::kFailed;
 }

@@ -13,8 +13,9 @@ namespace {
 
 constexpr uint32_t kEmptyLine = 2;  // bytes of a line that holds no name, its line end included
 
-// Goes behind the line whose first bytes fill the buffer: as in all lines, an LF ends it once a CR was there.
-bool PassOverLine(DataFile& file, const GroupLine& line) {
+// Skips the rest of a line whose first bytes fill the buffer. As in all lines, an LF ends it once a CR was
+// seen.
+bool SkipLine(DataFile& file, const GroupLine& line) {
     bool seenCr = std::memchr(line, '\r', kLongestGroupLine) != nullptr;
     char byte = '\0';
     uint32_t got = 1;
@@ -25,7 +26,7 @@ bool PassOverLine(DataFile& file, const GroupLine& line) {
     return true;
 }
 
-// A line that can be the name of a group.
+// Whether the line can be a group's name.
 bool IsName(const GroupLine& line, uint32_t length) {
     return line[0] != '#' && length > kEmptyLine;
 }
@@ -36,7 +37,7 @@ bool ReadGroupLine(DataFile& file, GroupLine& line, bool cut, uint32_t* taken, K
     for (;;) {
         const uint32_t start = file.position;
         if (ReadLine(file, line, sizeof(line), cut, taken)) return true;
-        if (GetError() != kErrorMoreData || !PassOverLine(file, line)) return false;
+        if (GetError() != kErrorMoreData || !SkipLine(file, line)) return false;
         if (kept && !KeepBytesFrom(file, start, *kept)) return false;
     }
 }

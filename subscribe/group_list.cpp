@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "nntp/reply.h"
+#include "files/data_file.h"
+#include "nntp/login.h"
 #include "resources/resource.h"
-#include "store/file.h"
 #include "store/string_set.h"
 #include "text/convert.h"
 #include "text/last_error.h"
@@ -17,7 +17,7 @@ bool IsAbandoned(GroupListJob& job) {
     return job.shared.abandoned;
 }
 
-// A dialog that has gone is told nothing more: its handle may be another's by now.
+// Nothing is sent to a dialog that is gone: its handle may be another window's by now.
 void PostNotice(GroupListJob& job) {
     if (!IsAbandoned(job)) PostMessageW(job.notifyWindow, WM_COMMAND, job.notifyCommand, 0);
 }
@@ -31,23 +31,22 @@ void ShowCount(GroupListJob& job) {
 }
 
 // Each change of the counter waits for the dialog's thread, so what arrived together is counted together.
-// Once nobody waits for the list there is nothing more to receive.
+// Once the list is abandoned, nothing more is received.
 void BeforeReceive(void* context) {
     auto& job = *static_cast<GroupListJob*>(context);
     ShowCount(job);
     if (IsAbandoned(job)) job.connection.readerSocket = INVALID_SOCKET;
 }
 
-// Failures: the first text stays. All answer false.
+// Failures: the first text stays. All return false.
 
 bool FailWith(GroupListJob& job, const wchar_t* text) {
-    const unsigned error = GetError();
-    if (!job.errorText && !job.outOfMemory) {
-        job.lastError = error;
-        job.errorText = text ? CopyText(text) : nullptr;
-        job.outOfMemory = !job.errorText;
-    }
-    return Fail(error);
+    const ErrorKeeper keeper;
+    if (job.errorText || job.outOfMemory) return false;
+    job.lastError = GetError();
+    job.errorText = text ? CopyText(text) : nullptr;
+    job.outOfMemory = !job.errorText;
+    return false;
 }
 
 bool FailWithError(GroupListJob& job, const wchar_t* format) {
@@ -70,7 +69,7 @@ bool FailWithReply(GroupListJob& job, const wchar_t* format) {
 
 bool ReadLineOf(GroupListJob& job, bool strip) {
     if (ReadReplyLine(job.connection, job.line, strip)) return true;
-    if (GetError() == 0) SetError(kErrorInvalidData);  // a 0 byte names no error itself, and is no end either
+    if (GetError() == 0) SetError(kErrorInvalidData);  // a 0 byte sets no error, and does not end the list
     return false;
 }
 
@@ -78,29 +77,31 @@ bool Send(GroupListJob& job, const char* command) {
     return command && SendLine(job.connection, command);
 }
 
+// Each login command carries a line end of its own, so an empty line follows it: this dialog has always sent
+// it that way.
 bool Open(GroupListJob& job) {
-    if (!Connect(job.connection, job.server.get(), static_cast<uint16_t>(job.port))) {
-        return FailWith(job, L"Can't connect to server");
+    const ServerAccount server = {nullptr, static_cast<uint16_t>(job.port), job.user.get(),
+                                  job.password.get(), "\r\n"};
+    switch (OpenConversation(job.connection, job.server.get(), server, job.line)) {
+        case Opening::kNotConnected:
+            return FailWith(job, L"Can't connect to server");
+        case Opening::kNoGreeting:
+            return FailWith(job, L"Recv fail: Can't connect to server");
+        case Opening::kRefused:
+            return FailWithReply(job, L"Connection refused : %s");
+        case Opening::kUserNotSent:
+        case Opening::kPasswordNotSent:
+            return FailWith(job, L"Can't send data");
+        case Opening::kUserNotAnswered:
+        case Opening::kPasswordNotAnswered:
+            return FailWith(job, L"Can't redv data");
+        case Opening::kWrongUser:
+        case Opening::kWrongPassword:
+            return FailWithReply(job, L"%s");
+        case Opening::kOpen:
+            break;
     }
-    if (!ReadLineOf(job, false)) return FailWith(job, L"Recv fail: Can't connect to server");
-    return IsSuccess(job.line) || FailWithReply(job, L"Connection refused : %s");
-}
-
-// The command carries a line end of its own, so an empty line follows it: servers have always been sent that
-// here.
-bool AskLogin(GroupListJob& job, const char* word, const char* argument) {
-    const Secret start = MakeCommand(word, argument);
-    const Secret command = start ? MakeCommand(start.get(), "\r\n") : nullptr;
-    if (!Send(job, command.get())) return FailWith(job, L"Can't send data");
-    return ReadLineOf(job, false) || FailWith(job, L"Can't redv data");
-}
-
-bool LogIn(GroupListJob& job) {
-    if (!job.user || !job.password) return true;
-    if (!AskLogin(job, "authinfo user ", job.user.get())) return false;
-    if (!AsksForMore(job.line)) return FailWithReply(job, L"%s");
-    if (!AskLogin(job, "authinfo pass ", job.password.get())) return false;
-    return IsSuccess(job.line) || FailWithReply(job, L"%s");
+    return true;
 }
 
 bool RefuseList(GroupListJob& job) {
@@ -163,7 +164,7 @@ bool TransferList(GroupListJob& job) {
     return transferred;
 }
 
-// A file that cannot be opened is told twice: here and when the worker ends.
+// The dialog is notified here, and once more when the worker ends.
 bool FailToOpen(GroupListJob& job, const wchar_t* format) {
     FailWithError(job, format);
     CloseConnection(job.connection);
@@ -183,7 +184,7 @@ bool OpenFiles(GroupListJob& job) {
     return true;
 }
 
-// False when not all that was stored reached the disk.
+// False when not everything that was stored reached the disk.
 bool CloseFiles(GroupListShare& shared) {
     const Locked locked(shared.lock);
     const bool activeClosed = CloseDataFile(shared.active);
@@ -234,18 +235,15 @@ void ReleaseGroupListJob(GroupListJob* job) {
 bool StartGroupListWorker(GroupListJob* job) {
     DWORD threadId = 0;
     InterlockedIncrement(&job->owners);
-    const HANDLE thread = CreateThread(nullptr, 0, GroupListWorker, job, 0, &threadId);
-    if (!thread) {
-        const ErrorKeeper keeper;
-        ReleaseGroupListJob(job);
-        return false;
-    }
-    CloseHandle(thread);
-    return true;
+    const ThreadOwner thread(CreateThread(nullptr, 0, GroupListWorker, job, 0, &threadId));
+    if (thread) return true;
+    const ErrorKeeper keeper;
+    ReleaseGroupListJob(job);
+    return false;
 }
 
 void FetchGroupList(GroupListJob& job) {
-    const bool stored = Open(job) && LogIn(job) && OpenFiles(job) && TransferList(job);
+    const bool stored = Open(job) && OpenFiles(job) && TransferList(job);
     CloseConnection(job.connection);
     if (!CloseFiles(job.shared) && stored) FailWithString(job, IDS_LIST_WRITE_FAILED);
 }

@@ -3,9 +3,9 @@
 // their first appearance. Both are 8-bit text, a name a line, CR LF.
 #pragma once
 
+#include "files/data_file.h"
 #include "nntp/connection.h"
 #include "platform/lock.h"
-#include "store/file.h"
 #include "text/owned.h"
 
 // Posted to the job's window when the worker is done: WM_COMMAND with this id.
@@ -18,8 +18,8 @@ struct GroupListShare {
     DataFile active, category;
 };
 
-// What the worker works on, its own but for `shared`. It has two owners, the dialog and the worker; whoever
-// lets go last frees it.
+// What the worker works on; nobody else uses any of it but `shared`. It has two owners, the dialog and the
+// worker; the last one to release it frees it.
 struct GroupListJob {
     LONG owners = 1;
     GroupListShare shared;
@@ -37,7 +37,7 @@ struct GroupListJob {
     NntpConnection connection;
     ReplyLine line;
     uint32_t groupCount = 0;  // groups stored so far
-    uint32_t shownCount = 0;  // what the counter on the screen says
+    uint32_t shownCount = 0;  // what the counter on the screen shows
 };
 
 // What the user has configured. Nothing is owned; user and password may be null.
@@ -53,14 +53,14 @@ struct GroupListRequest {
 // A job with one owner; null when memory runs out.
 GroupListJob* MakeGroupListJob(const GroupListRequest& request, HWND notifyWindow);
 
-// Lets go of the job. The files are closed then, with what was stored so far, and a worker that still runs
-// opens and writes none any more; it ends with the server's next word or its silence.
+// Releases the job. Closes the files, with what was stored so far; a worker that still runs opens and writes
+// none any more, and ends with the server's next bytes or its silence.
 void ReleaseGroupListJob(GroupListJob* job);
 
 // Starts the worker, which becomes a second owner. False, with the last error, when there is no thread.
 [[nodiscard]] bool StartGroupListWorker(GroupListJob* job);
 
-// The worker's work, without its closing notice: the conversation and both files. `job` tells how it went.
+// The worker's work, without its closing notice: the conversation and both files. The outcome is in `job`.
 void FetchGroupList(GroupListJob& job);
 
 // The category of a name: its bytes before the first '.', or all of them.

@@ -3,6 +3,6 @@
 
 #include "subscribe/group_list.h"
 
-// Fetches the list and returns when the dialog closes; what went wrong is told to the user. Esc closes it
-// early, and the worker ends on its own. Always answers 0.
+// Fetches the list, shows what went wrong, and returns when the dialog closes. Esc closes it early; the
+// worker then ends on its own. Always returns 0.
 INT_PTR RunGroupListDownload(HINSTANCE instance, HWND parent, const GroupListRequest& request);

@@ -4,9 +4,9 @@
 
 #include <cstring>
 
+#include "files/data_file.h"
 #include "nntp/password_prompt.h"
 #include "resources/resource.h"
-#include "store/file.h"
 #include "store/group_store.h"
 #include "subscribe/group_file.h"
 #include "subscribe/group_list_dialog.h"
@@ -35,7 +35,7 @@ void InsertEntry(HWND list, const NameEntry& entry, uint32_t place) {
     SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
-// The list's own sorting rests while the sorted names go in at its end.
+// The list's own sorting is off while the sorted names are appended.
 void ShowEntries(HWND list, NameList& entries) {
     SortNames(entries);
     const LONG style = GetWindowLongW(list, GWL_STYLE);
@@ -50,8 +50,7 @@ void ShowEntries(HWND list, NameList& entries) {
     InvalidateRect(list, nullptr, TRUE);
 }
 
-// A button that is pressed has the focus; where it is disabled with it, the keyboard reaches nothing any
-// more.
+// A pressed button has the focus. Disabled with it, it would leave the keyboard without a target.
 void EnableCategoryButton(const SubscribeState& state, bool enabled) {
     const HWND button = GetDlgItem(state.dialog, IDC_SUBSCRIBE_CATEGORIES);
     if (!enabled && GetFocus() == button)
@@ -59,7 +58,7 @@ void EnableCategoryButton(const SubscribeState& state, bool enabled) {
     EnableWindow(button, enabled);
 }
 
-// What memory does not hold is not shown.
+// Shows as many as memory holds.
 void ListCategories(const SubscribeState& state, DataFile& file) {
     NameList entries;
     GroupLine line;
@@ -78,7 +77,7 @@ void ShowCategories(SubscribeState& state) {
     SetCursor(before);
 }
 
-// Of the data folder's path.
+// Units of the data folder's path.
 std::size_t FolderLength(const SubscribeState& state) {
     return wcslen(state.groupPath) - wcslen(L"group.dat");
 }
@@ -92,7 +91,7 @@ void ListGroups(const SubscribeState& state, DataFile& file, const char* categor
     while (ReadGroupLine(file, line, true)) {
         if (std::strncmp(line, category, length) != 0) continue;
         WideText name = ToWide(line);
-        // A group whose name cannot be a file name could keep nothing.
+        // A group whose name cannot be a file name could store nothing.
         if (name && !IsFileName(name.get(), folderLength)) continue;
         const int image = FindString(state.subscriptions, line) ? kSubscribed : kNotSubscribed;
         if (!AddName(entries, std::move(name), image)) break;
@@ -141,21 +140,21 @@ void OnDoubleClick(SubscribeState& state) {
     }
 }
 
-bool TellLoadFailure(UINT id) {
+bool ShowLoadFailure(UINT id) {
     ShowLastError(id, kProgramCaption);
     return false;
 }
 
-// Every line as it stands, comments and empty ones too: they are written back as they were.
+// Takes every line, comments and empty ones too: all are written back as they were.
 bool LoadSubscriptions(SubscribeState& state) {
     DataFile file;
     if (!CreateStringSet(state.subscriptions)) {
         state.loadError = GetError();
-        return TellLoadFailure(IDS_SUBSCRIBE_HASH_FAILED);
+        return ShowLoadFailure(IDS_SUBSCRIBE_HASH_FAILED);
     }
     if (!OpenDataFile(file, state.groupPath, FileMode::kRead)) {
         state.loadError = GetError() == kErrorFileNotFound ? 0 : GetError();
-        return TellLoadFailure(IDS_SUBSCRIBE_OPEN_FAILED);
+        return ShowLoadFailure(IDS_SUBSCRIBE_OPEN_FAILED);
     }
     GroupLine line;
     while (ReadGroupLine(file, line, true, nullptr, &state.overlongLines) &&
@@ -163,7 +162,7 @@ bool LoadSubscriptions(SubscribeState& state) {
     }
     if (GetError() == kErrorEndOfFile) return true;
     state.loadError = GetError();
-    return TellLoadFailure(IDS_SUBSCRIBE_LOAD_FAILED);
+    return ShowLoadFailure(IDS_SUBSCRIBE_LOAD_FAILED);
 }
 
 void PrepareList(SubscribeState& state) {
@@ -175,9 +174,9 @@ void PrepareList(SubscribeState& state) {
     column.pszText = heading;
     const HWND list = ListOf(state);
     SendMessageW(list, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
-    state.imageList = ImageList_LoadImage(state.instance, MAKEINTRESOURCEW(IDB_SUBSCRIBE_MARKS), kImageWidth,
-                                          0, CLR_NONE, IMAGE_BITMAP, 0);
-    SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(state.imageList));
+    state.imageList.Reset(ImageList_LoadImage(state.instance, MAKEINTRESOURCEW(IDB_SUBSCRIBE_MARKS),
+                                              kImageWidth, 0, CLR_NONE, IMAGE_BITMAP, 0));
+    SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(state.imageList.Get()));
 }
 
 INT_PTR OnInitDialog(HWND dialog, SubscribeState* state) {
@@ -185,8 +184,8 @@ INT_PTR OnInitDialog(HWND dialog, SubscribeState* state) {
     state->dialog = dialog;
     PrepareList(*state);
     if (LoadSubscriptions(*state)) ShowCategories(*state);
-    // Without a list to choose from, fetching one is the next step, and Enter does it: a button that merely
-    // got the focus would leave Enter to OK.
+    // Without a list to choose from, the next step is to fetch one, so Enter does that. To set the focus
+    // alone would leave Enter to OK.
     const bool empty = SendMessageW(ListOf(*state), LVM_GETITEMCOUNT, 0, 0) == 0;
     const HWND download = GetDlgItem(dialog, IDC_SUBSCRIBE_DOWNLOAD);
     if (empty) SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(download), TRUE);
@@ -220,7 +219,7 @@ bool WriteFile(DataFile& file, const SubscribeState& state) {
     return WriteKept(file, state.overlongLines) && CloseDataFile(file);
 }
 
-// What was not read whole must not be written over.
+// A file that was not read whole must not be overwritten.
 bool OpenForReplacing(const SubscribeState& state, DataFile& file) {
     return state.loadError == 0 ? OpenDataFile(file, state.groupPath, FileMode::kRewrite)
                                 : Fail(state.loadError);
@@ -239,10 +238,10 @@ INT_PTR OnCommand(SubscribeState& state, int id) {
     switch (id) {
         case IDOK:
             SaveSubscriptions(state);
-            EndDialog(state.dialog, 1);
+            EndDialog(state.dialog, IDOK);
             break;
         case IDCANCEL:
-            EndDialog(state.dialog, 2);
+            EndDialog(state.dialog, IDCANCEL);
             break;
         case IDC_SUBSCRIBE_DOWNLOAD:
             OnDownload(state);
@@ -276,8 +275,7 @@ INT_PTR CALLBACK SubscribeProcedure(HWND dialog, UINT message, WPARAM wParam, LP
 INT_PTR RunSubscribeDialog(SubscribeState& state, HINSTANCE instance, HWND parent) {
     state.instance = instance;
     const INT_PTR result = RunDialog(instance, IDD_SUBSCRIBE, parent, SubscribeProcedure, &state);
-    if (state.imageList) ImageList_Destroy(state.imageList);
-    state.imageList = nullptr;
+    state.imageList.Reset();
     DestroyStringSet(state.subscriptions);
-    return result == 1 ? 1 : 2;
+    return result == IDOK ? IDOK : IDCANCEL;
 }

@@ -2,8 +2,8 @@
 // and the chosen ones into "group.dat". User-interface thread only.
 #pragma once
 
-#include "platform/platform.h"
-#include "store/kept_bytes.h"
+#include "files/kept_bytes.h"
+#include "platform/owners.h"
 #include "store/string_set.h"
 
 struct SubscribeState {
@@ -17,12 +17,13 @@ struct SubscribeState {
     const char* user = nullptr;
     const char* password = nullptr;
     HINSTANCE instance = nullptr;
-    HIMAGELIST imageList = nullptr;  // the marks; released when the dialog has closed
-    StringSet subscriptions;         // the chosen names, as they stand in the file
-    KeptBytes overlongLines;         // of the file: nobody reads them, and they stay in it
-    bool listsCategories = true;     // else the groups of one category
-    unsigned loadError = 0;          // why the set does not hold the whole file; 0 when it does
+    ImageListOwner imageList;     // the marks; released when the dialog has closed
+    StringSet subscriptions;      // the chosen names, as they are in the file
+    KeptBytes overlongLines;      // of the file; written back as they were
+    bool listsCategories = true;  // else the groups of one category
+    unsigned loadError = 0;       // why the set does not hold the whole file; 0 when it does
 };
 
-// Runs the dialog modally: 1 when it was closed with OK, whether or not "group.dat" could be written, else 2.
+// Runs the dialog modally: IDOK when it was closed with OK, whether or not "group.dat" could be written, else
+// IDCANCEL.
 INT_PTR RunSubscribeDialog(SubscribeState& state, HINSTANCE instance, HWND parent);

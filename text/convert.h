@@ -1,6 +1,6 @@
-// Between the stored 8-bit text and the UTF-16 of the user interface. 8-bit text is in code page 932 wherever
-// that is installed and in the system's code page elsewhere, so a data folder reads the same on every
-// machine.
+// Converts between the stored 8-bit text and the UTF-16 of the user interface. 8-bit text is in code page 932
+// wherever that is installed and in the system's code page elsewhere, so that a data folder reads the same on
+// every machine.
 #pragma once
 
 #include "text/owned.h"

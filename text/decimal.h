@@ -7,7 +7,17 @@
 
 constexpr std::size_t kMostDigits = 10;
 
-// Writes the digits of `value`, which `text` has room for, without a NUL. Answers how many they are.
+// Takes the digits at the cursor, up to `end` or any other byte. Without digits it is 0; no check for
+// overflow.
+template <class Unit>
+uint32_t TakeDecimal(const Unit*& cursor, const Unit* end = nullptr) {
+    uint32_t value = 0;
+    for (; cursor != end && *cursor >= '0' && *cursor <= '9'; ++cursor)
+        value = value * 10 + static_cast<uint32_t>(*cursor - '0');
+    return value;
+}
+
+// Writes the digits of `value`, for which `text` has room, without a NUL. Returns how many there are.
 inline std::size_t WriteDecimal(char* text, uint32_t value) {
     std::size_t count = 0;
     do

@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "text/last_error.h"
 #include "text/sjis.h"
 
 namespace {
@@ -24,7 +23,7 @@ constexpr EscapeSequence kEscapes[] = {
     {{'K', 0, 0}, 1, Mode::kTwoByte},      {{'H', 0, 0}, 1, Mode::kSingleByte},
 };
 
-// `source` stands just behind an ESC. Null when it is no sequence that the program knows.
+// `source` points just after an ESC. Null for an unknown sequence.
 const EscapeSequence* FindEscape(const char* source) {
     for (const EscapeSequence& escape : kEscapes) {
         if (std::strncmp(source, escape.text, escape.length) == 0) return &escape;
@@ -53,7 +52,7 @@ void PutJisAsSjis(unsigned j1, unsigned j2, char* destination) {
     destination[1] = static_cast<char>(j2);
 }
 
-// Takes one unit of the two-byte mode. The bytes taken equal the bytes written: 1 or 2.
+// Converts one unit of the two-byte mode. Returns the bytes taken, as many as were written: 1 or 2.
 unsigned TakeTwoByte(const char* source, char* destination) {
     const unsigned first = ByteAt(source);
     destination[0] = source[0];
@@ -67,7 +66,7 @@ unsigned TakeTwoByte(const char* source, char* destination) {
     return 2;
 }
 
-// Text that grows as it is written; `failed` stays set once memory ran out.
+// Text that grows as it is written; `failed` is set once memory runs out.
 struct GrowingText {
     NarrowText buffer;
     std::size_t length = 0;
@@ -160,6 +159,5 @@ NarrowText TextToJis(const char* text) {
     }
     PutEscape(out, '(', 'B');
     Put(out, '\0');
-    if (out.failed) SetError(kErrorNoMemory);
     return out.failed ? nullptr : std::move(out.buffer);
 }

@@ -14,7 +14,7 @@ constexpr unsigned kErrorMoreData = 234;
 void SetError(unsigned error);
 unsigned GetError();
 
-// Sets `error` and answers false: `return Fail(kErrorNoMemory);`
+// Sets `error` and returns false: `return Fail(kErrorNoMemory);`
 inline bool Fail(unsigned error) {
     SetError(error);
     return false;

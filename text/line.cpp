@@ -5,8 +5,8 @@
 
 namespace {
 
-// The first LF, else `end`. A word at a time: the systems' own searches go byte by byte, and most of the time
-// of taking a log in is spent here.
+// The first LF, else `end`. Goes a word at a time: the systems' own searches go byte by byte, and reading a
+// log spends most of its time here.
 const char* FindLineFeed(const char* begin, const char* end) {
     using Word = std::uintptr_t;
     constexpr Word kOnes = ~Word{0} / 0xFF;
@@ -39,7 +39,7 @@ LineState AddToLine(LineAssembler& line, const char* bytes, std::size_t count, s
         std::memcpy(line.buffer + line.length, rest, part);
         line.length += part;
         added += part;
-        // Nearly always the CR stands just before the LF.
+        // The CR is nearly always just before the LF.
         const bool plain = found && lf > rest && lf[-1] == '\r';
         line.seenCr = line.seenCr || plain || std::memchr(rest, '\r', part) != nullptr;
         if (found && line.seenCr) return LineState::kComplete;

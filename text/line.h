@@ -1,11 +1,11 @@
-// The one rule of what a line is, for lines from the server and from files alike. Knows no platform.
+// The one rule of what a line is, for lines from the server and from files. Knows no platform.
 #pragma once
 
 #include <cstddef>
 
 enum class LineState {
     kOpen,      // more bytes are wanted
-    kComplete,  // the byte was the line's LF
+    kComplete,  // the last byte added was the line's LF
     kFull,      // the buffer holds `capacity` bytes and the line has not ended
 };
 
@@ -22,23 +22,23 @@ inline bool IsFull(const LineAssembler& line) {
     return line.length == line.capacity;
 }
 
-// Adds as many of the `count` bytes as belong to the line; `added` says how many.
+// Adds as many of the `count` bytes as belong to the line; `added` receives their number.
 LineState AddToLine(LineAssembler& line, const char* bytes, std::size_t count, std::size_t& added);
 
-// Length of the line that bytes[0..count) begins with, CR LF included, when its CR stands just before its LF
-// as it nearly always does; 0 when that cannot be told at a glance.
+// The quick case: length of the line that bytes[0..count) begins with, CR LF included, when its CR is just
+// before its LF, as it nearly always is; else 0.
 std::size_t PlainLineLength(const char* bytes, std::size_t count);
 
-// Terminates what was collected with a NUL. With `cut`, the line end (CR LF, or the LF alone) goes.
+// Terminates what was collected with a NUL. With `cut`, drops the line end (CR LF, or the LF alone).
 void FinishLine(LineAssembler& line, bool cut);
 
-// Bytes of the line end that text[0..length) carries: 2 for CR LF, 1 for a lone LF, else 0.
+// Length of the line end of text[0..length): 2 for CR LF, 1 for a lone LF, else 0.
 std::size_t LineEndLength(const char* text, std::size_t length);
 
 // The line that ends a multi-line reply: "." CR LF and nothing else (RFC 3977, section 3.1.1).
 bool IsFinalDot(const char* line);
 
-// The line without the dot that a server puts before one that begins with a dot.
+// The line without the dot that a server adds before one that begins with a dot.
 inline const char* Unstuffed(const char* line) {
     return *line == '.' ? line + 1 : line;
 }

@@ -1,6 +1,6 @@
-// The program's texts: string-table entries and "(%d)" messages. Without a buffer of the caller's, the
-// helpers share one each for the whole process, so each call overwrites the text of the one before; a caller
-// that needs two texts copies the first. Those are the user-interface thread's: a worker brings its own.
+// The program's texts: string-table entries and "(%d)" messages. Without a caller's buffer, the former share
+// one buffer and the latter another: each call overwrites the text of the one before, so a caller that needs
+// two texts copies the first. Those two are the user-interface thread's; a worker brings its own.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ using TextBuffer = wchar_t[kTextCapacity];
 void SetResourceInstance(HINSTANCE instance);
 HINSTANCE ResourceInstance();
 
-// String-table entry `id`, or null when there is none. The last error stays.
+// String-table entry `id`, or null when there is none. Keeps the last error.
 const wchar_t* LoadResString(UINT id);
 const wchar_t* LoadResString(UINT id, TextBuffer& buffer);
 
@@ -32,5 +32,5 @@ void CopyCut(wchar_t* buffer, std::size_t capacity, const wchar_t* text);
 
 constexpr wchar_t kProgramCaption[] = L"PELNOR";
 
-// Message boxes without an owner. `id` is a "(%d)" text, filled with the last error before the box opens.
+// A message box without an owner. `id` is a "(%d)" text, which shows the last error.
 void ShowLastError(UINT id, const wchar_t* caption, UINT icon = MB_ICONERROR);

@@ -57,7 +57,7 @@ bool StartsWithOpening(const char* source) {
            std::strncmp(source, kUpperOpening, kOpeningLength) == 0;
 }
 
-// The encoder's walk through the text; the mode goes on from one word to the next.
+// The encoder's place in the text; the mode carries over from one word to the next.
 struct JisCursor {
     const char* text;
     bool twoByte = false;
@@ -100,7 +100,7 @@ void AddToPiece(Piece& piece, const char* bytes, std::size_t count) {
     piece.length += count;
 }
 
-// A word stands for itself: what the word before left in two-byte mode is entered again.
+// Each word is complete in itself: one that goes on in two-byte mode enters it again.
 void OpenPiece(Piece& piece, JisCursor& cursor) {
     if (!cursor.twoByte || *cursor.text == '\0') return;
     const Token first = PeekToken(cursor);

@@ -5,7 +5,7 @@
 
 // Decodes the words that open exactly with "=?iso-2022-jp?B?" or "=?ISO-2022-JP?B?"; everything else is
 // copied. The decoded bytes are ISO-2022-JP. `destination` holds at least strlen(source) + 1 bytes and does
-// not overlap the source. A word that does not close ends the line there.
+// not overlap the source. A word without an end ends the line.
 void DecodeEncodedWords(char* destination, const char* source);
 
 constexpr std::size_t kEncodedWordSize = 81;  // bytes of one word's buffer, its NUL included

@@ -1,5 +1,5 @@
-// Names collected to be shown sorted: a control that sorts by itself would look for each one's place from its
-// top.
+// Names collected and sorted before they are shown: a control that sorts by itself searches its rows from the
+// top for each one.
 #pragma once
 
 #include <cstdint>
@@ -26,5 +26,5 @@ struct NameList {
 // was.
 [[nodiscard]] bool AddName(NameList& list, WideText name, int tag);
 
-// Without regard to case, as the system compares texts.
+// Ignores case, as the system compares texts.
 void SortNames(NameList& list);

@@ -5,22 +5,26 @@
 #include <memory>
 #include <new>
 
+#include "text/last_error.h"
+
 using NarrowText = std::unique_ptr<char[]>;   // 8-bit, NUL-terminated, in the stored text's code page
 using WideText = std::unique_ptr<wchar_t[]>;  // UTF-16, NUL-terminated
 
-// Room for `count` elements, not initialised; null when memory runs out (no error is set).
+// Room for `count` elements, not initialised; null, with error 8, when memory runs out.
 template <class T>
 std::unique_ptr<T[]> NewArray(std::size_t count) {
-    return std::unique_ptr<T[]>(new (std::nothrow) T[count]);
+    std::unique_ptr<T[]> array(new (std::nothrow) T[count]);
+    if (!array) SetError(kErrorNoMemory);
+    return array;
 }
 
-// Overwrites what is about to be released. The compiler must not take that for useless.
+// Overwrites memory that is about to be released. The compiler must not drop the writes.
 inline void Wipe(void* memory, std::size_t size) {
     for (auto next = static_cast<volatile char*>(memory); size > 0; --size)
         *next++ = 0;
 }
 
-// Releases a text that nobody may find in memory afterwards: up to its NUL it is overwritten.
+// Overwrites a text up to its NUL and releases it, so that nobody finds it in memory afterwards.
 template <class Unit>
 struct WipingDelete {
     WipingDelete() = default;
@@ -37,7 +41,7 @@ struct WipingDelete {
 using Secret = std::unique_ptr<char[], WipingDelete<char>>;
 using WideSecret = std::unique_ptr<wchar_t[], WipingDelete<wchar_t>>;
 
-// Room for a secret that a window or the registry is asked for.
+// A buffer for a secret from a window or the registry.
 template <std::size_t kUnits>
 struct SecretBuffer {
     wchar_t text[kUnits] = {};

@@ -30,8 +30,8 @@ uint32_t UnitsOfLine(const wchar_t* text, uint32_t most) {
     return units;
 }
 
-// Measures as much at once as the lines before let expect, and more only when all of that fits. A line that
-// merely ended says nothing about how much the next one holds.
+// Measures at once about what the lines before held, and more only when all of that fits. A line that ended
+// early says nothing about how much the next one holds.
 uint32_t FittingUnits(const wchar_t* start, int width, const TextMeasure& measure, WrapHint& hint) {
     uint32_t asked = hint.units;
     while (true) {
@@ -43,7 +43,7 @@ uint32_t FittingUnits(const wchar_t* start, int width, const TextMeasure& measur
     }
 }
 
-// The lines of the layout, growing while they are found.
+// The lines found so far.
 struct Table {
     DisplayLine* lines = nullptr;
     uint32_t count = 0;
@@ -77,7 +77,7 @@ bool StartsWithName(const wchar_t* line, const wchar_t* name) {
     return *name == L'\0';
 }
 
-// Where the walk stands in the article. The flags are those of the logical line.
+// A place in the article. The flags are those of its logical line.
 struct Walk {
     const wchar_t* text;
     bool inHeader = true;

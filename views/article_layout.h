@@ -1,5 +1,5 @@
-// Breaks an article into the lines that the article view shows. Knows no platform: how wide a text is, is
-// asked of a function.
+// Breaks an article into the lines that the article view shows. Knows no platform: a function of the caller
+// measures the text.
 #pragma once
 
 #include <cstddef>
@@ -37,13 +37,13 @@ struct LayoutOptions {
 
 void FreeLayout(ArticleLayout& layout);
 
-// Lays the NUL-terminated text out, which must outlive the layout. False, with error 8 and an empty layout,
+// Lays out the NUL-terminated text, which must outlive the layout. False, with error 8 and an empty layout,
 // when memory runs out.
 [[nodiscard]] bool LayOut(ArticleLayout& layout, const wchar_t* text, const LayoutOptions& options,
                           const TextMeasure& measure);
 
-// Where in the text a line starts; a blank line that fills a page is where the text above it is. Null when no
-// text is shown there or above.
+// Where in the text a line starts; a blank line that fills a page counts as the line of text above it. Null
+// when there is none.
 const wchar_t* PlaceOfLine(const ArticleLayout& layout, uint32_t line);
 
 // The line that holds a place of the text, 0 for a null place; the last one before it, where it is not shown.
@@ -56,7 +56,7 @@ struct WrappedLine {
     bool endsLogicalLine = false;
 };
 
-// Remembers between the lines of one text how much is worth measuring at once.
+// How much of a line is worth measuring at once, learned from the lines before it.
 struct WrapHint {
     uint32_t units = 64;
 };

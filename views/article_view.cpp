@@ -8,8 +8,9 @@
 
 namespace {
 
-constexpr int kHeightWithoutFont = 10;
-constexpr wchar_t kClassName[] = L"PELNORArticleViewWnd";
+ArticleView& ArticleOf(RowView& view) {
+    return static_cast<ArticleView&>(view);
+}
 
 // Layout.
 
@@ -24,34 +25,21 @@ void InvalidateLayout(ArticleView& view) {
 uint32_t FittingUnits(void* context, const wchar_t* text, uint32_t count, int width) {
     int fit = 0;
     SIZE size = {};
-    // The line must stay below the width, so one pixel less may be filled.
+    // A line is narrower than the width, so one pixel less may be filled.
     const BOOL measured = GetTextExtentExPointW(static_cast<HDC>(context), text, static_cast<int>(count),
                                                 width - 1, &fit, nullptr, &size);
     return measured ? static_cast<uint32_t>(fit) : 0;
 }
 
-bool MakeLayout(ArticleView& view, HDC dc) {
+// Error 8 leaves an empty layout: nothing is drawn.
+bool LayOutText(RowView& rows, HDC dc) {
+    ArticleView& view = ArticleOf(rows);
     LayoutOptions options;
     options.width = view.rowArea.right - view.rowArea.left;
     options.rowsPerPage = view.scroll.page;
     options.wholeHeader = view.showAllHeaders;
-    return LayOut(view.layout, view.text ? view.text.get() : L"", options, MeasureOn(dc));
-}
-
-// Error 8 leaves an empty layout, and nothing is drawn.
-bool EnsureLayout(ArticleView& view) {
-    if (view.layoutValid) return true;
-    view.layoutValid = true;
-    MeasureRowHeight(view, view.font ? 1 : kHeightWithoutFont);
-    view.scroll = {RowsPerPage(view), 0, 0};
-    const HDC dc = GetDC(view.window);
-    const HGDIOBJ oldFont = view.font ? SelectObject(dc, view.font) : nullptr;
-    const bool laidOut = MakeLayout(view, dc);
-    const ErrorKeeper keeper;
-    if (oldFont) SelectObject(dc, oldFont);
-    ReleaseDC(view.window, dc);
+    const bool laidOut = LayOut(view.layout, view.text ? view.text.get() : L"", options, MeasureOn(dc));
     view.scroll.total = view.layout.lineCount;
-    SetScrollBar(view, TextScrollMaximum(view.scroll), view.scroll.top);
     return laidOut;
 }
 
@@ -73,7 +61,10 @@ void DrawHeaderLine(const ArticleView& view, HDC dc, const DisplayLine& line, RE
     SetTextColor(dc, colour);
 }
 
-void DrawLine(const ArticleView& view, HDC dc, uint32_t index) {
+void DrawLine(const RowView& rows, HDC dc, uint32_t row) {
+    const auto& view = static_cast<const ArticleView&>(rows);
+    const uint32_t index = view.scroll.top + row;
+    if (!view.font || index >= view.layout.lineCount) return;
     const DisplayLine& line = view.layout.lines[index];
     const RECT area = {0, 0, view.rowArea.right - view.rowArea.left, view.rowHeight};
     if (index < view.layout.headerLines) {
@@ -85,133 +76,19 @@ void DrawLine(const ArticleView& view, HDC dc, uint32_t index) {
     SetTextColor(dc, colour);
 }
 
-void PaintLines(const ArticleView& view, HDC dc, const RECT& update) {
-    const int width = view.rowArea.right - view.rowArea.left;
-    RowCanvas canvas(dc, width, view.rowHeight, view.font);
-    if (!canvas.IsReady()) return;
-    RECT area = RowRectangle(view, 0);
-    for (uint32_t row = 0; area.top < view.rowArea.bottom; area = RowRectangle(view, ++row)) {
-        if (area.bottom > view.rowArea.bottom) area.bottom = view.rowArea.bottom;  // the last may be cut off
-        if (area.bottom <= update.top || area.top >= update.bottom) continue;
-        canvas.Clear();
-        const uint32_t index = view.scroll.top + row;
-        if (view.font && index < view.layout.lineCount) DrawLine(view, canvas.Dc(), index);
-        canvas.CopyTo(area);
-    }
-}
-
-LRESULT OnPaint(ArticleView& view) {
-    PAINTSTRUCT paint;
-    const HDC dc = BeginPaint(view.window, &paint);
-    (void)EnsureLayout(view);
-    PaintLines(view, dc, paint.rcPaint);
-    PaintAround(view, dc, view.scroll.page + 1);
-    view.scrollPending = false;
-    EndPaint(view.window, &paint);
-    return 0;
-}
-
 // Moving.
 
-void ShowPage(const ArticleView& view) {
-    ShowScrollPosition(view, view.scroll.top);
-    InvalidateRows(view);
-}
-
-void Follow(const ArticleView& view, ScrollResult result) {
-    if (result == ScrollResult::kMoved) ShowPage(view);
-    if (result == ScrollResult::kAtEnd) NotifyParent(view, kArticleNext);
-}
-
-// Moves what is on the screen and draws only the line that is new, and what was cut off at the bottom.
-void ScrollLines(ArticleView& view, int direction) {
-    ShowScrollPosition(view, view.scroll.top);
-    ScrollRowPixels(view, view.rowArea, direction);
-    RECT fresh = RowRectangle(view, direction > 0 ? view.scroll.page - 1 : 0);
-    if (direction > 0) fresh.bottom = view.rowArea.bottom;
-    InvalidateRect(view.window, &fresh, FALSE);
-}
-
-void OneLine(ArticleView& view, int direction) {
-    if (view.scrollPending) return;
-    const ScrollResult result =
-        direction > 0 ? TextLineDown(view.scroll, view.autoNext) : TextLineUp(view.scroll);
-    if (result == ScrollResult::kMoved) ScrollLines(view, direction);
-    if (result == ScrollResult::kAtEnd) NotifyParent(view, kArticleNext);
-}
-
-void OnePage(ArticleView& view, int direction) {
-    Follow(view, direction > 0 ? TextPageDown(view.scroll, view.autoNext) : TextPageUp(view.scroll));
-}
-
-void OneStep(ArticleView& view, int direction) {
+void OnStep(RowView& view, int direction) {
     if (view.lineScroll) {
-        OneLine(view, direction);
+        MoveByLine(view, direction);
     } else {
-        OnePage(view, direction);
+        MoveByPage(view, direction);
     }
 }
 
-// A key may come before the first paint of an article that was just opened.
-LRESULT OnKey(ArticleView& view, WPARAM key) {
-    (void)EnsureLayout(view);
-    switch (key) {
-        case VK_UP:
-            OneStep(view, -1);
-            break;
-        case VK_DOWN:
-            OneStep(view, 1);
-            break;
-        case VK_LEFT:
-        case VK_PRIOR:
-            OnePage(view, -1);
-            break;
-        case VK_RIGHT:
-        case VK_NEXT:
-        case VK_SPACE:
-            OnePage(view, 1);
-            break;
-        case VK_TAB:
-        case VK_RETURN:
-            NotifyParent(view, kArticleNext);
-            break;
-        case VK_ESCAPE:
-            NotifyParent(view, kArticleBack);
-            break;
-    }
-    return 0;
-}
-
-LRESULT OnScroll(ArticleView& view, WORD code, WORD position) {
-    (void)EnsureLayout(view);
-    switch (code) {
-        case SB_LINEUP:
-            OneLine(view, -1);
-            break;
-        case SB_LINEDOWN:
-            OneLine(view, 1);
-            break;
-        case SB_PAGEUP:
-            OnePage(view, -1);
-            break;
-        case SB_PAGEDOWN:
-            OnePage(view, 1);
-            break;
-        case SB_THUMBPOSITION:
-        case SB_THUMBTRACK:
-            Follow(view, TextThumbTo(view.scroll, ThumbPosition(view, position)));
-            ShowScrollPosition(view, view.scroll.top);  // also where the thumb was dragged too far
-            break;
-    }
-    return 0;
-}
-
-// The window itself.
-
-LRESULT OnCreate(ArticleView& view) {
-    if (!CreateScrollBar(view, L"VSARTS", IDW_ARTICLE_SCROLL)) return -1;
-    PlaceRowArea(view, 0);
-    return 0;
+void OnKey(RowView& view, WPARAM key) {
+    if (key == VK_SPACE) MoveByPage(view, 1);
+    if (key == VK_TAB || key == VK_RETURN) NotifyParent(view, kArticleNext);
 }
 
 const wchar_t* ReadingPlace(const ArticleView& view) {
@@ -220,50 +97,33 @@ const wchar_t* ReadingPlace(const ArticleView& view) {
 }
 
 void ReturnTo(ArticleView& view, const wchar_t* place) {
-    (void)TextThumbTo(view.scroll, LineOfPlace(view.layout, place));
-    ShowScrollPosition(view, view.scroll.top);
+    (void)ThumbTo(view.scroll, LineOfPlace(view.layout, place));
+    ShowScrollBar(view);
     view.place = place;
     view.placeTop = view.scroll.top;
 }
 
-// The lines break elsewhere in a window of another width: what was read stays at the top.
-LRESULT OnSize(ArticleView& view) {
-    const RECT before = view.rowArea;
-    PlaceRowArea(view, 0);
-    if (view.client.bottom == 0 || EqualRect(&before, &view.rowArea)) return 0;
+// In another width the lines break elsewhere; what was read stays at the top.
+void OnSize(RowView& rows) {
+    ArticleView& view = ArticleOf(rows);
     const wchar_t* place = ReadingPlace(view);
     InvalidateLayout(view);
     if (EnsureLayout(view)) ReturnTo(view, place);
-    return 0;
 }
 
-LRESULT Dispatch(ArticleView& view, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_CREATE:
-            return OnCreate(view);
-        case WM_SIZE:
-            return OnSize(view);
-        case WM_ERASEBKGND:
-            return 1;  // every pixel is painted
-        case WM_PAINT:
-            return OnPaint(view);
-        case WM_KEYDOWN:
-            return OnKey(view, wParam);
-        case WM_VSCROLL:
-            return OnScroll(view, LOWORD(wParam), HIWORD(wParam));
-        case WM_LBUTTONDOWN:
-            SetFocus(view.window);
-            return 0;
-        default:
-            return DefWindowProcW(view.window, message, wParam, lParam);
-    }
-}
-
-LRESULT CALLBACK ArticleViewProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    ArticleView* view = ViewOf<ArticleView>(window, message, lParam);
-    if (!view) return DefWindowProcW(window, message, wParam, lParam);
-    return Dispatch(*view, message, wParam, lParam);
-}
+constexpr RowViewKind kArticleKind = {
+    L"PELNORArticleViewWnd",
+    L"VSARTS",
+    IDW_ARTICLE_SCROLL,
+    0,     // no header
+    1,     // least row height
+    true,  // draws the cut row
+    LayOutText,
+    DrawLine,
+    OnSize,
+    OnStep,
+    OnKey,
+};
 
 }  // namespace
 
@@ -272,23 +132,17 @@ TextMeasure MeasureOn(HDC dc) {
 }
 
 bool RegisterArticleViewClass(HINSTANCE instance) {
-    return RegisterRowViewClass(kClassName, ArticleViewProcedure, instance);
+    return RegisterRowView(kArticleKind, instance);
 }
 
 bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id, const RECT& rectangle) {
-    view.instance = instance;
-    view.parent = parent;
-    view.id = id;
-    return CreateRowView(view, kClassName, rectangle, &view);
-}
-
-void ShowArticleView(const ArticleView& view, int showCommand) {
-    ShowRowView(view, showCommand);
+    view.scroll.kind = ScrollKind::kText;
+    return CreateRowView(view, kArticleKind, instance, parent, id, rectangle);
 }
 
 void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance) {
     view.lineScroll = appearance.lineScroll;
-    view.autoNext = appearance.autoNext;
+    view.scroll.kind = appearance.autoNext ? ScrollKind::kTextGoingOn : ScrollKind::kText;
     view.headerColor = appearance.headerColor;
     view.quoteColor = appearance.quoteColor;
     if (view.font == appearance.font) return;

@@ -1,6 +1,5 @@
-// The third pane: one article as wrapped lines, drawn by hand. User-interface thread only. It tells its
-// parent by WM_COMMAND what the reader wants: the control id in the low word, an ArticleNotice in the high
-// word, the view's window as lParam.
+// The third pane: one article as wrapped lines, drawn by hand. It reports ArticleNotices to its parent.
+// User-interface thread only.
 #pragma once
 
 #include "platform/platform.h"
@@ -10,21 +9,18 @@
 #include "views/scrolling.h"
 
 enum ArticleNotice : WORD {
-    kArticleBack = 1,  // Escape
-    kArticleNext = 2,  // Tab, Enter, or going on past the end
+    kArticleBack = kRowBack,
+    kArticleNext = kRowAtEnd,  // also Tab and Enter
 };
 
 struct ArticleView : RowView {
-    ScrollState scroll;  // top line, rows per page, total lines
-    WideText text;       // header, empty line, body; lines end in CR LF. Null: no article
+    WideText text;  // header, empty line, body; lines end in CR LF. Null: no article
     ArticleLayout layout;
-    bool lineScroll = false;      // the `KeyMode` setting
-    bool autoNext = false;        // the `AutoNextArticle` setting
     bool showAllHeaders = false;  // the `ShowArticleHeader` option
     COLORREF headerColor = 0;
     COLORREF quoteColor = 0;
-    // While the window's size changes: what the top line started with before the first change. Taken from the
-    // line anew each time, it would creep to the start. Counts while the top is still `placeTop`.
+    // What the top line started with before the window's size began to change. Taken from the line anew at
+    // each change, the place would creep to the start. It holds while the top line is `placeTop`.
     const wchar_t* place = nullptr;  // in the text
     uint32_t placeTop = 0;
 
@@ -33,16 +29,16 @@ struct ArticleView : RowView {
     ArticleView& operator=(const ArticleView&) = delete;
 };
 
-// What the settings say of the view.
+// What the settings say about the view.
 struct ArticleAppearance {
     HFONT font = nullptr;
     COLORREF headerColor = 0;
     COLORREF quoteColor = 0;
-    bool lineScroll = false;
-    bool autoNext = false;
+    bool lineScroll = false;  // the `KeyMode` setting
+    bool autoNext = false;    // the `AutoNextArticle` setting
 };
 
-// Measures in the font that is selected in `dc`, which must outlive the measuring.
+// Measures in the font that is selected into `dc`, which must outlive the measuring.
 TextMeasure MeasureOn(HDC dc);
 
 [[nodiscard]] bool RegisterArticleViewClass(HINSTANCE instance);
@@ -51,11 +47,14 @@ TextMeasure MeasureOn(HDC dc);
 [[nodiscard]] bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id,
                                      const RECT& rectangle);
 
-void ShowArticleView(const ArticleView& view, int showCommand);
+inline void ShowArticleView(const ArticleView& view, int showCommand) {
+    ShowRowView(view, showCommand);
+}
+
 void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance);
 
-// Shows another article from its first line: a copy of the text (error 8, and the old one
-// stays), or the buffer itself.
+// Show another article from its first line: a copy of the text (on error 8 the old one stays), or the buffer
+// itself.
 [[nodiscard]] bool SetArticleText(ArticleView& view, const wchar_t* text);
 void TakeArticleText(ArticleView& view, WideText text);
 

@@ -3,31 +3,15 @@
 #include <iterator>
 
 #include "resources/resource.h"
-#include "settings/registry.h"
-#include "settings/settings.h"
+#include "settings/view_options.h"
 #include "store/index.h"
 #include "subscribe/group_file.h"
 #include "text/messages.h"
+#include "views/columns.h"
 
 namespace {
 
-constexpr wchar_t kKeyPath[] = L"Software\\marrowby\\Pelnor\\GroupView";
 constexpr wchar_t kCaption[] = L"GROUP";
-
-struct Column {
-    UINT stringId;
-    const wchar_t* valueName;
-    int index;
-    int defaultWidth;
-};
-
-// Inserted in this order: the status column, which comes last, pushes those that were appended before it to
-// the right. On the screen the order is newsgroup, unread, articles, status, current, maximum.
-constexpr Column kColumns[] = {
-    {IDS_COLUMN_GROUP, L"NewsgroupWidth", 0, 100}, {IDS_COLUMN_UNREAD, L"ureadWidth", 1, 40},
-    {IDS_COLUMN_ARTICLES, L"artsWidth", 2, 40},    {IDS_COLUMN_CURRENT, L"curWidth", 4, 60},
-    {IDS_COLUMN_MAXIMUM, L"maxWidth", 5, 60},      {IDS_COLUMN_STATUS, L"StatusWidth", 3, 150},
-};
 
 enum ScreenColumn {
     kGroupColumn,
@@ -38,29 +22,31 @@ enum ScreenColumn {
     kMaximumColumn
 };
 
-void InsertColumn(HWND list, const Column& column, int width) {
-    wchar_t heading[kTextCapacity];
-    const wchar_t* text = LoadResString(column.stringId);
-    CopyCut(heading, kTextCapacity, text ? text : L"");
-    LVCOLUMNW description = {};
-    description.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
-    description.fmt = LVCFMT_LEFT;
-    description.cx = width;
-    description.pszText = heading;
-    SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column.index),
-                 reinterpret_cast<LPARAM>(&description));
+// Inserted in this order: the status column, which comes last, pushes those that were appended before it to
+// the right.
+constexpr Column kColumns[] = {
+    {IDS_COLUMN_GROUP, L"NewsgroupWidth", kGroupColumn, 100},
+    {IDS_COLUMN_UNREAD, L"ureadWidth", kUnreadColumn, 40},
+    {IDS_COLUMN_ARTICLES, L"artsWidth", kArticlesColumn, 40},
+    {IDS_COLUMN_CURRENT, L"curWidth", kCurrentColumn, 60},
+    {IDS_COLUMN_MAXIMUM, L"maxWidth", kMaximumColumn, 60},
+    {IDS_COLUMN_STATUS, L"StatusWidth", kStatusColumn, 150},
+};
+
+void InsertColumn(HWND list, int index, wchar_t* heading, int width) {
+    LVCOLUMNW column = {};
+    column.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
+    column.fmt = LVCFMT_LEFT;
+    column.cx = width;
+    column.pszText = heading;
+    SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&column));
 }
 
-bool InsertColumns(HWND list) {
-    RegistryKeyOwner key;
-    if (!OpenKey(HKEY_CURRENT_USER, kKeyPath, key)) return false;
-    for (const Column& column : kColumns) {
-        uint32_t width = 0;
-        const bool stored = ReadDword(key, column.valueName, width);
-        InsertColumn(list, column, stored ? static_cast<int>(width) : column.defaultWidth);
-    }
-    return true;
+int ColumnWidth(HWND list, int index) {
+    return static_cast<int>(SendMessageW(list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(index), 0));
 }
+
+constexpr ColumnTable kColumnTable = {kColumns, std::size(kColumns), InsertColumn, ColumnWidth};
 
 void SetCell(HWND list, uint32_t row, int column, const wchar_t* text) {
     LVITEMW item = {};
@@ -85,14 +71,14 @@ bool InsertRow(HWND list, uint32_t row, const wchar_t* name) {
 
 void FillRow(HWND list, uint32_t row, const GroupStore& store) {
     SetCell(list, row, kStatusColumn, StatusText(store));
-    if (store.lastFetched == kNoneFetched) {
+    if (store.header.lastFetched == kNoneFetched) {
         SetCell(list, row, kCurrentColumn, L"Catchup");
     } else {
-        SetNumber(list, row, kCurrentColumn, store.lastFetched);
+        SetNumber(list, row, kCurrentColumn, store.header.lastFetched);
     }
-    SetNumber(list, row, kMaximumColumn, store.serverLast);
-    SetNumber(list, row, kArticlesColumn, store.recordCount);
-    SetNumber(list, row, kUnreadColumn, store.unreadCount);
+    SetNumber(list, row, kMaximumColumn, store.header.serverLast);
+    SetNumber(list, row, kArticlesColumn, store.header.recordCount);
+    SetNumber(list, row, kUnreadColumn, store.header.unreadCount);
 }
 
 bool AddGroup(HWND list, uint32_t row, const wchar_t* folder, const wchar_t* name) {
@@ -133,7 +119,10 @@ bool CreateGroupView(GroupView& view, HWND parent, const wchar_t* caption, const
     view.list = CreateWindowExW(0, L"SysListView32", caption, kStyle, rectangle.left, rectangle.top,
                                 rectangle.right - rectangle.left, rectangle.bottom - rectangle.top, parent,
                                 ChildId(id), instance, nullptr);
-    return view.list && InsertColumns(view.list);
+    RegistryKeyOwner key;
+    if (!view.list || !OpenViewSubkey(kGroupViewSubkey, key)) return false;
+    InsertColumns(view.list, kColumnTable, key);
+    return true;
 }
 
 void ShowGroupView(const GroupView& view, int showCommand) {
@@ -184,11 +173,5 @@ void SetGroupUnread(const GroupView& view, uint32_t row, uint32_t count) {
 
 bool SaveGroupViewWidths(const GroupView& view) {
     RegistryKeyOwner key;
-    if (!OpenKey(HKEY_CURRENT_USER, kKeyPath, key)) return false;
-    for (const Column& column : kColumns) {
-        const LRESULT width =
-            SendMessageW(view.list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column.index), 0);
-        if (!WriteDword(key, column.valueName, static_cast<uint32_t>(width))) return false;
-    }
-    return true;
+    return OpenViewSubkey(kGroupViewSubkey, key) && StoreColumnWidths(view.list, kColumnTable, key);
 }

@@ -1,91 +1,80 @@
-// What the two hand-drawn views share: a child window with a scroll bar at its right edge and rows of equal
-// height, each drawn off the screen, so that nothing flickers.
+// The child window that the subject and the article view share: rows of equal height, a scroll bar at the
+// right edge and, for a view that wants one, a header above the rows. Keys and scroll bar move by line and by
+// page. Each row is drawn off the screen, so nothing flickers. User-interface thread only.
 #pragma once
 
-#include <cstdint>
-
 #include "platform/owners.h"
+#include "views/scrolling.h"
+
+// What the window reports to its parent: the high word of a WM_COMMAND whose low word is the control id and
+// whose lParam is the window. A view may add its own.
+enum RowNotice : WORD {
+    kRowBack = 1,   // Escape
+    kRowAtEnd = 2,  // going on past the end
+};
+
+struct RowView;
+
+// What a view adds to the window. `direction` is below 0 for up. The last two functions may be null.
+struct RowViewKind {
+    const wchar_t* className;
+    const wchar_t* scrollBarText;
+    int scrollBarId;
+    int headerId;        // 0: no header
+    int leastRowHeight;  // with a font
+    bool drawsCutRow;    // also the row that the bottom edge cuts
+
+    // Counts the rows once their height and number a page are known. False with the last error: none.
+    bool (*layOut)(RowView& view, HDC dc);
+    void (*drawRow)(const RowView& view, HDC dc, uint32_t row);    // at (0, 0); `row` counts from the top row
+    void (*onSize)(RowView& view);                                 // the row area has changed
+    void (*onStep)(RowView& view, int direction);                  // Up and Down
+    void (*onKey)(RowView& view, WPARAM key);                      // a key that the window does not know
+    void (*onTopChanged)(RowView& view, int direction) = nullptr;  // 0: by any number of rows
+    bool (*onMessage)(RowView& view, UINT message, LPARAM lParam) = nullptr;  // true: handled
+};
 
 struct RowView {
-    HWND window = nullptr;  // owned by its parent, as is the scroll bar
-    HWND scrollBar = nullptr;
-    HWND parent = nullptr;  // told by WM_COMMAND what the user wants
+    const RowViewKind* kind = nullptr;
+    HWND parent = nullptr;
+    HWND window = nullptr;     // owned by its parent
+    HWND scrollBar = nullptr;  // owned by the window, as is the header
+    HWND header = nullptr;
     int id = 0;
     HINSTANCE instance = nullptr;
     RECT client = {};
-    RECT rowArea = {};  // where the rows are drawn
+    RECT rowArea = {};
     int rowHeight = 0;
+    ScrollState scroll;
     HFONT font = nullptr;        // the settings' font; not owned, may be null
+    bool lineScroll = false;     // the `KeyMode` setting: Up and Down move by line
     bool layoutValid = false;    // the rows are measured and counted
     bool scrollPending = false;  // rows were moved on the screen and not painted since
 };
 
-// Registers a window class whose windows keep one pointer and paint themselves whole.
-[[nodiscard]] bool RegisterRowViewClass(const wchar_t* name, WNDPROC procedure, HINSTANCE instance);
+[[nodiscard]] bool RegisterRowView(const RowViewKind& kind, HINSTANCE instance);
 
-// Makes the hidden child window; `state` reaches its procedure with WM_CREATE.
-[[nodiscard]] bool CreateRowView(RowView& view, const wchar_t* className, const RECT& rectangle, void* state);
-
-// Makes the scroll bar, in WM_CREATE.
-[[nodiscard]] bool CreateScrollBar(RowView& view, const wchar_t* text, int scrollBarId);
-
-// The view behind a window; null before WM_CREATE, which brings it.
-template <class View>
-View* ViewOf(HWND window, UINT message, LPARAM lParam) {
-    if (message != WM_CREATE) return static_cast<View*>(GetWindowPointer(window, 0));
-    auto view = static_cast<View*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
-    SetWindowPointer(window, 0, view);
-    view->window = window;
-    return view;
-}
+// Makes the hidden child window.
+[[nodiscard]] bool CreateRowView(RowView& view, const RowViewKind& kind, HINSTANCE instance, HWND parent,
+                                 int id, const RECT& rectangle);
 
 void ShowRowView(const RowView& view, int showCommand);
 void NotifyParent(const RowView& view, WORD notice);
 
-// Fits the row area, below `headerHeight` pixels, and the scroll bar to the window.
-void PlaceRowArea(RowView& view, int headerHeight);
-
-// Height of a line in the view's font, and at least `least`, which is all there is without a font.
-void MeasureRowHeight(RowView& view, int least);
+// Measures and counts the rows where that is due, and shows them from the first. False with the last error;
+// there are no rows then.
+[[nodiscard]] bool EnsureLayout(RowView& view);
 
 uint32_t RowsPerPage(const RowView& view);  // at least 1
-RECT RowRectangle(const RowView& view, uint32_t row);
 
 void InvalidateRows(const RowView& view);
 void InvalidateRow(const RowView& view, uint32_t row);
 
-// Moves what is drawn in `area` by one row, up for a direction above 0, down below.
-void ScrollRowPixels(RowView& view, const RECT& area, int direction);
+// Up for a direction below 0. A line is ignored while the one before waits to be painted.
+void MoveByLine(RowView& view, int direction);
+void MoveByPage(RowView& view, int direction);
 
-void SetScrollBar(const RowView& view, int maximum, uint32_t position);
-void ShowScrollPosition(const RowView& view, uint32_t position);
-
-// Where the thumb is, from a WM_VSCROLL message whose 16 bits may not hold it all.
-uint32_t ThumbPosition(const RowView& view, WORD position);
-
-// The strip below the last of `rows` rows, if any, and the line around the view.
-void PaintAround(const RowView& view, HDC dc, uint32_t rows);
-
-// A memory bitmap of one row. Its drawing starts at (0, 0).
-class RowCanvas {
-  public:
-    // `font` may be null: the system's then. Without memory IsReady is false and nothing is drawn.
-    RowCanvas(HDC window, int width, int height, HFONT font);
-    ~RowCanvas();
-    RowCanvas(const RowCanvas&) = delete;
-    RowCanvas& operator=(const RowCanvas&) = delete;
-
-    bool IsReady() const { return dc_ && bitmap_; }
-    HDC Dc() const { return dc_.Get(); }
-    void Clear();                         // to the window's background
-    void CopyTo(const RECT& area) const;  // onto the window; what does not fit is left out
-
-  private:
-    HDC window_;
-    int width_;
-    int height_;
-    DcOwner dc_;
-    BitmapOwner bitmap_;
-    HGDIOBJ oldBitmap_ = nullptr;
-    HGDIOBJ oldFont_ = nullptr;
-};
+// Show what the view did to its scroll state.
+void Follow(RowView& view, ScrollResult result);
+void ShowPage(RowView& view);             // after any change of the top row
+void ShowScrollBar(const RowView& view);  // range and position

@@ -7,10 +7,18 @@ uint32_t LastTop(const ScrollState& state) {
     return state.total > state.page ? state.total - state.page : 0;
 }
 
-// A second page, less the two rows that stay in sight, lies behind the first.
+// A second page, less the two rows that stay in sight, follows the first.
 bool HasWholeStep(const ScrollState& state) {
     const uint64_t end = static_cast<uint64_t>(state.top) + state.page + PageStep(state);
     return end <= state.total;
+}
+
+bool HasLineBelow(const ScrollState& state) {
+    return static_cast<uint64_t>(state.top) + state.page + 1 <= state.total;
+}
+
+bool GoesOn(const ScrollState& state) {
+    return state.kind == ScrollKind::kTextGoingOn && EndIsVisible(state);
 }
 
 ScrollResult MoveTop(ScrollState& state, uint32_t top) {
@@ -24,14 +32,12 @@ ScrollResult StepBack(ScrollState& state, uint32_t step) {
 }
 
 // The cursor stays on its row of the list where the page still shows that row. A page of one row never does.
-void KeepCursorOn(ListScroll& list, uint32_t row) {
-    const ScrollState& rows = list.rows;
-    const uint32_t below = row > rows.top ? row - rows.top : 0;
-    list.cursor = below < rows.page ? below : rows.page - 1;
-}
-
-bool HasLineBelow(const ScrollState& state) {
-    return static_cast<uint64_t>(state.top) + state.page + 1 <= state.total;
+ScrollResult PageWithCursor(ScrollState& list, ScrollResult (*page)(ScrollState&)) {
+    const uint32_t row = CursorRow(list);
+    const ScrollResult result = page(list);
+    const uint32_t below = row > list.top ? row - list.top : 0;
+    list.cursor = below < list.page ? below : list.page - 1;
+    return result;
 }
 
 }  // namespace
@@ -40,111 +46,70 @@ uint32_t PageStep(const ScrollState& state) {
     return state.page > 3 ? state.page - 2 : 1;
 }
 
-ScrollResult PageDown(ListScroll& list) {
-    ScrollState& rows = list.rows;
-    if (HasWholeStep(rows)) return MoveTop(rows, rows.top + PageStep(rows));
-    const ScrollResult result = MoveTop(rows, LastTop(rows));
-    return result == ScrollResult::kNothing ? ScrollResult::kAtEnd : result;
+ScrollResult PageDown(ScrollState& state) {
+    if (GoesOn(state)) return ScrollResult::kAtEnd;
+    if (HasWholeStep(state)) return MoveTop(state, state.top + PageStep(state));
+    const ScrollResult result = MoveTop(state, LastTop(state));
+    const bool reports = state.kind == ScrollKind::kList && result == ScrollResult::kNothing;
+    return reports ? ScrollResult::kAtEnd : result;
 }
 
-ScrollResult PageUp(ListScroll& list) {
-    return StepBack(list.rows, PageStep(list.rows));
+ScrollResult PageUp(ScrollState& state) {
+    return StepBack(state, PageStep(state));
 }
 
-ScrollResult LineDown(ListScroll& list) {
-    return HasLineBelow(list.rows) ? MoveTop(list.rows, list.rows.top + 1) : ScrollResult::kNothing;
+ScrollResult LineDown(ScrollState& state) {
+    if (GoesOn(state)) return ScrollResult::kAtEnd;
+    return HasLineBelow(state) ? MoveTop(state, state.top + 1) : ScrollResult::kNothing;
 }
 
-ScrollResult LineUp(ListScroll& list) {
-    return StepBack(list.rows, 1);
+ScrollResult LineUp(ScrollState& state) {
+    return StepBack(state, 1);
 }
 
-ScrollResult CursorDown(ListScroll& list, bool lineScroll) {
-    const bool lastOfPage = list.cursor + 1 >= list.rows.page;
-    const bool lastOfList = CursorRow(list) + 1 >= list.rows.total;
-    if (!lastOfPage && !lastOfList) {
-        ++list.cursor;
-        return ScrollResult::kNothing;
-    }
-    if (lineScroll) return LineDown(list);
-    const uint32_t row = CursorRow(list);
-    const ScrollResult result = PageDown(list);
-    if (result == ScrollResult::kMoved) KeepCursorOn(list, row);
-    return result;
+ScrollResult ThumbTo(ScrollState& state, uint32_t position) {
+    const uint32_t last = LastTop(state);
+    return MoveTop(state, position < last ? position : last);
 }
 
-ScrollResult CursorUp(ListScroll& list, bool lineScroll) {
-    if (list.cursor > 0) {
-        --list.cursor;
-        return ScrollResult::kNothing;
-    }
-    if (lineScroll) return LineUp(list);
-    const uint32_t row = CursorRow(list);
-    const ScrollResult result = PageUp(list);
-    if (result == ScrollResult::kMoved) KeepCursorOn(list, row);
-    return result;
-}
-
-ScrollResult ThumbTo(ListScroll& list, uint32_t position) {
-    const uint32_t last = LastTop(list.rows);
-    return MoveTop(list.rows, position < last ? position : last);
-}
-
-void ResizePage(ListScroll& list, uint32_t page) {
-    ScrollState& rows = list.rows;
-    const uint32_t row = CursorRow(list);
-    rows.page = page;
-    if (rows.top > LastTop(rows)) rows.top = LastTop(rows);
-    if (row >= rows.top + page) rows.top = row - page + 1;
-    list.cursor = row - rows.top;
-}
-
-bool MoveTo(ListScroll& list, uint32_t row) {
-    ScrollState& rows = list.rows;
-    if (row >= rows.total) return false;
-    while (row >= rows.top + rows.page && PageDown(list) == ScrollResult::kMoved) {
-    }
-    while (row < rows.top && PageUp(list) == ScrollResult::kMoved) {
-    }
-    list.cursor = row - rows.top;
-    return true;
-}
-
-int ListScrollMaximum(const ScrollState& rows) {
-    return static_cast<int>(rows.total == rows.page ? rows.page : rows.total - rows.page);
+int ScrollMaximum(const ScrollState& state) {
+    const uint32_t pages = state.kind == ScrollKind::kList ? 1 : 2;
+    const uint32_t beyond = state.total - pages * state.page;
+    return static_cast<int>(beyond == 0 ? state.page : beyond);
 }
 
 bool EndIsVisible(const ScrollState& text) {
     return static_cast<uint64_t>(text.total) <= static_cast<uint64_t>(text.top) + text.page + text.page;
 }
 
-ScrollResult TextPageDown(ScrollState& text, bool autoNext) {
-    if (autoNext && EndIsVisible(text)) return ScrollResult::kAtEnd;
-    if (HasWholeStep(text)) return MoveTop(text, text.top + PageStep(text));
-    const ScrollResult result = MoveTop(text, LastTop(text));
-    return result == ScrollResult::kNothing && autoNext ? ScrollResult::kAtEnd : result;
+ScrollResult CursorDown(ScrollState& list, bool lineScroll) {
+    const bool lastOfPage = list.cursor + 1 >= list.page;
+    const bool lastOfList = CursorRow(list) + 1 >= list.total;
+    if (lastOfPage || lastOfList) return lineScroll ? LineDown(list) : PageWithCursor(list, PageDown);
+    ++list.cursor;
+    return ScrollResult::kNothing;
 }
 
-ScrollResult TextPageUp(ScrollState& text) {
-    return StepBack(text, PageStep(text));
+ScrollResult CursorUp(ScrollState& list, bool lineScroll) {
+    if (list.cursor == 0) return lineScroll ? LineUp(list) : PageWithCursor(list, PageUp);
+    --list.cursor;
+    return ScrollResult::kNothing;
 }
 
-ScrollResult TextLineDown(ScrollState& text, bool autoNext) {
-    if (autoNext && EndIsVisible(text)) return ScrollResult::kAtEnd;
-    if (HasLineBelow(text)) return MoveTop(text, text.top + 1);
-    return autoNext ? ScrollResult::kAtEnd : ScrollResult::kNothing;
+void ResizePage(ScrollState& list, uint32_t page) {
+    const uint32_t row = CursorRow(list);
+    list.page = page;
+    if (list.top > LastTop(list)) list.top = LastTop(list);
+    if (row >= list.top + page) list.top = row - page + 1;
+    list.cursor = row - list.top;
 }
 
-ScrollResult TextLineUp(ScrollState& text) {
-    return StepBack(text, 1);
-}
-
-ScrollResult TextThumbTo(ScrollState& text, uint32_t position) {
-    const uint32_t last = LastTop(text);
-    return MoveTop(text, position < last ? position : last);
-}
-
-int TextScrollMaximum(const ScrollState& text) {
-    const uint32_t beyond = text.total - 2 * text.page;
-    return static_cast<int>(beyond == 0 ? text.page : beyond);
+bool MoveTo(ScrollState& list, uint32_t row) {
+    if (row >= list.total) return false;
+    while (row >= list.top + list.page && PageDown(list) == ScrollResult::kMoved) {
+    }
+    while (row < list.top && PageUp(list) == ScrollResult::kMoved) {
+    }
+    list.cursor = row - list.top;
+    return true;
 }

@@ -1,69 +1,58 @@
-// The arithmetic of paging and scrolling, on plain numbers: P rows or lines a page, T the top one, N all of
-// them. Knows no platform. The list (subject view) and the text (article view) have rules of their own.
+// The arithmetic of paging and scrolling, on plain numbers. Knows no platform.
 #pragma once
 
 #include <cstdint>
 
+enum class ScrollKind {
+    kList,         // rows with a cursor; going a page further from the last one is reported
+    kText,         // lines, and a page of blank ones behind them
+    kTextGoingOn,  // the same; going further is reported as soon as the last line is in sight
+};
+
 struct ScrollState {
-    uint32_t page = 1;   // P, at least 1
-    uint32_t top = 0;    // T
-    uint32_t total = 0;  // N
+    uint32_t page = 1;    // P: rows or lines a page, at least 1
+    uint32_t top = 0;     // T: the first one in sight
+    uint32_t total = 0;   // N: all of them, a text's blank page included
+    uint32_t cursor = 0;  // a list's: counted from the top row
+    ScrollKind kind = ScrollKind::kList;
 };
 
 enum class ScrollResult {
-    kNothing,  // stays where it is
+    kNothing,  // the top stays
     kMoved,    // the top has changed
-    kAtEnd,    // asked to go past the end: the view tells its parent
+    kAtEnd,    // the top stays, and the view reports that the user wants to go further
 };
 
 // Two rows or lines of the old page stay in sight; a page too small for that moves by one.
 uint32_t PageStep(const ScrollState& state);
 
-// The subject view's rows.
-
-struct ListScroll {
-    ScrollState rows;
-    uint32_t cursor = 0;  // row of the cursor, counted from the top row
-};
-
-ScrollResult PageDown(ListScroll& list);
-ScrollResult PageUp(ListScroll& list);
-ScrollResult LineDown(ListScroll& list);
-ScrollResult LineUp(ListScroll& list);
-
-// Moves the cursor one row; at the page's edge the list scrolls, by a line with `lineScroll`, else by a page
-// with the cursor on the same row of the list. kNothing also when only the cursor moved.
-ScrollResult CursorDown(ListScroll& list, bool lineScroll);
-ScrollResult CursorUp(ListScroll& list, bool lineScroll);
+ScrollResult PageDown(ScrollState& state);
+ScrollResult PageUp(ScrollState& state);
+ScrollResult LineDown(ScrollState& state);
+ScrollResult LineUp(ScrollState& state);
 
 // The scroll bar's thumb. The top stays one that fills the page.
-ScrollResult ThumbTo(ListScroll& list, uint32_t position);
+ScrollResult ThumbTo(ScrollState& state, uint32_t position);
 
-// Gives the list pages of `page` rows. The cursor stays on its row, and that in the page; the page stays
-// full.
-void ResizePage(ListScroll& list, uint32_t page);
+// The scroll bar's maximum: what follows the first page, a text's blank page left out, or the page itself
+// when that is nothing. Less than a page gives a negative value, which the bar takes as no range.
+int ScrollMaximum(const ScrollState& state);
 
-// Puts the cursor on a row of the list, and the row into the page. False when there is no such row.
-bool MoveTo(ListScroll& list, uint32_t row);
-
-inline uint32_t CursorRow(const ListScroll& list) {
-    return list.rows.top + list.cursor;
-}
-
-// The scroll bar's maximum: what lies beyond one page, but the page itself when that is nothing. A list
-// shorter than a page gives a negative value, which the bar takes as no range.
-int ListScrollMaximum(const ScrollState& rows);
-
-// The article view's lines. N counts a page of blank lines behind the text.
-
-// Whether the last line of the text is in sight.
+// Whether the last line of a text is in sight.
 bool EndIsVisible(const ScrollState& text);
 
-// With `autoNext`, going on where the end is visible answers kAtEnd.
-ScrollResult TextPageDown(ScrollState& text, bool autoNext);
-ScrollResult TextPageUp(ScrollState& text);
-ScrollResult TextLineDown(ScrollState& text, bool autoNext);
-ScrollResult TextLineUp(ScrollState& text);
-ScrollResult TextThumbTo(ScrollState& text, uint32_t position);
+// Move a list's cursor one row. At the page's edge the list scrolls instead: by a line with `lineScroll`,
+// else by a page, with the cursor on the same row of the list. kNothing also when only the cursor moved.
+ScrollResult CursorDown(ScrollState& list, bool lineScroll);
+ScrollResult CursorUp(ScrollState& list, bool lineScroll);
 
-int TextScrollMaximum(const ScrollState& text);
+// Gives the list pages of `page` rows. The cursor keeps its row of the list and stays in sight; the page
+// stays full.
+void ResizePage(ScrollState& list, uint32_t page);
+
+// Puts the cursor on a row of the list, and the row into the page. False when there is no such row.
+bool MoveTo(ScrollState& list, uint32_t row);
+
+inline uint32_t CursorRow(const ScrollState& list) {
+    return list.top + list.cursor;
+}

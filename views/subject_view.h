@@ -1,6 +1,5 @@
 // The second pane: the articles of one group, a row each, drawn by hand from the page of records that the
-// group's list holds. User-interface thread only. It tells its parent by WM_COMMAND what the user wants: the
-// control id in the low word, a SubjectNotice in the high word, the view's window as lParam.
+// group's list holds. It reports SubjectNotices to its parent. User-interface thread only.
 #pragma once
 
 #include "platform/owners.h"
@@ -10,16 +9,13 @@
 #include "views/scrolling.h"
 
 enum SubjectNotice : WORD {
-    kSubjectBack = 1,   // Escape
-    kSubjectAtEnd = 2,  // page down on the last page
-    kSubjectOpen = 3,   // Enter, Space or a double tap on a row
+    kSubjectBack = kRowBack,
+    kSubjectAtEnd = kRowAtEnd,  // page down on the last page
+    kSubjectOpen = 3,           // Enter, Space or a double tap on a row
 };
 
 struct SubjectView : RowView {
-    HWND header = nullptr;    // owned by the window
-    bool lineScroll = false;  // the `KeyMode` setting
     ArticleList list;
-    ListScroll scroll;
     BitmapOwner readMark;
     BitmapOwner highMark;
     BitmapOwner lowMark;
@@ -33,9 +29,11 @@ struct SubjectView : RowView {
 
 // Makes the hidden window. `viewRead` and `level` are the view options.
 [[nodiscard]] bool CreateSubjectView(SubjectView& view, HINSTANCE instance, HWND parent, int id,
-                                     const RECT& rectangle, uint32_t viewRead, uint32_t level);
+                                     const RECT& rectangle, bool viewRead, uint32_t level);
 
-void ShowSubjectView(const SubjectView& view, int showCommand);
+inline void ShowSubjectView(const SubjectView& view, int showCommand) {
+    ShowRowView(view, showCommand);
+}
 
 // The font and the keys' mode; a new font lays the rows out anew.
 void SetSubjectAppearance(SubjectView& view, HFONT font, bool lineScroll);
@@ -46,10 +44,11 @@ void SetSubjectAppearance(SubjectView& view, HFONT font, bool lineScroll);
 // Writes the open group's header back. The rows stay until the next group is opened.
 bool CloseSubjectGroup(SubjectView& view);
 
-// Takes the view options over and shows the open group's rows for them, from the first.
-[[nodiscard]] bool SetSubjectOptions(SubjectView& view, uint32_t viewRead, uint32_t level);
+// Shows the open group's rows under other view options, from the first.
+[[nodiscard]] bool SetSubjectOptions(SubjectView& view, bool viewRead, uint32_t level);
 
-// Gives every record the priority that the group's keywords say now, and shows the rows anew, from the first.
+// Gives every record the priority that the group's keywords now call for, and shows the rows from the first,
+// also when that failed.
 [[nodiscard]] bool RefilterSubjects(SubjectView& view);
 
 // The cursor's record, or null when the view shows none.

@@ -1,7 +1,17 @@
-// The desktop's spelling of what platform.h promises.
+// The desktop's side of platform.h.
 #include <cstring>
 
-#include "platform/platform.h"
+#include "platform/owners.h"
+
+namespace {
+
+struct GlobalTraits {
+    using Handle = HGLOBAL;
+    static Handle None() { return nullptr; }
+    static void Free(Handle handle) { GlobalFree(handle); }
+};
+
+}  // namespace
 
 void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongPtrW(window, offset, reinterpret_cast<LONG_PTR>(pointer));
@@ -17,13 +27,15 @@ void* GetWindowPointer(HWND window, int offset) {
 }
 
 bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
-    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size);
-    void* memory = block ? GlobalLock(block) : nullptr;
-    if (memory) std::memcpy(memory, bytes, size);
-    if (memory) GlobalUnlock(block);
-    if (memory && SetClipboardData(format, block)) return true;  // the clipboard's from here on
-    const DWORD error = memory ? GetLastError() : ERROR_NOT_ENOUGH_MEMORY;
-    if (block) GlobalFree(block);
-    SetLastError(error);
-    return false;
+    Owner<GlobalTraits> block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size));
+    void* memory = block ? GlobalLock(block.Get()) : nullptr;
+    if (!memory) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return false;
+    }
+    std::memcpy(memory, bytes, size);
+    GlobalUnlock(block.Get());
+    if (!SetClipboardData(format, block.Get())) return false;
+    block.Release();  // the clipboard owns it now
+    return true;
 }

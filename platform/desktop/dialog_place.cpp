@@ -1,20 +1,18 @@
 #include "platform/desktop/dialog_place.h"
 
-#include <algorithm>
+#include "platform/desktop/window_place.h"
 
 namespace {
 
 constexpr WCHAR kPlacedProperty[] = L"PelnorDialogPlaced";
 
-// A hook gets no other context.
-HHOOK activationHook = nullptr;
-HWND placingFrame = nullptr;
+HWND placingFrame = nullptr;  // a hook gets no other context
 
 bool Shows(HWND window) {
     return window && IsWindowVisible(window) && !IsIconic(window);
 }
 
-// Where a dialog has to be in the middle of: its owner, else the frame, else the monitor.
+// What a dialog is centred on: its owner, else the frame, else the monitor.
 RECT GroundOf(HWND dialog, const RECT& monitor) {
     RECT ground = monitor;
     HWND owner = GetWindow(dialog, GW_OWNER);
@@ -37,7 +35,7 @@ void PlaceDialog(HWND dialog) {
     SetWindowPos(dialog, nullptr, place.left, place.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-// Once: after that it is the user's to move.
+// Once: from then on the user moves it.
 void OnActivate(HWND window) {
     WCHAR name[32] = L"";
     GetClassNameW(window, name, 32);
@@ -50,28 +48,13 @@ void OnActivate(HWND window) {
 LRESULT CALLBACK FollowActivation(int code, WPARAM wParam, LPARAM lParam) {
     if (code == HCBT_ACTIVATE) OnActivate(reinterpret_cast<HWND>(wParam));
     if (code == HCBT_DESTROYWND) RemovePropW(reinterpret_cast<HWND>(wParam), kPlacedProperty);
-    return CallNextHookEx(activationHook, code, wParam, lParam);
+    return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
 }  // namespace
 
-RECT MovedInto(const RECT& place, const RECT& area) {
-    const LONG width = std::min(place.right - place.left, area.right - area.left);
-    const LONG height = std::min(place.bottom - place.top, area.bottom - area.top);
-    const LONG left = std::clamp(place.left, area.left, area.right - width);
-    const LONG top = std::clamp(place.top, area.top, area.bottom - height);
-    return {left, top, left + width, top + height};
-}
-
 // Without the hook dialogs open where the system puts them.
-void PlaceDialogsOver(HWND frame) {
-    StopPlacingDialogs();
+HookOwner PlaceDialogsOver(HWND frame) {
     placingFrame = frame;
-    activationHook = SetWindowsHookExW(WH_CBT, FollowActivation, nullptr, GetCurrentThreadId());
-}
-
-void StopPlacingDialogs() {
-    if (activationHook) UnhookWindowsHookEx(activationHook);
-    activationHook = nullptr;
-    placingFrame = nullptr;
+    return HookOwner(SetWindowsHookExW(WH_CBT, FollowActivation, nullptr, GetCurrentThreadId()));
 }

@@ -1,13 +1,9 @@
-// Dialogs and message boxes open over the window that they belong to. On the device that fills the screen in
-// whose middle they open; here it may stand anywhere.
+// Dialogs and message boxes open over the window that they belong to. The device opens them in the middle of
+// the screen, which that window fills; here it may be anywhere.
 #pragma once
 
-#include <windows.h>
+#include "platform/owners.h"
 
-// The rectangle moved, and made smaller where it must be, until it lies within `area`.
-RECT MovedInto(const RECT& place, const RECT& area);
-
-// From now on, for the dialogs of this thread, until StopPlacingDialogs. Those without an owner that shows
-// count as the frame's. There is one frame at a time.
-void PlaceDialogsOver(HWND frame);
-void StopPlacingDialogs();
+// Places the dialogs of this thread until the hook goes. Those whose owner does not show open over `frame`.
+// For one frame at a time.
+[[nodiscard]] HookOwner PlaceDialogsOver(HWND frame);

@@ -1,194 +1,68 @@
-#include "platform/desktop/frame.h"
-
-#include <algorithm>
-#include <cstdlib>
-
+// The program's frame as a window of the desktop. A subclass handles what the device does not have.
 #include "platform/desktop/dialog_place.h"
-#include "resources/resource.h"
+#include "platform/desktop/dock.h"
+#include "platform/desktop/wheel.h"
+#include "platform/desktop/window_place.h"
+#include "platform/platform.h"
 
 namespace {
 
-constexpr WCHAR kProgramKey[] = L"Software\\marrowby\\Pelnor";
-constexpr WCHAR kPlaceValue[] = L"WindowPlace";
 constexpr SIZE kDeviceScreen = {240, 320};
-constexpr UINT kMaximise = WM_APP + 0x100;
-constexpr UINT kWake = WM_APP + 2;  // posted by a second start of the program
+constexpr UINT kMaximise = WM_APP + 0x100;  // beyond the frame's own messages
 
-// The value in the registry.
-struct WindowPlace {
-    RECT normal;  // when neither maximised nor minimised; counted as WINDOWPLACEMENT does
-    DWORD maximised;
+struct DesktopFrame {
+    HWND window = nullptr;
+    WNDPROC procedure = nullptr;   // the window's own
+    const wchar_t* key = nullptr;  // not owned
+    UINT wakeMessage = 0;
+    int wheelRest = 0;
+    bool maximisesLater = false;  // once the window is shown
+    HookOwner dialogs;            // places them
 };
-static_assert(sizeof(WindowPlace) == 20, "five words");
+DesktopFrame desktopFrame;  // a second start makes none
 
-// The remembered place.
-
-// What no screen reaches was not written by this program, and would overflow the sums below.
-bool IsPlace(const RECT& area) {
-    constexpr RECT kScreens = {-0x8000, -0x8000, 0x8000, 0x8000};
-    RECT common{};
-    return IntersectRect(&common, &area, &kScreens) && EqualRect(&common, &area);
+void AddBorder(HWND window) {
+    const LONG style = GetWindowLongW(window, GWL_STYLE);
+    SetWindowLongW(window, GWL_STYLE, style | static_cast<LONG>(WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN));
+    SetWindowPos(window, nullptr, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }
 
-bool ReadPlace(WindowPlace& place) {
-    DWORD size = sizeof(place);
-    DWORD type = 0;
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, kProgramKey, 0, KEY_QUERY_VALUE, &key)) return false;
-    const LONG error =
-        RegQueryValueExW(key, kPlaceValue, nullptr, &type, reinterpret_cast<BYTE*>(&place), &size);
-    RegCloseKey(key);
-    return !error && type == REG_BINARY && size == sizeof(place) && IsPlace(place.normal);
-}
-
-// A place that cannot be kept is no reason to trouble the user: the next start takes the one before.
-void WritePlace(const WindowPlace& place) {
-    HKEY key = nullptr;
-    if (RegCreateKeyExW(HKEY_CURRENT_USER, kProgramKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr))
-        return;
-    RegSetValueExW(key, kPlaceValue, 0, REG_BINARY, reinterpret_cast<const BYTE*>(&place), sizeof(place));
-    RegCloseKey(key);
-}
-
-void SavePlace(HWND window) {
-    WINDOWPLACEMENT placement{};
-    placement.length = sizeof(placement);
-    if (!GetWindowPlacement(window, &placement)) return;
-    const bool maximised = IsZoomed(window) || (placement.flags & WPF_RESTORETOMAXIMIZED);
-    WritePlace({placement.rcNormalPosition, maximised});
-}
-
-// The middle of the caption, where the window can be dragged, and of the menu bar are on a monitor.
-bool IsReachable(const RECT& place) {
-    const int half = GetSystemMetrics(SM_CYCAPTION) / 2;
-    const LONG middle = (place.left + place.right) / 2;
-    return MonitorFromPoint({middle, place.top + half}, MONITOR_DEFAULTTONULL) &&
-           MonitorFromPoint({middle, place.bottom - half}, MONITOR_DEFAULTTONULL);
-}
-
-// Monitors come and go and change their size: a window that would open out of reach comes to the nearest one.
-RECT BroughtIntoReach(const RECT& place) {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    if (IsReachable(place) || !GetMonitorInfoW(MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST), &monitor)) {
-        return place;
-    }
-    RECT area = monitor.rcWork;  // in whose corner the counting starts
-    OffsetRect(&area, monitor.rcMonitor.left - area.left, monitor.rcMonitor.top - area.top);
-    return MovedInto(place, area);
-}
-
-RECT OuterSize(HWND window, SIZE client) {
-    RECT area = {0, 0, client.cx, client.cy};
-    AdjustWindowRectEx(&area, static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)), FALSE,
-                       static_cast<DWORD>(GetWindowLongW(window, GWL_EXSTYLE)));
-    return area;
-}
-
-void UseDefaultPlace(HWND window) {
-    const RECT area = OuterSize(window, kDeviceScreen);
-    SetWindowPos(window, nullptr, 0, 0, area.right - area.left, area.bottom - area.top,
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-// Does not show a window that is still being made. Its maker shows it at its normal size: only after that it
-// can be maximised.
-void RestorePlace(HWND window) {
-    WindowPlace place{};
-    WINDOWPLACEMENT placement{};
-    placement.length = sizeof(placement);
-    if (!ReadPlace(place) || !GetWindowPlacement(window, &placement)) {
-        UseDefaultPlace(window);
-        return;
-    }
-    placement.rcNormalPosition = BroughtIntoReach(place.normal);
-    placement.showCmd = IsWindowVisible(window) ? SW_SHOWNA : SW_HIDE;
-    SetWindowPlacement(window, &placement);
-    if (place.maximised) PostMessageW(window, kMaximise, 0, 0);
-}
-
-// The larger icon is for the task bar and for switching with Alt+Tab; the small one the frame sets itself.
-void SetLargeIcon(HWND window, HINSTANCE module) {
-    HANDLE icon = LoadImageW(module, MAKEINTRESOURCEW(IDI_PELNOR), IMAGE_ICON, GetSystemMetrics(SM_CXICON),
+// For the task bar and for switching with Alt+Tab; the frame sets the small one itself.
+void SetLargeIcon(HWND window, int id) {
+    const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(window, GWLP_HINSTANCE));
+    HANDLE icon = LoadImageW(module, MAKEINTRESOURCEW(id), IMAGE_ICON, GetSystemMetrics(SM_CXICON),
                              GetSystemMetrics(SM_CYICON), LR_SHARED);
     if (icon) SendMessageW(window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
 }
 
-// The panes.
-
-// The visible child that is no menu bar; null when there is none.
-HWND ShownPane(HWND frame) {
-    HWND child = GetWindow(frame, GW_CHILD);
-    for (; child; child = GetWindow(child, GW_HWNDNEXT)) {
-        WCHAR name[32] = L"";
-        GetClassNameW(child, name, 32);
-        if (IsWindowVisible(child) && lstrcmpW(name, kMenuBarClass) != 0) break;
-    }
-    return child;
-}
-
-// The wheel. Lists and trees turn by themselves; what arrives here was refused by a pane with a scroll bar of
-// its own, which only knows the bar's messages.
-
-// Whole steps of a turn: a finger on a trackpad turns by less than one, and the rest counts for the next. A
-// turn the other way begins anew.
-int StepsOf(int& rest, int turn) {
-    if ((rest < 0) != (turn < 0)) rest = 0;
-    rest += turn;
-    const int steps = rest / WHEEL_DELTA;
-    rest -= steps * WHEEL_DELTA;
-    return steps;
-}
-
-// As if the thumb had been dragged: unlike the arrows it never leads past the end, which would open the next
-// article under a wheel that turns on. The pane asks the bar for what the message's 16 bits do not hold.
-void ScrollLines(HWND pane, HWND bar, int lines) {
-    int least = 0;
-    int most = 0;
-    GetScrollRange(bar, SB_CTL, &least, &most);
-    const int before = GetScrollPos(bar, SB_CTL);
-    const int position = std::clamp(before + lines, least, std::max(least, most));
-    if (position == before) return;
-    SetScrollPos(bar, SB_CTL, position, FALSE);
-    SendMessageW(pane, WM_VSCROLL, MAKEWPARAM(SB_THUMBPOSITION, position), reinterpret_cast<LPARAM>(bar));
-}
-
-void ScrollPages(HWND pane, HWND bar, int pages) {
-    for (int i = 0; i < std::abs(pages); ++i) {
-        int least = 0;
-        int most = 0;
-        GetScrollRange(bar, SB_CTL, &least, &most);
-        if (pages > 0 && GetScrollPos(bar, SB_CTL) >= most) return;
-        SendMessageW(pane, WM_VSCROLL, pages > 0 ? SB_PAGEDOWN : SB_PAGEUP, reinterpret_cast<LPARAM>(bar));
-    }
-}
-
+// A window that a dialog has disabled does not scroll.
 void OnWheel(DesktopFrame& frame, int turn) {
-    HWND pane = IsWindowEnabled(frame.window) ? ShownPane(frame.window) : nullptr;
-    HWND bar = pane ? FindWindowExW(pane, nullptr, L"SCROLLBAR", nullptr) : nullptr;
-    UINT lines = 3;
-    SystemParametersInfoW(SPI_GETWHEELSCROLLLINES, 0, &lines, 0);
-    if (!bar || !lines) return;
-    if (lines == WHEEL_PAGESCROLL) {
-        ScrollPages(pane, bar, -StepsOf(frame.wheelRest, turn));
-    } else {
-        constexpr UINT kMostLines = 1000;
-        ScrollLines(pane, bar,
-                    -StepsOf(frame.wheelRest, turn * static_cast<int>(std::min(lines, kMostLines))));
-    }
+    const HWND pane = IsWindowEnabled(frame.window) ? ShownPane(frame.window) : nullptr;
+    if (pane) TurnWheel(pane, turn, frame.wheelRest);
 }
 
-// The panes' classes have no cursor, since the device has none. Here the one of the border, or of whatever
-// the mouse came from, would stay.
-bool ShowArrow(HWND under, WORD place) {
+// The panes' classes have no cursor because the device has none. Without this the cursor of the border, or of
+// whatever the mouse came from, would stay.
+bool OnSetCursor(HWND under, WORD place) {
     if (place != HTCLIENT || GetClassLongPtrW(under, GCLP_HCURSOR)) return false;
     SetCursor(LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)));  // IDC_ARROW
     return true;
 }
 
-// A dialog that stands before the window is shown takes the message too early: it comes again with the
-// window.
-void Maximise(DesktopFrame& frame) {
+// The system ends the program as soon as this returns, so what closing saves is saved now.
+void OnEndSession(const DesktopFrame& frame, bool ends) {
+    if (ends) SendMessageW(frame.window, WM_CLOSE, 0, 0);
+}
+
+void OnDestroy(DesktopFrame& frame) {
+    frame.dialogs.Reset();
+    SavePlace(frame.window, frame.key);
+}
+
+// A dialog that runs before the window is shown handles the message too early; it is posted again when the
+// window shows.
+void OnMaximise(DesktopFrame& frame) {
     const bool visible = IsWindowVisible(frame.window) != 0;
     frame.maximisesLater = !visible;
     if (visible && !IsIconic(frame.window)) ShowWindow(frame.window, SW_SHOWMAXIMIZED);
@@ -200,7 +74,7 @@ BOOL CALLBACK TakeIfUsable(HWND window, LPARAM parameter) {
     return FALSE;
 }
 
-// A box without an owner may stand before a frame that is disabled for it.
+// A box without an owner may be open while the frame is disabled for it.
 HWND WindowInFront(HWND frame) {
     HWND front = GetLastActivePopup(frame);
     if (!IsWindowVisible(front)) front = frame;
@@ -209,59 +83,60 @@ HWND WindowInFront(HWND frame) {
     return front;
 }
 
-}  // namespace
-
-void DressFrame(DesktopFrame& frame, HWND window, HINSTANCE module) {
-    const LONG style = GetWindowLongW(window, GWL_STYLE);
-    if (style & WS_CHILD) return;
-    frame.window = window;
-    SetWindowLongW(window, GWL_STYLE, style | static_cast<LONG>(WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN));
-    SetWindowPos(window, nullptr, 0, 0, 0, 0,
-                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
-    SetLargeIcon(window, module);
-    RestorePlace(window);
-    PlaceDialogsOver(window);
+void OnWake(HWND window) {
+    if (IsIconic(window)) ShowWindow(window, SW_RESTORE);
+    SetForegroundWindow(WindowInFront(window));
 }
 
-bool OnFrameMessage(DesktopFrame& frame, UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
-    if (!frame.window) return false;
+// A frame that comes back from the task bar and keeps the focus for itself would leave the keyboard without
+// effect.
+void AfterSetFocus(HWND window) {
+    const HWND pane = GetFocus() == window ? ShownPane(window) : nullptr;
+    if (pane) SetFocus(pane);
+}
+
+LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    DesktopFrame& frame = desktopFrame;
     switch (message) {
         case WM_MOUSEWHEEL:
             OnWheel(frame, GET_WHEEL_DELTA_WPARAM(wParam));
-            result = 0;
-            return true;
+            return 0;
         case WM_SETCURSOR:
-            result = TRUE;
-            return ShowArrow(reinterpret_cast<HWND>(wParam), LOWORD(lParam));
+            if (OnSetCursor(reinterpret_cast<HWND>(wParam), LOWORD(lParam))) return TRUE;
+            break;
         case WM_ENDSESSION:
-            // The system ends the program as soon as this is answered: what closing saves has to be saved
-            // now.
-            if (wParam) SendMessageW(frame.window, WM_CLOSE, 0, 0);
-            result = 0;
-            return true;
+            OnEndSession(frame, wParam != 0);
+            return 0;
         case WM_DESTROY:
-            StopPlacingDialogs();
-            SavePlace(frame.window);
-            return false;
+            OnDestroy(frame);
+            break;
         case kMaximise:
-            Maximise(frame);
-            result = 0;
-            return true;
+            OnMaximise(frame);
+            return 0;
         case WM_SHOWWINDOW:
-            if (wParam && frame.maximisesLater) PostMessageW(frame.window, kMaximise, 0, 0);
-            return false;
-        case kWake:
-            if (IsIconic(frame.window)) ShowWindow(frame.window, SW_RESTORE);
-            SetForegroundWindow(WindowInFront(frame.window));
-            return false;
+            if (wParam && frame.maximisesLater) PostMessageW(window, kMaximise, 0, 0);
+            break;
         default:
-            return false;
+            if (message == frame.wakeMessage) OnWake(window);
     }
+    const LRESULT result = CallWindowProcW(frame.procedure, window, message, wParam, lParam);
+    if (message == WM_SETFOCUS) AfterSetFocus(window);
+    return result;
 }
 
-void AfterFrameMessage(HWND window, UINT message) {
-    // A frame that keeps the focus for itself, as it comes back from the task bar, would leave the keyboard
-    // without effect.
-    if (message != WM_SETFOCUS || GetFocus() != window) return;
-    if (HWND pane = ShownPane(window)) SetFocus(pane);
+}  // namespace
+
+// The window's maker shows it at its normal size. Only then can it be maximised.
+void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessage) {
+    const LONG_PTR procedure = GetWindowLongPtrW(window, GWLP_WNDPROC);
+    desktopFrame = DesktopFrame();
+    desktopFrame.window = window;
+    desktopFrame.procedure = reinterpret_cast<WNDPROC>(procedure);
+    desktopFrame.key = key;
+    desktopFrame.wakeMessage = wakeMessage;
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(FrameProcedure));
+    AddBorder(window);
+    SetLargeIcon(window, icon);
+    if (RestorePlace(window, key, kDeviceScreen)) PostMessageW(window, kMaximise, 0, 0);
+    desktopFrame.dialogs = PlaceDialogsOver(window);
 }

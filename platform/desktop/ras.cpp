@@ -19,7 +19,7 @@ bool Find(HMODULE library, const char* name, Function& function) {
 
 RasFunctions Load() {
     RasFunctions ras;
-    const HMODULE library = LoadLibraryW(L"rasapi32.dll");  // stays: a call may be under way until the end
+    const HMODULE library = LoadLibraryW(L"rasapi32.dll");  // kept: a call may last to the end
     ras.loaded = library && Find(library, "RasEnumEntriesW", ras.enumEntries) &&
                  Find(library, "RasEnumConnectionsW", ras.enumConnections) &&
                  Find(library, "RasGetEntryDialParamsW", ras.getEntryDialParams) &&

@@ -11,6 +11,9 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongW(window, offset, reinterpret_cast<LONG>(pointer));
 }
 
+// The shell gives the frame the whole screen.
+void SetUpDesktopFrame(HWND, int, const wchar_t*, UINT) {}
+
 // Offset 0 is DWL_MSGRESULT.
 void SetDialogResult(HWND dialog, int result) {
     SetWindowLongW(dialog, 0, result);

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "subscribe/group_list_dialog.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/choose/live_jobs.h"

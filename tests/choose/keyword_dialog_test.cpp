@@ -1,10 +1,10 @@
 // Editing keywords, through the dialog's own controls.
-#include "filters/keyword_dialog.h"
+#include "keywords/keyword_dialog.h"
 
 #include <gmock/gmock.h>
 
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"

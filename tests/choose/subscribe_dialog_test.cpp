@@ -6,7 +6,7 @@
 #include <array>
 
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "tests/choose/dialog_user.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/scripted_server.h"

@@ -5,7 +5,7 @@
 
 #include "store/article_list.h"
 #include "store/delete_read.h"
-#include "store/index.h"
+#include "store/group_changes.h"
 #include "store/log.h"
 #include "tests/faults/folder_state.h"
 #include "tests/faults/operations.h"

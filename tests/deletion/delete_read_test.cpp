@@ -2,6 +2,7 @@
 // deletion that never came to its end.
 #include <gtest/gtest.h>
 
+#include "store/cut_off_deletion.h"
 #include "store/delete_read.h"
 #include "tests/store/group_files.h"
 

@@ -40,7 +40,7 @@ inline void Choose(HWND tree, HTREEITEM item) {
     SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
 }
 
-// With the arrow keys, as the control tells its dialog only what the user does.
+// With the arrow keys, as the control notifies its dialog only of what the user does.
 inline void Open(HWND tree, HTREEITEM item) {
     Choose(tree, item);
     SendMessageW(tree, WM_KEYDOWN, VK_RIGHT, 1);

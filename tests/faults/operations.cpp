@@ -1,13 +1,14 @@
 #include "tests/faults/operations.h"
 
-#include "filters/keyword_dialog.h"
+#include "keywords/keyword_dialog.h"
 #include "filters/keyword_filter.h"
 #include "resources/resource.h"
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 #include "shell/reload.h"
 #include "shell/run.h"
 #include "store/article_list.h"
 #include "store/delete_read.h"
+#include "store/group_changes.h"
 #include "store/index.h"
 #include "subscribe/group_list_dialog.h"
 #include "subscribe/subscribe_dialog.h"
@@ -161,7 +162,7 @@ Outcome CatchUpLocal() {
 Outcome CatchUpServer() {
     return InEachGroup([](GroupStore& store) {
         if (!ReadHeader(store)) return false;
-        store.lastFetched = kNoneFetched;
+        store.header.lastFetched = kNoneFetched;
         return WriteHeader(store);
     });
 }

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "store/group_changes.h"
 #include "store/index.h"
 
 namespace {
@@ -118,7 +119,7 @@ void HostileRun::CheckRebuild() const {
     const std::string before = Index(kName);
     GroupStore store;
     ASSERT_TRUE(SetNames(store, folder.Path().c_str(), kName) && ReadHeader(store));
-    folder.Write(L"fj.test.idx", HeaderBytes({store.lastFetched, store.serverLast, 0, StatusText(store)}));
+    folder.Write(L"fj.test.idx", HeaderBytes({store.header.lastFetched, store.header.serverLast, 0, StatusText(store)}));
     ASSERT_TRUE(ReadHeader(store));
     EXPECT_TRUE(RebuildFromLog(store)) << "error " << GetLastError();
     EXPECT_TRUE(Index(kName) == before) << "the rebuilt index differs";

@@ -135,7 +135,7 @@ TEST(HostileReplies, HarmNothing) {
         run.CheckSound(row.stored);
         GroupStore store;
         ASSERT_TRUE(SetNames(store, run.folder.Path().c_str(), kName) && ReadHeader(store));
-        EXPECT_EQ(store.lastFetched, row.lastFetched);
+        EXPECT_EQ(store.header.lastFetched, row.lastFetched);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "resources/resource.h"
+
 namespace {
 
 void AppendWord(std::string& bytes, uint32_t value) {
@@ -93,7 +95,12 @@ void SessionRun::RunAt(const wchar_t* host, unsigned short port) {
     request.cursor = &cursor;
     request.progress = &progress;
     request.result = &result;
+    // The user-interface thread's texts stay as they are.
+    const wchar_t* shared[] = {FormatText(LoadResString(IDS_NO_MEMORY), L""), LoadResString(IDS_NO_ANSWER)};
+    const std::wstring before[] = {shared[0], shared[1]};
     done = RunSession(request);
     error = GetLastError();
+    EXPECT_EQ(shared[0], before[0]);
+    EXPECT_EQ(shared[1], before[1]);
     EXPECT_EQ(done, result.severity != kError);
 }

@@ -86,7 +86,7 @@ class FrameTest : public WalkTest {
 
     int Top() const {
         if (frame->currentView == ViewKind::kArticle) return static_cast<int>(Reader().scroll.top);
-        if (frame->currentView == ViewKind::kSubject) return static_cast<int>(Subjects().scroll.rows.top);
+        if (frame->currentView == ViewKind::kSubject) return static_cast<int>(Subjects().scroll.top);
         return static_cast<int>(SendMessageW(frame->groupView->list, LVM_GETTOPINDEX, 0, 0));
     }
 
@@ -185,7 +185,8 @@ TEST_F(FrameTest, TheWheelScrolls) {
     for (const ViewKind view : {ViewKind::kGroup, ViewKind::kSubject, ViewKind::kArticle}) {
         Open();
         GoTo(view);
-        Reader().autoNext = true;  // the wheel does not turn the page to another article
+        Reader().scroll.kind =
+            ScrollKind::kTextGoingOn;  // the wheel does not turn the page to another article
         for (const Row& row : rows) {
             SCOPED_TRACE(testing::Message() << "view " << static_cast<int>(view) << ": " << row.sentence);
             WheelLines::Set(120);
@@ -195,12 +196,12 @@ TEST_F(FrameTest, TheWheelScrolls) {
             for (const int turn : row.turns)
                 Turn(turn);
             const uint32_t total = view == ViewKind::kGroup     ? 41
-                                   : view == ViewKind::kSubject ? Subjects().scroll.rows.total
+                                   : view == ViewKind::kSubject ? Subjects().scroll.total
                                                                 : Reader().layout.lineCount;
             const uint32_t page =
                 view == ViewKind::kGroup
                     ? static_cast<uint32_t>(SendMessageW(frame->groupView->list, LVM_GETCOUNTPERPAGE, 0, 0))
-                : view == ViewKind::kSubject ? Subjects().scroll.rows.page
+                : view == ViewKind::kSubject ? Subjects().scroll.page
                                              : 2 * Reader().scroll.page;  // a blank one is behind the text
             EXPECT_EQ(Top(), row.top < 0 ? static_cast<int>(total - page) : row.top);
             EXPECT_EQ(frame->currentView, view);
@@ -212,7 +213,7 @@ TEST_F(FrameTest, TheWheelScrolls) {
 TEST_F(FrameTest, TheWheelTurnsPagesWhereTheUserWantsThat) {
     Open();
     GoTo(ViewKind::kArticle);
-    Reader().autoNext = true;
+    Reader().scroll.kind = ScrollKind::kTextGoingOn;
     WheelLines::Set(WHEEL_PAGESCROLL);
     Turn(-120);
     EXPECT_EQ(Top(), static_cast<int>(Reader().scroll.page) - 2);
@@ -393,7 +394,7 @@ TEST_F(FrameTest, TheListKeepsItsRowsWhileTheWindowChanges) {
     for (const int height : {700, 200, 320}) {
         SCOPED_TRACE(height);
         Size(300, height);
-        EXPECT_EQ(Subjects().scroll.rows.total, static_cast<uint32_t>(kManyArticles)) << "what was read left";
+        EXPECT_EQ(Subjects().scroll.total, static_cast<uint32_t>(kManyArticles)) << "what was read left";
         EXPECT_EQ(CursorRow(Subjects().scroll), row);
         ASSERT_LT(Subjects().scroll.cursor, Subjects().list.rowsInPage);
         EXPECT_EQ(Subjects().list.page[Subjects().scroll.cursor].articleNumber, row + 1);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "resources/resource.h"
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/ui_thread.h"
 #include "text/convert.h"

@@ -9,8 +9,10 @@
 
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 const std::wstring kGroup = L"fj.pda";
 constexpr int kUnreadColumn = 1;
@@ -48,12 +50,13 @@ class ReadingTest : public WalkTest {
         const ArticleList& list = Subjects().list;
         const std::vector<uint32_t> flags = FlagsOf(kGroup);
         EXPECT_EQ(WordAt(kGroup, 88), Unread(kGroup));
-        EXPECT_EQ(list.store.unreadCount, Unread(kGroup));
+        EXPECT_EQ(list.store.header.unreadCount, Unread(kGroup));
         EXPECT_EQ(WordAt(kGroup, 16), 45u);
-        EXPECT_EQ(Subjects().scroll.rows.total, rows.size());
-        const uint32_t top = Subjects().scroll.rows.top, page = Subjects().scroll.rows.page;
+        EXPECT_EQ(Subjects().scroll.total, rows.size());
+        const uint32_t top = Subjects().scroll.top, page = Subjects().scroll.page;
         ASSERT_EQ(list.rowsInPage, std::min<std::size_t>(page, rows.size() - top));
         EXPECT_LT(Subjects().scroll.cursor, std::max(list.rowsInPage, 1u));
+        EXPECT_EQ(Subjects().scroll.cursor, list.currentInPage) << "the record that the list selects";
         for (uint32_t i = 0; i < list.rowsInPage; ++i) {
             EXPECT_EQ(list.page[i].articleNumber, rows[top + i] + 1) << "row " << top + i;
             EXPECT_EQ(list.page[i].flags, flags[rows[top + i]]) << "row " << top + i;
@@ -65,9 +68,9 @@ class ReadingTest : public WalkTest {
     // Presses until the key moves nothing any more.
     void PressToTheEnd(int key) {
         for (uint32_t row = Row() + 1, top = 0, i = 0; i < 200; ++i) {
-            if (row == Row() && top == Subjects().scroll.rows.top) return;
+            if (row == Row() && top == Subjects().scroll.top) return;
             row = Row();
-            top = Subjects().scroll.rows.top;
+            top = Subjects().scroll.top;
             Key(key);
             ExpectConsistent();
         }
@@ -116,8 +119,8 @@ TEST_F(ReadingTest, TheListOfSubjects) {
         for (const int key : {VK_NEXT, VK_PRIOR, VK_RIGHT, VK_LEFT, VK_DOWN, VK_UP}) {
             PressToTheEnd(key);
             const bool forward = key == VK_NEXT || key == VK_RIGHT || key == VK_DOWN;
-            const uint32_t last = static_cast<uint32_t>(rows.size()) - Subjects().scroll.rows.page;
-            EXPECT_EQ(Subjects().scroll.rows.top, forward ? last : 0);
+            const uint32_t last = static_cast<uint32_t>(rows.size()) - Subjects().scroll.page;
+            EXPECT_EQ(Subjects().scroll.top, forward ? last : 0);
             if (key == VK_DOWN) EXPECT_EQ(Row(), rows.size() - 1);
             if (key == VK_UP) EXPECT_EQ(Row(), 0u);
             EXPECT_EQ(frame->currentView, ViewKind::kSubject) << "past the end";
@@ -132,7 +135,7 @@ TEST_F(ReadingTest, TheListOfSubjects) {
             ExpectConsistent();
         }
     }
-    Tap(WM_LBUTTONDOWN, static_cast<int>(Subjects().scroll.rows.page) + 1);
+    Tap(WM_LBUTTONDOWN, static_cast<int>(Subjects().scroll.page) + 1);
     EXPECT_EQ(Row(), 4u) << "a tap beside the rows";
     Key(VK_ESCAPE);
     EXPECT_EQ(frame->currentView, ViewKind::kGroup);
@@ -188,6 +191,46 @@ TEST_F(ReadingTest, TheViewOptions) {
     ExpectConsistent();
 }
 
+TEST_F(ReadingTest, TheColumnsKeepTheirWidths) {
+    // A list view has a header control, too.
+    const auto send = [&](bool groups, UINT message, std::size_t column, HDITEMW& item) {
+        const LRESULT header = SendMessageW(frame->groupView->list, LVM_GETHEADER, 0, 0);
+        return SendMessageW(groups ? reinterpret_cast<HWND>(header) : Subjects().header, message, column,
+                            reinterpret_cast<LPARAM>(&item));
+    };
+    const auto columns = [&](bool groups) {
+        std::vector<std::pair<std::wstring, int>> found;
+        wchar_t text[20] = {};
+        HDITEMW item = {};
+        item.mask = HDI_TEXT | HDI_WIDTH;
+        item.pszText = text;
+        item.cchTextMax = 20;
+        while (send(groups, HDM_GETITEMW, found.size(), item))
+            found.push_back({text, item.cxy});
+        return found;
+    };
+    Open();
+    EXPECT_THAT(columns(true), ElementsAre(Pair(L"ﾆｭｰｽｸﾞﾙｰﾌﾟ", 100), Pair(L"未読", 40), Pair(L"記事数", 40),
+                                           Pair(L"状態", 150), Pair(L"現在", 60), Pair(L"最大", 60)));
+    EXPECT_THAT(columns(false),
+                ElementsAre(Pair(L" ", 25), Pair(L"日付", 40), Pair(L"差出人", 160), Pair(L"題名", 400)));
+    HDITEMW wider = {};
+    wider.mask = HDI_WIDTH;
+    for (int i = 0; i < 6; ++i) {
+        wider.cxy = 71 + i;
+        for (const bool groups : {true, false})
+            send(groups, HDM_SETITEMW, static_cast<std::size_t>(i), wider);
+    }
+    Close();
+    RegistryKeyOwner groups, subjects;
+    ASSERT_TRUE(OpenViewSubkey(kGroupViewSubkey, groups) && OpenViewSubkey(kSubjectViewSubkey, subjects));
+    ASSERT_TRUE(WriteText(groups, L"ureadWidth", L"wide") && WriteText(subjects, L"fromWidth", L"wide"));
+    Open();
+    EXPECT_THAT(columns(true),
+                ElementsAre(Pair(_, 71), Pair(_, 40), Pair(_, 73), Pair(_, 74), Pair(_, 75), Pair(_, 76)));
+    EXPECT_THAT(columns(false), ElementsAre(Pair(_, 71), Pair(_, 72), Pair(_, 160), Pair(_, 74)));
+}
+
 TEST_F(ReadingTest, FromArticleToArticle) {
     MakeGroups();
     Open();
@@ -237,7 +280,7 @@ TEST_F(ReadingTest, FromArticleToArticle) {
     Open();
     EXPECT_EQ(Cell(0, kUnreadColumn), L"0");
     OpenGroup(2);
-    EXPECT_EQ(Subjects().scroll.rows.total, 2u) << "another group";
+    EXPECT_EQ(Subjects().scroll.total, 2u) << "another group";
     EXPECT_THAT(boxes, IsEmpty());
 }
 
@@ -311,7 +354,7 @@ TEST_F(ReadingTest, FilesThatVanishAreToldAndNotMadeAnew) {
     EXPECT_EQ(Cell(0, kUnreadColumn), L"0") << "after the next start";
     OpenGroup(2);
     Command(IDC_LEVEL_LOW);
-    EXPECT_EQ(Subjects().scroll.rows.total, 2u) << "the other groups";
+    EXPECT_EQ(Subjects().scroll.total, 2u) << "the other groups";
 }
 
 TEST_F(ReadingTest, OddArticlesOpen) {

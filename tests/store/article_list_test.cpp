@@ -44,10 +44,10 @@ TEST_F(ArticleListTest, AMarkThatIsNotOnDiskIsNotShown) {
         EXPECT_FALSE(SetFlags(list, 3, kReadFlag));
     }
     EXPECT_EQ(list.page[1].flags, 0u);
-    EXPECT_EQ(list.store.unreadCount, 5u);
+    EXPECT_EQ(list.store.header.unreadCount, 5u);
     EXPECT_EQ(Index(), before);
     ASSERT_TRUE(SetFlags(list, 3, kReadFlag) && SetFlags(list, 3, kReadFlag));
-    EXPECT_EQ(list.store.unreadCount, 4u) << "a second mark counts nothing";
+    EXPECT_EQ(list.store.header.unreadCount, 4u) << "a second mark counts nothing";
 }
 
 // Another record at that number would be marked, and its article never named again.
@@ -72,7 +72,7 @@ TEST_F(ArticleListTest, AListThatCouldNotBeBuiltIsBuiltLater) {
     EXPECT_TRUE(list.open);
     WriteIndex(Index().replace(88, 4, Word(9)));
     ASSERT_TRUE(BuildArticleList(list, 2));
-    EXPECT_EQ(list.store.unreadCount, 5u) << "counted anew";
+    EXPECT_EQ(list.store.header.unreadCount, 5u) << "counted anew";
     ASSERT_TRUE(SetFlags(list, 0, kReadFlag) && CloseArticleList(list));
     EXPECT_EQ(Index().substr(88, 4), Word(4));
 }
@@ -81,16 +81,16 @@ TEST_F(ArticleListTest, AListThatCouldNotBeBuiltIsBuiltLater) {
 TEST_F(ArticleListTest, WhatARunStoredMeanwhileStays) {
     GroupStore run;
     ASSERT_TRUE(SetNames(run, folder.Path().c_str(), L"fj.test") && ReadHeader(run));
-    run.lastFetched = 9;
-    run.recordCount = 6;
-    run.unreadCount = 6;
+    run.header.lastFetched = 9;
+    run.header.recordCount = 6;
+    run.header.unreadCount = 6;
     WriteIndex(Index() + Bytes(RecordBytes{}));
     ASSERT_TRUE(WriteHeader(run));
     ASSERT_TRUE(SetFlags(list, 0, kReadFlag) && CloseArticleList(list));
     ASSERT_TRUE(ReadHeader(run));
-    EXPECT_EQ(run.lastFetched, 9u);
-    EXPECT_EQ(run.recordCount, 6u);
-    EXPECT_EQ(run.unreadCount, 5u);
+    EXPECT_EQ(run.header.lastFetched, 9u);
+    EXPECT_EQ(run.header.recordCount, 6u);
+    EXPECT_EQ(run.header.unreadCount, 5u);
 }
 
 }  // namespace

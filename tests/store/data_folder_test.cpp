@@ -1,3 +1,4 @@
+#include "store/cut_off_deletion.h"
 #include "store/data_folder.h"
 
 #include "tests/store/group_files.h"

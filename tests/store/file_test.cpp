@@ -1,4 +1,4 @@
-#include "store/file.h"
+#include "files/data_file.h"
 
 #include <random>
 

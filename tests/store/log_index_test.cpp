@@ -2,7 +2,9 @@
 #include <functional>
 
 #include "store/article_list.h"
+#include "store/article_writer.h"
 #include "store/delete_read.h"
+#include "store/group_changes.h"
 #include "store/index.h"
 #include "store/log.h"
 #include "tests/store/group_files.h"
@@ -81,9 +83,9 @@ const std::string kThreeArticles = kSamples[0].stored + kSamples[1].stored + kSa
 
 TEST_F(LogIndexTest, ArticlesAreAppendedByteForByte) {
     WriteFilter("+ fj\r\n- sale\r\n");
-    store.lastFetched = 7;
-    store.serverLast = 9;
-    store.reserved = 0x01020304;
+    store.header.lastFetched = 7;
+    store.header.serverLast = 9;
+    store.header.reserved = 0x01020304;
     ASSERT_TRUE(SetStatusText(store, L"3"));
     ASSERT_TRUE(AppendAll());
     {
@@ -100,13 +102,13 @@ TEST_F(LogIndexTest, RebuildingGivesTheSameRecords) {
     StoreSamples();
     const std::string original = Index();
     WriteIndex(Padded("damaged", 150));
-    store.recordCount = 77;
+    store.header.recordCount = 77;
     ASSERT_TRUE(RebuildFromLog(store));
     EXPECT_EQ(Index(), original);
     WriteFilter("+ Re: fj.comp\r\n");
     WriteLog(kSamples[0].stored);
     ASSERT_TRUE(RebuildFromLog(store));
-    EXPECT_EQ(store.highCount, 0u) << "the keyword does not hold the subject and its line end";
+    EXPECT_EQ(store.header.highCount, 0u) << "the keyword does not hold the subject and its line end";
 }
 
 TEST_F(LogIndexTest, ScanningTakesLogsAsTheyAre) {
@@ -132,7 +134,7 @@ TEST_F(LogIndexTest, ScanningTakesLogsAsTheyAre) {
         SetLastError(0);
         EXPECT_EQ(RebuildFromLog(store), row.error == 0) << row.why;
         if (row.error) EXPECT_EQ(GetLastError(), row.error) << row.why;
-        EXPECT_EQ(store.recordCount, row.records) << row.why;
+        EXPECT_EQ(store.header.recordCount, row.records) << row.why;
         EXPECT_EQ(Index().substr(0, 100), Bytes(HeaderBytes{5, 0, 0, 0, row.records, 0, "", row.records}))
             << row.why;
     }
@@ -156,7 +158,7 @@ TEST_F(LogIndexTest, RecordsAreReadWithinBounds) {
     EXPECT_EQ(count, 1u);
     EXPECT_FALSE(ReadRecord(store, records[0], 2));
     EXPECT_EQ(GetLastError(), 87u);
-    store.recordCount = count = 5;  // as damage may have it
+    store.header.recordCount = count = 5;  // as damage may have it
     EXPECT_TRUE(ReadRecords(store, records, 1, count));
     EXPECT_EQ(count, 2u);
 }
@@ -277,8 +279,8 @@ TEST_F(LogIndexTest, CountsAreThoseOnDiskAfterAWriteThatFailed) {
                                 CountRecord(counts, records[i]);
                             return true;
                         }));
-            EXPECT_EQ(store.unreadCount, counts.unreadCount) << "call " << fault;
-            EXPECT_EQ(store.highCount, counts.highCount) << "call " << fault;
+            EXPECT_EQ(store.header.unreadCount, counts.unreadCount) << "call " << fault;
+            EXPECT_EQ(store.header.highCount, counts.highCount) << "call " << fault;
         }
     }
 }

@@ -1,5 +1,6 @@
 // Indexes of older versions, made by hand, become version 5.
 #include "store/index.h"
+#include "store/upgrade.h"
 #include "tests/store/group_files.h"
 
 namespace {
@@ -59,8 +60,8 @@ TEST_F(UpgradeTest, AnOverlongLineDoesNotKeepATextIndexForEver) {
     EXPECT_EQ(GetLastError(), 234u);
     EXPECT_EQ(BringUpToDate(store), IndexState::kReady);
     ASSERT_TRUE(ReadHeader(store));
-    EXPECT_EQ(store.recordCount, 1u);
-    EXPECT_EQ(store.lastFetched, 9u);
+    EXPECT_EQ(store.header.recordCount, 1u);
+    EXPECT_EQ(store.header.lastFetched, 9u);
 }
 
 TEST_F(UpgradeTest, AnOverlongLineCostsAnOldIndexNothing) {
@@ -112,7 +113,7 @@ TEST_F(UpgradeTest, TheFirstWordDecides) {
     }
     DeleteFileW(store.indexPath.get());
     DeleteFileW(store.logPath.get());
-    store.lastFetched = 77;
+    store.header.lastFetched = 77;
     EXPECT_EQ(BringUpToDate(store), IndexState::kReady);
     EXPECT_EQ(Index(), Bytes(HeaderBytes())) << "neither index nor log";
     WriteLog(kFirst);

@@ -9,23 +9,25 @@ namespace {
 constexpr ScrollResult kNothing = ScrollResult::kNothing;
 constexpr ScrollResult kMoved = ScrollResult::kMoved;
 constexpr ScrollResult kAtEnd = ScrollResult::kAtEnd;
+constexpr ScrollKind kText = ScrollKind::kText;
+constexpr ScrollKind kGoingOn = ScrollKind::kTextGoingOn;
 
 struct ListRow {
     const char* sentence;
     uint32_t page, top, total, cursor;
-    ScrollResult (*move)(ListScroll& list);
+    ScrollResult (*move)(ScrollState& list);
     ScrollResult result;
     uint32_t newTop, newCursor;
 };
 
 void CheckRow(const ListRow& row) {
     SCOPED_TRACE(row.sentence);
-    ListScroll list{{row.page, row.top, row.total}, row.cursor};
+    ScrollState list{row.page, row.top, row.total, row.cursor};
     EXPECT_EQ(row.move(list), row.result);
-    EXPECT_EQ(list.rows.top, row.newTop);
+    EXPECT_EQ(list.top, row.newTop);
     EXPECT_EQ(list.cursor, row.newCursor);
-    EXPECT_EQ(list.rows.page, row.page);
-    EXPECT_EQ(list.rows.total, row.total);
+    EXPECT_EQ(list.page, row.page);
+    EXPECT_EQ(list.total, row.total);
 }
 
 TEST(ListScrolling, PagesAndLines) {
@@ -50,10 +52,10 @@ TEST(ListScrolling, PagesAndLines) {
 }
 
 TEST(ListScrolling, TheCursorTakesThePageAlong) {
-    const auto downByPage = [](ListScroll& list) { return CursorDown(list, false); };
-    const auto downByLine = [](ListScroll& list) { return CursorDown(list, true); };
-    const auto upByPage = [](ListScroll& list) { return CursorUp(list, false); };
-    const auto upByLine = [](ListScroll& list) { return CursorUp(list, true); };
+    const auto downByPage = [](ScrollState& list) { return CursorDown(list, false); };
+    const auto downByLine = [](ScrollState& list) { return CursorDown(list, true); };
+    const auto upByPage = [](ScrollState& list) { return CursorUp(list, false); };
+    const auto upByLine = [](ScrollState& list) { return CursorUp(list, true); };
     const ListRow rows[] = {
         {"down within the page", 10, 0, 45, 3, downByPage, kNothing, 0, 4},
         {"a page further the cursor keeps its article", 10, 0, 45, 9, downByPage, kMoved, 8, 1},
@@ -73,9 +75,9 @@ TEST(ListScrolling, TheCursorTakesThePageAlong) {
 
 TEST(ListScrolling, TheThumbKeepsThePageFull) {
     const ListRow rows[] = {
-        {"to the middle", 10, 0, 45, 2, [](ListScroll& l) { return ThumbTo(l, 20); }, kMoved, 20, 2},
-        {"beyond it", 10, 0, 45, 2, [](ListScroll& l) { return ThumbTo(l, 36); }, kMoved, 35, 2},
-        {"the odd maximum of one page", 10, 0, 10, 2, [](ListScroll& l) { return ThumbTo(l, 10); }, kNothing,
+        {"to the middle", 10, 0, 45, 2, [](ScrollState& l) { return ThumbTo(l, 20); }, kMoved, 20, 2},
+        {"beyond it", 10, 0, 45, 2, [](ScrollState& l) { return ThumbTo(l, 36); }, kMoved, 35, 2},
+        {"the odd maximum of one page", 10, 0, 10, 2, [](ScrollState& l) { return ThumbTo(l, 10); }, kNothing,
          0, 2},
     };
     for (const ListRow& row : rows)
@@ -97,15 +99,16 @@ TEST(ListScrolling, MovesToARow) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sentence);
-        ListScroll list{{10, row.top, row.total}, 5};
+        ScrollState list{10, row.top, row.total, 5};
         EXPECT_EQ(MoveTo(list, row.row), row.found);
-        EXPECT_EQ(list.rows.top, row.newTop);
+        EXPECT_EQ(list.top, row.newTop);
         EXPECT_EQ(list.cursor, row.newCursor);
     }
 }
 
 struct TextRow {
     const char* sentence;
+    ScrollKind kind;
     uint32_t top, total;  // ten of them blank
     ScrollResult (*move)(ScrollState& text);
     ScrollResult result;
@@ -114,43 +117,36 @@ struct TextRow {
 
 void CheckRow(const TextRow& row) {
     SCOPED_TRACE(row.sentence);
-    ScrollState text{10, row.top, row.total};
+    ScrollState text{10, row.top, row.total, 0, row.kind};
     EXPECT_EQ(row.move(text), row.result);
     EXPECT_EQ(text.top, row.newTop);
 }
 
 TEST(TextScrolling, Pages) {
-    const auto goOn = [](ScrollState& text) { return TextPageDown(text, true); };
-    const auto stay = [](ScrollState& text) { return TextPageDown(text, false); };
     const TextRow rows[] = {
-        {"no text", 0, 10, stay, kNothing, 0},
-        {"less than a page, next article", 0, 15, goOn, kAtEnd, 0},
-        {"less than a page scrolls to its end all the same", 0, 15, stay, kMoved, 5},
-        {"two pages less three lines", 0, 17, stay, kMoved, 7},
-        {"the last line stands on top", 8, 18, stay, kNothing, 8},
-        {"exactly a page of text, next article", 0, 20, goOn, kAtEnd, 0},
-        {"the last two lines of a page of text", 8, 20, stay, kMoved, 10},
-        {"a line more than a page", 0, 21, goOn, kMoved, 8},
-        {"a long text", 8, 110, goOn, kMoved, 16},
-        {"a long text with its last line in sight", 90, 110, goOn, kAtEnd, 90},
-        {"page up of more than a step", 9, 110, TextPageUp, kMoved, 1},
+        {"no text", kText, 0, 10, PageDown, kNothing, 0},
+        {"less than a page, next article", kGoingOn, 0, 15, PageDown, kAtEnd, 0},
+        {"less than a page scrolls to its end all the same", kText, 0, 15, PageDown, kMoved, 5},
+        {"two pages less three lines", kText, 0, 17, PageDown, kMoved, 7},
+        {"the last line stands on top", kText, 8, 18, PageDown, kNothing, 8},
+        {"exactly a page of text, next article", kGoingOn, 0, 20, PageDown, kAtEnd, 0},
+        {"the last two lines of a page of text", kText, 8, 20, PageDown, kMoved, 10},
+        {"a line more than a page", kGoingOn, 0, 21, PageDown, kMoved, 8},
+        {"a long text", kGoingOn, 8, 110, PageDown, kMoved, 16},
+        {"a long text with its last line in sight", kGoingOn, 90, 110, PageDown, kAtEnd, 90},
+        {"page up of more than a step", kText, 9, 110, PageUp, kMoved, 1},
     };
     for (const TextRow& row : rows)
         CheckRow(row);
 }
 
-TEST(TextScrolling, LinesAndThumb) {
-    const auto goOn = [](ScrollState& text) { return TextLineDown(text, true); };
-    const auto stay = [](ScrollState& text) { return TextLineDown(text, false); };
+TEST(TextScrolling, Lines) {
     const TextRow rows[] = {
-        {"exactly a page of text, next article", 0, 20, goOn, kAtEnd, 0},
-        {"exactly a page of text", 0, 20, stay, kMoved, 1},
-        {"a line more than a page", 0, 21, goOn, kMoved, 1},
-        {"no further than the blank page", 11, 21, stay, kNothing, 11},
-        {"no text", 0, 10, stay, kNothing, 0},
-        {"up from the second line", 1, 21, TextLineUp, kMoved, 0},
-        {"thumb to a line", 0, 110, [](ScrollState& t) { return TextThumbTo(t, 50); }, kMoved, 50},
-        {"thumb past the last line", 0, 110, [](ScrollState& t) { return TextThumbTo(t, 101); }, kMoved, 100},
+        {"exactly a page of text, next article", kGoingOn, 0, 20, LineDown, kAtEnd, 0},
+        {"exactly a page of text", kText, 0, 20, LineDown, kMoved, 1},
+        {"a line more than a page", kGoingOn, 0, 21, LineDown, kMoved, 1},
+        {"no further than the blank page", kText, 11, 21, LineDown, kNothing, 11},
+        {"no text", kText, 0, 10, LineDown, kNothing, 0},
     };
     for (const TextRow& row : rows)
         CheckRow(row);
@@ -170,8 +166,8 @@ TEST(ScrollRanges, HaveTheirOddEdges) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.sentence);
-        EXPECT_EQ(ListScrollMaximum({10, 0, row.total}), row.list);
-        EXPECT_EQ(TextScrollMaximum({10, 0, row.total}), row.text);
+        EXPECT_EQ(ScrollMaximum({10, 0, row.total}), row.list);
+        EXPECT_EQ(ScrollMaximum({10, 0, row.total, 0, kText}), row.text);
     }
 }
 

@@ -17,11 +17,17 @@ using UINT = unsigned;
 using SIZE_T = std::size_t;
 using HANDLE = void*;
 using HKEY = void*;
+using HWND = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
 using SECURITY_ATTRIBUTES = void;
 using OVERLAPPED = void;
+using HGDIOBJ = void*;
+using HIMAGELIST = void*;
+using HWND = void*;
+using HMENU = void*;
+using HHOOK = void*;
 #define WINAPI
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
@@ -54,6 +60,19 @@ BOOL HeapDestroy(HANDLE heap);
 UINT TextCodePage();
 int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units);
 int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*);
+
+// A listing of the folder finds nothing here.
+constexpr DWORD ERROR_NO_MORE_FILES = 18;
+struct FoundFile {
+    wchar_t cFileName[260];
+};
+inline HANDLE FindFirst(const wchar_t*, FoundFile&) {
+    SetError(kErrorFileNotFound);
+    return INVALID_HANDLE_VALUE;
+}
+inline bool FindNext(HANDLE, FoundFile&) {
+    return false;
+}
 
 // Sockets. The system's own `fd_set` has another shape.
 using SOCKET = uintptr_t;
@@ -97,16 +116,28 @@ inline uint16_t htons(uint16_t port) {
 }
 
 // Windows, for headers that name them.
-using HWND = void*;
 using HINSTANCE = void*;
+struct MSG;
 constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
 
 // Named by the owners, never called here.
-BOOL FindClose(HANDLE);
+inline BOOL FindClose(HANDLE) {
+    return 1;
+}
+BOOL SetEvent(HANDLE);
+BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
+BOOL SetEvent(HANDLE);
+HDC GetDC(HWND);
+int ReleaseDC(HWND, HDC);
+HGDIOBJ SelectObject(HDC, HGDIOBJ);
+BOOL ImageList_Destroy(HIMAGELIST);
+BOOL DestroyMenu(HMENU);
+BOOL UnhookWindowsHookEx(HHOOK);
 
-#include "tests/support/memory_disk.h"
+namespace memory_disk {}
 using namespace memory_disk;
+#include "tests/support/memory_disk.h"

@@ -1,9 +1,9 @@
-#include "settings/settings_sheet.h"
+#include "sheet/settings_sheet.h"
 
 #include <new>
 
 #include "resources/resource.h"
-#include "settings/pages.h"
+#include "sheet/pages.h"
 #include "settings/registry.h"
 #include "text/last_error.h"
 

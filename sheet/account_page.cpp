@@ -1,7 +1,7 @@
 #include <wchar.h>
 
 #include "resources/resource.h"
-#include "settings/pages.h"
+#include "sheet/pages.h"
 #include "text/convert.h"
 
 namespace {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/platform.h"
-#include "store/kept_bytes.h"
+#include "files/kept_bytes.h"
 
 struct KeywordDialogState {
     const wchar_t* filterPath = nullptr;       // the ".flt" file; borrowed

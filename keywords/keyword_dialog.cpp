@@ -1,4 +1,4 @@
-#include "filters/keyword_dialog.h"
+#include "keywords/keyword_dialog.h"
 
 #include <wchar.h>
 
@@ -6,7 +6,7 @@
 
 #include "filters/keyword_filter.h"
 #include "resources/resource.h"
-#include "store/file.h"
+#include "files/data_file.h"
 #include "store/record.h"
 #include "text/convert.h"
 #include "text/last_error.h"

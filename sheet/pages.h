@@ -1,7 +1,7 @@
 // The pages of the properties sheet. Each edits the fields of the record that its comment names.
 #pragma once
 
-#include "settings/settings_page.h"
+#include "sheet/settings_page.h"
 
 // Server, Port, DataPath, Limit.
 class MainPage final : public SettingsPage {

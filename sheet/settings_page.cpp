@@ -1,4 +1,4 @@
-#include "settings/settings_page.h"
+#include "sheet/settings_page.h"
 
 #include "text/convert.h"
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "store/file.h"
+#include "files/data_file.h"
 
 struct KeptBytes {
     NarrowText bytes;  // no NUL at their end; null when there are none

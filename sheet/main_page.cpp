@@ -1,7 +1,7 @@
 #include "drafts/file_chooser.h"
 #include "platform/owners.h"
 #include "resources/resource.h"
-#include "settings/pages.h"
+#include "sheet/pages.h"
 
 namespace {
 

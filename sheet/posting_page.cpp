@@ -1,6 +1,6 @@
 #include "drafts/file_chooser.h"
 #include "resources/resource.h"
-#include "settings/pages.h"
+#include "sheet/pages.h"
 
 PostingPage::PostingPage() : SettingsPage(IDD_PAGE_POSTING, IDS_PAGE_POSTING) {}
 

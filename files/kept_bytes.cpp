@@ -1,4 +1,4 @@
-#include "store/kept_bytes.h"
+#include "files/kept_bytes.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include "dialup/dialup.h"
 #include "resources/resource.h"
-#include "settings/pages.h"
+#include "sheet/pages.h"
 
 namespace {
 

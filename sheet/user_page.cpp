@@ -1,5 +1,5 @@
 #include "resources/resource.h"
-#include "settings/pages.h"
+#include "sheet/pages.h"
 #include "text/convert.h"
 
 namespace {
