@@ -39,10 +39,7 @@ class GroupListTest : public testing::Test {
         hook_ = SetWindowsHookExW(WH_CALLWNDPROC, WatchCounter, nullptr, GetCurrentThreadId());
         Renew();
     }
-    void TearDown() override {
-        SetFileFault(nullptr);
-        UnhookWindowsHookEx(hook_);
-    }
+    void TearDown() override { UnhookWindowsHookEx(hook_); }
 
     void Renew() {
         folder_.Write(L"active.dat", kOld);
@@ -174,9 +171,10 @@ std::string LongList(int count, bool ownCategories) {
 
 TEST_F(GroupListTest, AListThatHasNoRoomIsTold) {
     ScriptedServer full(Script(kList + LongList(3000, false)));
-    SetFileFault([](FileCall call) -> DWORD { return call == FileCall::kWrite ? ERROR_DISK_FULL : 0; });
-    EXPECT_THAT(Run(Request(full.Start())), ElementsAre("!|PELNOR|ファイル書き込みに失敗(112)"));
-    SetFileFault(nullptr);
+    {
+        const FileCalls calls(FileCall::kWrite, ERROR_DISK_FULL);
+        EXPECT_THAT(Run(Request(full.Start())), ElementsAre("!|PELNOR|ファイル書き込みに失敗(112)"));
+    }
     (void)full.Finish();  // it may not have got rid of the whole list
     ScriptedServer server(Script(kList + LongList(40000, true)));
     EXPECT_THAT(Run(Request(server.Start())), ElementsAre("!|PELNOR|ハッシュテーブル書き込みに失敗(8)"));

@@ -87,8 +87,6 @@ bool Play(HWND dialog, const std::string& part) {
 
 class KeywordDialogTest : public testing::Test {
   protected:
-    void TearDown() override { SetFileFault(nullptr); }
-
     void Put(const std::string& file) {
         if (file == kNone) {
             DeleteFileW(path_.c_str());
@@ -183,10 +181,12 @@ TEST_F(KeywordDialogTest, FailuresAreToldAndLeaveTheOldFile) {
     ASSERT_TRUE(OpenDataFile(held, path_.c_str(), FileMode::kReadAlone));
     EXPECT_EQ(Run(L"a", "[a=] <a> = | cancel", {"x|" + Utf8(path_) + "|ファイルが開けませんでした(32)"}), 2);
     CloseDataFile(held);
-    SetFileFault([](FileCall call) -> DWORD { return call == FileCall::kWrite ? ERROR_DISK_FULL : 0; });
-    EXPECT_EQ(Run(L"a", "high | OK", {"x|" + Utf8(path_) + "~|フィルタファイルが書き込めませんでした(112)"}),
-              2);
-    SetFileFault(nullptr);
+    {
+        const FileCalls calls(FileCall::kWrite, ERROR_DISK_FULL);
+        EXPECT_EQ(
+            Run(L"a", "high | OK", {"x|" + Utf8(path_) + "~|フィルタファイルが書き込めませんでした(112)"}),
+            2);
+    }
     EXPECT_EQ(File(), old);
     EXPECT_EQ(Run(L"a", "high | OK"), 1);
     EXPECT_EQ(File(), "+ a\r\n" + old) << "what the failure left is no hindrance";

@@ -133,7 +133,6 @@ class SubscribeTest : public testing::Test {
         folder_.Write(L"active.dat", AsFile(kActive));
         folder_.Write(L"category.dat", "junk\r\nfj\r\nfjx\r\nalt\r\n");
     }
-    void TearDown() override { SetFileFault(nullptr); }
 
     void PutGroups(const std::string& file) { folder_.Write(L"group.dat", file); }
     std::string Groups() const { return folder_.Read(L"group.dat"); }
@@ -215,12 +214,6 @@ TEST_F(SubscribeTest, OverlongLinesStayInTheFile) {
     EXPECT_EQ(Groups(), InHashOrder({"fj.ab", longest, "fj.ba", "fj.test"}) + lines[0] + lines[1] + lines[2]);
 }
 
-int readsLeft = 0;
-
-DWORD FailReads(FileCall call) {
-    return call == FileCall::kRead && --readsLeft < 0 ? ERROR_CRC : 0;
-}
-
 TEST_F(SubscribeTest, AFileThatWasNotReadWholeIsNotWrittenOver) {
     constexpr int kAllReads = 99;
     const struct {
@@ -242,13 +235,11 @@ TEST_F(SubscribeTest, AFileThatWasNotReadWholeIsNotWrittenOver) {
         PutGroups(row.file);
         DataFile held;
         ASSERT_TRUE(!row.held || OpenDataFile(held, group_.c_str(), FileMode::kReadAlone));
-        readsLeft = row.reads;
-        if (row.reads < kAllReads) SetFileFault(FailReads);
+        const FileCalls reads(FileCall::kRead, ERROR_CRC, row.reads + 1);
         const std::string error = row.held ? "(32)" : row.reads < kAllReads ? "(23)" : "(8)";
         Run("? | OK",
             {std::string("x|PELNOR|") + row.box, "x|PELNOR|グループファイルが開けませんでした" + error},
             {{IDC_SUBSCRIBE_LIST, [&](HWND) { return CloseDataFile(held); }}});
-        SetFileFault(nullptr);
         EXPECT_EQ(Groups(), row.file);
     }
 }

@@ -135,29 +135,6 @@ TEST_F(DeleteReadTest, ACutOffDeletionIsFinishedOrCleared) {
     }
 }
 
-// Of what a deletion that failed half-way leaves, another one takes nothing, whichever call failed, and the
-// next start makes up for it.
-TEST_F(DeleteReadTest, AnUnfinishedDeletionWaitsForTheNextStart) {
-    const GroupBytes old = FilesOf(kEnded, false), made = FilesOf(kEnded, true);
-    int calls = 1;
-    for (int fault = 0; fault <= calls; ++fault) {
-        SCOPED_TRACE(fault);
-        Write(old);
-        {
-            const FileFaults faults(fault);
-            EXPECT_TRUE(DeleteRead(store) || fault > 0);
-            if (fault == 0) calls = faultPlan.calls;
-        }
-        EXPECT_TRUE(folder.Has(L"fj.test.log") || !folder.Has(L"fj.test.idx")) << "an index without its log";
-        const bool waits = HasTemporaries();
-        EXPECT_NE(DeleteRead(store), waits);
-        EXPECT_TRUE(FinishDeletion(store));
-        EXPECT_EQ(Log(), made.log);
-        EXPECT_EQ(Index().substr(100), made.index.substr(100));
-        EXPECT_FALSE(HasTemporaries());
-    }
-}
-
 TEST_F(DeleteReadTest, ANewIndexThatDoesNotFitTheLogIsNeverTaken) {
     const GroupBytes old = FilesOf({{"one"}, {"two", 1}, {"three"}}, false);
     HeaderBytes two;

@@ -1,6 +1,8 @@
 #include "tests/faults/folder_state.h"
 
 #include <algorithm>
+#include <numeric>
+#include <set>
 
 namespace {
 
@@ -59,6 +61,15 @@ GroupState ReadGroup(const std::string& index, const std::string& log, std::stri
     return group;
 }
 
+std::string SortedLines(const std::string& text) {
+    std::set<std::string> lines;
+    for (size_t start = 0, end; start < text.size(); start = end) {
+        end = std::min(text.find('\n', start), text.size() - 1) + 1;
+        lines.insert(text.substr(start, end - start));
+    }
+    return std::accumulate(lines.begin(), lines.end(), std::string());
+}
+
 }  // namespace
 
 FolderState ReadFolder(const Storage& storage, const std::vector<std::wstring>& groups) {
@@ -70,6 +81,7 @@ FolderState ReadFolder(const Storage& storage, const std::vector<std::wstring>& 
     for (const auto& [path, content] : storage.files) {
         const std::wstring end = path.substr(path.size() - 4);
         if (end == L".dat" || end == L".flt") state.files[path.substr(kFolder.size())] = content;
+        if (path == kFolder + L"group.dat") state.files[L"group.dat"] = SortedLines(content);
         if (end == L"idx~" || end == L".id~" || end == L".lo~")
             state.problems.push_back(Plain(path) + " is left over");
     }

@@ -12,15 +12,18 @@ struct ArticleState {
     std::string text;  // its bytes in the log
 };
 
+using Articles = std::map<uint32_t, ArticleState>;  // by number on the server
+
 struct GroupState {
-    std::map<uint32_t, ArticleState> articles;  // by number on the server
-    std::string progress;                       // last fetched, server last and status text
-    bool countsAreTrue = false;                 // the header counts what the records say
+    Articles articles;
+    std::string progress;        // last fetched, server last and status text
+    bool countsAreTrue = false;  // the header counts what the records say
 };
 
 struct FolderState {
     std::map<std::wstring, GroupState> groups;
-    // The lists, the keywords and, under "HKCU\", the settings.
+    // The lists, the keywords and, under "HKCU\", the settings. The order of the subscriptions is not the
+    // reader's, so their lines are sorted.
     std::map<std::wstring, std::string> files;
     // What must never be: a record that does not name its article, a file that is left over.
     std::vector<std::string> problems;

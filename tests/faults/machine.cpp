@@ -10,173 +10,32 @@
 #include "tests/support/memory_watch.h"
 
 Machine machine;
+std::map<std::wstring, std::string>& memoryFiles = machine.storage.files;
 const std::wstring kFolder = L"N:\\news\\";
 
 namespace {
 
-constexpr std::size_t kSectorSize = 512;
-constexpr std::size_t kDiskSize =
-    1 << 20;                       // of a file; what a damaged number reaches beyond it fills the disk
 constexpr int kLongestRead = 700;  // bytes that one recv gives
 constexpr char kGreeting[] = "200 ready\r\n";
 
-struct Handle {
-    std::wstring path;  // of a file or a key
-    bool writes = false;
-    bool shares = false;
-    std::size_t position = 0;
-    std::vector<std::wstring> found = {};  // by a search, the next one last
-};
-std::map<HANDLE, Handle> handles;
-
-HANDLE NewHandle(Handle&& opened) {
-    static std::uintptr_t last = 0x100000;  // the system's own are smaller
-    const auto handle = reinterpret_cast<HANDLE>(last += 4);
-    handles[handle] = std::move(opened);
-    return handle;
-}
-
-template <class Result>
-Result Refuse(DWORD error, Result result) {
-    SetLastError(error);
-    return result;
-}
+}  // namespace
 
 bool Fails(std::string_view call) {
     const DWORD error = machine.fault ? machine.fault(call) : 0;
     return error != 0 && Refuse(error, true);
 }
 
-// The disk.
+namespace {
 
-// Two backslashes in a row are one.
-std::wstring Plain(const wchar_t* path) {
-    std::wstring plain;
-    for (; *path; ++path) {
-        if (*path != L'\\' || plain.empty() || plain.back() != L'\\') plain += *path;
-    }
-    return plain;
-}
-
-bool Exists(const std::wstring& path) {
-    return machine.storage.files.count(path) + machine.storage.files.count(path + L'\\') != 0;
-}
-
-bool IsOpenedBy(const std::wstring& path, bool (*counts)(const Handle&)) {
-    return std::any_of(handles.begin(), handles.end(), [&](const auto& handle) {
-        return handle.second.path == path && counts(handle.second);
-    });
-}
-
-bool IsOpen(const std::wstring& path) {
-    return IsOpenedBy(path, [](const Handle&) { return true; });
-}
-
-bool MayBeOpened(const std::wstring& path, bool writes, bool shares) {
-    const bool othersForbid = IsOpenedBy(path, [](const Handle& handle) { return !handle.shares; });
-    const bool othersWrite = IsOpenedBy(path, [](const Handle& handle) { return handle.writes; });
-    return !othersForbid && !othersWrite && !(IsOpen(path) && (writes || !shares));
-}
-
-HANDLE WINAPI OpenFileAt(const wchar_t* name, DWORD access, DWORD sharing, SECURITY_ATTRIBUTES*,
-                         DWORD disposition, DWORD, HANDLE) {
-    if (Fails("CreateFileW")) return INVALID_HANDLE_VALUE;
-    const std::wstring path = Plain(name);
-    const bool exists = Exists(path), writes = access & GENERIC_WRITE;
-    if (!exists && (disposition == OPEN_EXISTING || disposition == TRUNCATE_EXISTING))
-        return Refuse(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
-    if (exists && disposition == CREATE_NEW) return Refuse(ERROR_FILE_EXISTS, INVALID_HANDLE_VALUE);
-    if (!MayBeOpened(path, writes, sharing != 0))
-        return Refuse(ERROR_SHARING_VIOLATION, INVALID_HANDLE_VALUE);
-    if (!exists || disposition == TRUNCATE_EXISTING) machine.storage.files[path].clear();
-    SetLastError(exists && disposition == OPEN_ALWAYS ? ERROR_ALREADY_EXISTS : 0);
-    return NewHandle({path, writes, sharing != 0});
-}
-
-BOOL WINAPI ReadFrom(HANDLE handle, void* destination, DWORD count, DWORD* read, OVERLAPPED*) {
-    *read = 0;
-    if (Fails("ReadFile")) return FALSE;
-    Handle& file = handles.at(handle);
-    const std::string& content = machine.storage.files.at(file.path);
-    const std::size_t start = std::min(file.position, content.size());
-    *read = static_cast<DWORD>(std::min<std::size_t>(count, content.size() - start));
-    std::memcpy(destination, content.data() + start, *read);
-    file.position = start + *read;
-    return TRUE;
-}
-
-// Sector by sector, as a medium takes it: what stops a write leaves the sectors before.
-BOOL WINAPI WriteTo(HANDLE handle, const void* source, DWORD count, DWORD* written, OVERLAPPED*) {
-    *written = 0;
-    if (Fails("WriteFile")) return FALSE;
-    Handle& file = handles.at(handle);
-    std::string& content = machine.storage.files.at(file.path);
-    if (!file.writes) return Refuse(ERROR_ACCESS_DENIED, FALSE);
-    while (*written < count) {
-        if (Fails(kSector)) return FALSE;
-        if (file.position >= kDiskSize) return Refuse(ERROR_DISK_FULL, FALSE);
-        const std::size_t part =
-            std::min<std::size_t>(count - *written, kSectorSize - file.position % kSectorSize);
-        if (content.size() < file.position + part) content.resize(file.position + part);
-        content.replace(file.position, part, static_cast<const char*>(source) + *written, part);
-        file.position += part;
-        *written += static_cast<DWORD>(part);
-    }
-    return TRUE;
-}
-
-DWORD WINAPI MovePosition(HANDLE handle, LONG distance, LONG*, DWORD) {
-    if (Fails("SetFilePointer")) return INVALID_SET_FILE_POINTER;
-    handles.at(handle).position = static_cast<DWORD>(distance);
-    return static_cast<DWORD>(distance);
-}
-
-BOOL WINAPI CutAtPosition(HANDLE handle) {
-    if (Fails("SetEndOfFile")) return FALSE;
-    machine.storage.files.at(handles.at(handle).path).resize(handles.at(handle).position);
-    return TRUE;
-}
-
-DWORD WINAPI SizeOf(HANDLE handle, DWORD* high) {
-    if (high) *high = 0;
-    if (Fails("GetFileSize")) return INVALID_FILE_SIZE;
-    return static_cast<DWORD>(machine.storage.files.at(handles.at(handle).path).size());
-}
-
-BOOL WINAPI DeleteAt(const wchar_t* name) {
-    if (Fails("DeleteFileW")) return FALSE;
-    const std::wstring path = Plain(name);
-    if (IsOpen(path)) return Refuse(ERROR_SHARING_VIOLATION, FALSE);
-    return machine.storage.files.erase(path) != 0 || Refuse(ERROR_FILE_NOT_FOUND, FALSE);
-}
-
-BOOL WINAPI Rename(const wchar_t* oldName, const wchar_t* newName) {
-    if (Fails("MoveFileW")) return FALSE;
-    const std::wstring from = Plain(oldName), to = Plain(newName);
-    if (!Exists(from)) return Refuse(ERROR_FILE_NOT_FOUND, FALSE);
-    if (Exists(to)) return Refuse(ERROR_ALREADY_EXISTS, FALSE);
-    if (IsOpen(from)) return Refuse(ERROR_SHARING_VIOLATION, FALSE);
-    machine.storage.files[to] = machine.storage.files[from];
-    machine.storage.files.erase(from);
-    return TRUE;
-}
+// The disk, beside what memory_disk.h has.
 
 BOOL WINAPI MakeFolder(const wchar_t* name, SECURITY_ATTRIBUTES*) {
     if (Fails("CreateDirectoryW")) return FALSE;
-    const std::wstring path = Plain(name);
-    if (Exists(path)) return Refuse(ERROR_ALREADY_EXISTS, FALSE);
-    machine.storage.files[path + L'\\'];
-    return TRUE;
+    const std::wstring path = PlainPath(name);
+    return memoryFiles.insert({path + L'\\', ""}).second || Refuse(ERROR_ALREADY_EXISTS, FALSE);
 }
 
-DWORD WINAPI AttributesOf(const wchar_t* name) {
-    if (Fails("GetFileAttributesW")) return INVALID_FILE_ATTRIBUTES;
-    const std::wstring path = Plain(name);
-    if (!Exists(path)) return Refuse(ERROR_FILE_NOT_FOUND, INVALID_FILE_ATTRIBUTES);
-    return machine.storage.files.count(path) ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_DIRECTORY;
-}
-
-BOOL TakeFound(Handle& search, WIN32_FIND_DATAW* found) {
+BOOL TakeFound(MemoryHandle& search, WIN32_FIND_DATAW* found) {
     if (search.found.empty()) return Refuse(ERROR_NO_MORE_FILES, FALSE);
     std::wstring name = search.found.back();
     search.found.pop_back();
@@ -193,7 +52,7 @@ std::vector<std::wstring> NamesThatFit(const std::wstring& pattern) {
     const std::wstring start = pattern.substr(0, star);
     const std::wstring end = star == pattern.npos ? L"" : pattern.substr(star + 1);
     std::vector<std::wstring> names;
-    for (const auto& [path, content] : machine.storage.files) {
+    for (const auto& [path, content] : memoryFiles) {
         const std::wstring plain = path.substr(0, path.size() - (path.back() == L'\\'));
         const bool fits = plain.size() >= start.size() + end.size() &&
                           plain.compare(0, start.size(), start) == 0 &&
@@ -207,26 +66,25 @@ std::vector<std::wstring> NamesThatFit(const std::wstring& pattern) {
 
 HANDLE WINAPI SearchFor(const wchar_t* pattern, WIN32_FIND_DATAW* found) {
     if (Fails("FindFirstFileW")) return INVALID_HANDLE_VALUE;
-    Handle search;
-    search.found = NamesThatFit(Plain(pattern));
+    MemoryHandle search;
+    search.found = NamesThatFit(PlainPath(pattern));
     if (!TakeFound(search, found)) return Refuse(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
     return NewHandle(std::move(search));
 }
 
 BOOL WINAPI SearchOn(HANDLE search, WIN32_FIND_DATAW* found) {
-    return !Fails("FindNextFileW") && TakeFound(handles.at(search), found);
+    return !Fails("FindNextFileW") && TakeFound(AtHandle(search), found);
 }
 
 BOOL WINAPI Close(HANDLE handle) {
     static const auto closeReal = RealFunction<decltype(&Close)>("CloseHandle");
-    return handles.erase(handle) != 0 || closeReal(handle);
+    return CloseMemoryHandle(handle) || closeReal(handle);
 }
 
 // The registry.
 
 std::wstring KeyPath(HKEY key) {
-    const auto found = handles.find(key);
-    return (found == handles.end() ? L"HKCU" : found->second.path) + L'\\';
+    return (key == HKEY_CURRENT_USER ? L"HKCU" : AtHandle(key).path) + L'\\';
 }
 
 LSTATUS WINAPI OpenKeyAt(HKEY parent, const wchar_t* path, DWORD, wchar_t*, DWORD, REGSAM,
@@ -261,7 +119,7 @@ LSTATUS WINAPI DeleteValueOf(HKEY key, const wchar_t* name) {
 }
 
 LSTATUS WINAPI CloseKey(HKEY key) {
-    return handles.erase(key) != 0 ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
+    return CloseMemoryHandle(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
 
 // The network: one connection at a time, to a server that is asked in place.
@@ -313,7 +171,7 @@ int WSAAPI SetOption(SOCKET, int, int, const char*, int) {
 }
 
 int WSAAPI CloseSocket(SOCKET socket) {
-    return handles.erase(reinterpret_cast<HANDLE>(socket)) != 0 ? 0 : SOCKET_ERROR;
+    return CloseMemoryHandle(reinterpret_cast<HANDLE>(socket)) ? 0 : SOCKET_ERROR;
 }
 
 // Threads.
@@ -373,7 +231,7 @@ struct Watching {
 }  // namespace
 
 std::size_t HeldByProgram() {
-    return handles.size() + held.size();
+    return OpenHandles() + held.size();
 }
 
 bool UsesNetwork(std::string_view call) {
@@ -382,19 +240,19 @@ bool UsesNetwork(std::string_view call) {
 }
 
 std::string& FileOf(const std::wstring& name) {
-    return machine.storage.files[kFolder + name];
+    return memoryFiles[kFolder + name];
 }
 
-IN_PLACE_OF(CreateFileW, OpenFileAt)
-IN_PLACE_OF(ReadFile, ReadFrom)
-IN_PLACE_OF(WriteFile, WriteTo)
-IN_PLACE_OF(SetFilePointer, MovePosition)
-IN_PLACE_OF(SetEndOfFile, CutAtPosition)
-IN_PLACE_OF(GetFileSize, SizeOf)
-IN_PLACE_OF(DeleteFileW, DeleteAt)
-IN_PLACE_OF(MoveFileW, Rename)
+IN_PLACE_OF(CreateFileW, memory_disk::CreateFileW)
+IN_PLACE_OF(ReadFile, memory_disk::ReadFile)
+IN_PLACE_OF(WriteFile, memory_disk::WriteFile)
+IN_PLACE_OF(SetFilePointer, memory_disk::SetFilePointer)
+IN_PLACE_OF(SetEndOfFile, memory_disk::SetEndOfFile)
+IN_PLACE_OF(GetFileSize, memory_disk::GetFileSize)
+IN_PLACE_OF(DeleteFileW, memory_disk::DeleteFileW)
+IN_PLACE_OF(MoveFileW, memory_disk::MoveFileW)
 IN_PLACE_OF(CreateDirectoryW, MakeFolder)
-IN_PLACE_OF(GetFileAttributesW, AttributesOf)
+IN_PLACE_OF(GetFileAttributesW, memory_disk::GetFileAttributesW)
 IN_PLACE_OF(FindFirstFileW, SearchFor)
 IN_PLACE_OF(FindNextFileW, SearchOn)
 IN_PLACE_OF(FindClose, Close)

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/platform.h"
+#include "tests/support/memory_disk.h"
 
 // What the end of the program leaves.
 struct Storage {
@@ -30,7 +30,6 @@ struct Machine {
 };
 extern Machine machine;
 
-constexpr std::string_view kSector = "sector";
 constexpr std::string_view kMemory = "memory";
 bool UsesNetwork(std::string_view call);
 

@@ -175,6 +175,14 @@ Outcome Delete() {
     return Both(InEachGroup(DeleteRead), Start());
 }
 
+// Of what one that failed half-way leaves, another takes nothing.
+Outcome DeleteTwice() {
+    const Outcome outcome = InEachGroup(DeleteRead);
+    machine.fault = nullptr;
+    (void)InEachGroup(DeleteRead);
+    return outcome;
+}
+
 // The user turns the marks of one group.
 Outcome Read() {
     ArticleList list;
@@ -320,6 +328,7 @@ const std::vector<Operation> kOperations = {
     {"catch-up on the server", PutCurrent, CatchUpServer},
     {"reading: marks set and cleared", PutCurrent, Read},
     {"deletion of the read articles", PutCurrent, Delete},
+    {"deletion that is tried twice", PutCurrent, DeleteTwice},
     {"priorities after a change of keywords", PutOtherKeywords, ChangeKeywords},
     {"priorities after a save of keywords cut off", PutCutOffKeywords, ChangeKeywords},
     {"download of the group list", PutCurrent, FetchList, true},

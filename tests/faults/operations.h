@@ -35,6 +35,10 @@ Outcome Download(const std::vector<std::wstring>& groups);
 // A server's reply to GROUP, HEAD or BODY in a group that holds these articles.
 std::string ReplyOf(const std::vector<Article>& articles, const std::string& command);
 
+inline void PrintTo(const Operation& operation, std::ostream* out) {
+    *out << operation.name;
+}
+
 // The subject view opens and leaves each group.
 bool OpenEachGroup();
 

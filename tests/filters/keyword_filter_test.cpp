@@ -45,11 +45,12 @@ TEST(KeywordFilterTest, FilesGiveTwoLists) {
         EXPECT_EQ(Keywords(filter.high), row.high) << row.why;
         EXPECT_EQ(Keywords(filter.low), row.low) << row.why;
     }
-    SetFileFault([](FileCall) -> DWORD { return ERROR_ACCESS_DENIED; });
-    EXPECT_FALSE(LoadKeywordFilter(filter, path.c_str()));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ACCESS_DENIED});
-    EXPECT_EQ(filter.low, nullptr) << "emptied before the file is opened";
-    SetFileFault(nullptr);
+    {
+        const FileCalls calls(FileCall::kOpen, ERROR_ACCESS_DENIED);
+        EXPECT_FALSE(LoadKeywordFilter(filter, path.c_str()));
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_ACCESS_DENIED});
+        EXPECT_EQ(filter.low, nullptr) << "emptied before the file is opened";
+    }
     ASSERT_TRUE(AddKeywordLine(filter, "+ a"));
     EXPECT_TRUE(LoadKeywordFilter(filter, folder.FilePath(L"missing.flt").c_str()));
     EXPECT_EQ(filter.high, nullptr) << "a missing file is an empty filter";

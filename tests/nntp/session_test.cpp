@@ -441,14 +441,6 @@ TEST(Session, WalksTheGroups) {
     }
 }
 
-// The n-th call of one kind fails.
-FileCall faultyCall;
-int callsUntilFault = 0;
-
-DWORD FailNth(FileCall call) {
-    return call == faultyCall && --callsUntilFault == 0 ? ERROR_DISK_FULL : 0;
-}
-
 TEST(Download, TellsWhichFileFailed) {
     const struct {
         FileCall call;
@@ -468,11 +460,8 @@ TEST(Download, TellsWhichFileFailed) {
         run.groups = {kName};
         run.PutIndex(kName, 0);
         ScriptedServer server(Script(kStart + Article(5) + Article(6)));
-        faultyCall = row.call;
-        callsUntilFault = row.at;
-        SetFileFault(FailNth);
+        const FileCalls calls(row.call, ERROR_DISK_FULL, row.at);
         run.RunAt(L"127.0.0.1", server.Start());
-        SetFileFault(nullptr);
         (void)server.Finish();  // the script goes on past the fault
         EXPECT_EQ(run.result.title, std::wstring(kName));
         EXPECT_EQ(run.result.text, std::wstring(row.text));

@@ -40,7 +40,7 @@ TEST_F(ArticleListTest, AMarkThatIsNotOnDiskIsNotShown) {
         EXPECT_EQ(GetLastError(), 87u) << outside;
     }
     {
-        const FileFaults faults(1);
+        const FileCalls calls(FileCall::kOpen, ERROR_IO_DEVICE);
         EXPECT_FALSE(SetFlags(list, 3, kReadFlag));
     }
     EXPECT_EQ(list.page[1].flags, 0u);
@@ -65,7 +65,7 @@ TEST_F(ArticleListTest, ARecordThatHasMovedIsNotMarked) {
 
 TEST_F(ArticleListTest, AListThatCouldNotBeBuiltIsBuiltLater) {
     {
-        const FileFaults faults(1);
+        const FileCalls calls(FileCall::kOpen, ERROR_IO_DEVICE);
         EXPECT_FALSE(BuildArticleList(list, 2));
     }
     EXPECT_EQ(list.visibleCount, 0u);

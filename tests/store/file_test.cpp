@@ -93,31 +93,13 @@ TEST_F(FileTest, WhatCouldNotBeWrittenIsForgotten) {
     SeekToEnd(file);
     ASSERT_TRUE(WriteBytes(file, "lost", 4));
     {
-        const FileFaults faults(1);
+        const FileCalls calls(FileCall::kWrite, ERROR_IO_DEVICE);
         EXPECT_FALSE(FlushDataFile(file));
         EXPECT_EQ(GetLastError(), DWORD{ERROR_IO_DEVICE});
     }
     SeekToEnd(file);
     ASSERT_TRUE(WriteBytes(file, "new", 3) && CloseDataFile(file));
     EXPECT_EQ(folder.Read(L"f"), "oldnew");
-}
-
-TEST_F(FileTest, EveryCallPassesItsFailureOn) {
-    folder.Write(L"f", "old");
-    DataFile file;
-    char bytes[4] = {};
-    uint32_t got = 0;
-    const auto fails = [](auto call) {
-        const FileFaults faults(1);
-        return !call() && GetLastError() == ERROR_IO_DEVICE;
-    };
-    EXPECT_TRUE(fails([&] { return Open(file, FileMode::kRead); }));
-    ASSERT_TRUE(Open(file, FileMode::kRead));
-    EXPECT_TRUE(fails([&] { return ReadBytes(file, bytes, 3, got); }));
-    EXPECT_TRUE(fails([&] { return ReadLine(file, bytes, 4, false); }));
-    CloseDataFile(file);
-    EXPECT_TRUE(fails([&] { return DeleteDataFile(path.c_str()); }));
-    EXPECT_TRUE(fails([&] { return RenameDataFile(path.c_str(), L"g"); }));
 }
 
 TEST_F(FileTest, PositionsBeyondTwoGigabytes) {

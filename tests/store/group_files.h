@@ -69,33 +69,6 @@ inline std::string IndexBytes(const HeaderBytes& header, const std::vector<Recor
     return bytes;
 }
 
-// Lets every call to the system count, and the `faultAt`-th fail with error 1117.
-struct FaultPlan {
-    int faultAt = 0;  // 0: none
-    int calls = 0;
-    int writes = 0;
-};
-inline FaultPlan faultPlan;
-
-inline DWORD FailByPlan(FileCall call) {
-    ++faultPlan.calls;
-    if (call == FileCall::kWrite) ++faultPlan.writes;
-    return faultPlan.calls == faultPlan.faultAt ? ERROR_IO_DEVICE : 0;
-}
-
-// The plan holds until the end of the scope.
-class FileFaults {
-  public:
-    explicit FileFaults(int faultAt = 0) {
-        faultPlan = FaultPlan();
-        faultPlan.faultAt = faultAt;
-        SetFileFault(FailByPlan);
-    }
-    ~FileFaults() { SetFileFault(nullptr); }
-    FileFaults(const FileFaults&) = delete;
-    FileFaults& operator=(const FileFaults&) = delete;
-};
-
 class GroupTest : public testing::Test {
   protected:
     GroupTest() { EXPECT_TRUE(SetNames(store, folder.Path().c_str(), L"fj.test")); }

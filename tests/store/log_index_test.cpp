@@ -89,9 +89,9 @@ TEST_F(LogIndexTest, ArticlesAreAppendedByteForByte) {
     ASSERT_TRUE(SetStatusText(store, L"3"));
     ASSERT_TRUE(AppendAll());
     {
-        FileFaults faults;
+        const FileCalls writes(FileCall::kWrite);
         CloseBoth();
-        EXPECT_EQ(faultPlan.writes, 0) << "a finished article is on disk, whatever happens to the next";
+        EXPECT_EQ(writes.Count(), 0) << "a finished article is on disk, whatever happens to the next";
     }
     EXPECT_EQ(Log(), kThreeArticles);
     ASSERT_TRUE(WriteHeader(store));
@@ -223,12 +223,12 @@ TEST_F(LogIndexTest, PrioritiesFollowTheFilter) {
     std::vector<RecordBytes> records = Records();
     for (const auto& row : rows) {
         WriteFilter(row.filter);
-        FileFaults faults;
+        const FileCalls writes(FileCall::kWrite);
         EXPECT_TRUE(Refilter(store)) << row.why;
         for (int i = 0; i < 3; ++i)
             records[static_cast<std::size_t>(i)].flags = row.flags[i];
         EXPECT_EQ(Index(), IndexBytes({5, 0, 0, 0, 3, 0, "", 3, row.high, row.low}, records)) << row.why;
-        EXPECT_EQ(faultPlan.writes, row.writes) << row.why;
+        EXPECT_EQ(writes.Count(), row.writes) << row.why;
     }
 }
 
@@ -268,9 +268,9 @@ TEST_F(LogIndexTest, CountsAreThoseOnDiskAfterAWriteThatFailed) {
         for (int fault = 0; fault < calls; ++fault) {
             WriteIndex(IndexBytes({5, 0, 0, 0, 400, 0, "", 400}, std::vector<RecordBytes>(400)));
             {
-                const FileFaults faults(fault);
+                const FileCalls made(FileCall::kAny, ERROR_IO_DEVICE, fault);
                 EXPECT_TRUE(change(store) || fault > 0);
-                if (fault == 0) calls = faultPlan.calls;
+                if (fault == 0) calls = made.Count();
             }
             RecordCounts counts;
             ASSERT_TRUE(ReadHeader(store) &&

@@ -6,7 +6,19 @@
 
 namespace {
 
-FileFault fileFault = nullptr;
+// Nothing is watched with a count below zero.
+struct Plan {
+    FileCall kind = FileCall::kAny;
+    DWORD error = 0;
+    int failing = 0;
+    int count = -1;
+};
+Plan plan;
+
+DWORD ErrorOf(FileCall call) {
+    const bool counts = plan.count >= 0 && (plan.kind == FileCall::kAny || plan.kind == call);
+    return counts && ++plan.count == plan.failing ? plan.error : 0;
+}
 
 // Stands in the place of the function `kName`.
 template <const char* kName, FileCall kCall, class Function>
@@ -16,7 +28,7 @@ template <const char* kName, FileCall kCall, class Result, class... Arguments>
 struct Asking<kName, kCall, Result(WINAPI*)(Arguments...)> {
     static Result WINAPI Call(Arguments... arguments) {
         static const auto happen = RealFunction<Result(WINAPI*)(Arguments...)>(kName);
-        const DWORD error = fileFault ? fileFault(kCall) : 0;
+        const DWORD error = ErrorOf(kCall);
         if (error == 0) return happen(arguments...);
         SetLastError(error);
         if constexpr (std::is_same_v<Result, HANDLE>) return INVALID_HANDLE_VALUE;
@@ -37,6 +49,12 @@ ASK_BEFORE(SetEndOfFile, kWrite)
 ASK_BEFORE(DeleteFileW, kDelete)
 ASK_BEFORE(MoveFileW, kRename)
 
-void SetFileFault(FileFault fault) {
-    fileFault = fault;
+FileCalls::FileCalls(FileCall kind, DWORD error, int failing) {
+    plan = {kind, error, failing, 0};
+}
+FileCalls::~FileCalls() {
+    plan.count = -1;
+}
+int FileCalls::Count() const {
+    return plan.count;
 }

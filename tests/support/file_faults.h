@@ -1,4 +1,4 @@
-// Lets a test make the program's calls to the file system fail. A suite that sets a fault gets these calls'
+// Counts the program's calls to the file system, and lets one fail. A suite that does so gets these calls'
 // entries of the import table from here; the program is compiled as it always is.
 #pragma once
 
@@ -7,10 +7,17 @@
 #include <windows.h>
 
 // CreateFileW; ReadFile; WriteFile and SetEndOfFile; DeleteFileW; MoveFileW.
-enum class FileCall { kOpen, kRead, kWrite, kDelete, kRename };
+enum class FileCall { kAny, kOpen, kRead, kWrite, kDelete, kRename };
 
-// Asked before each call, on the calling thread: 0 lets it happen, an error number makes it fail.
-using FileFault = DWORD (*)(FileCall call);
+// While this stands, on any thread. One at a time.
+class FileCalls {
+  public:
+    // The `failing`-th call of this kind fails with `error`; 0: none does.
+    explicit FileCalls(FileCall kind, DWORD error = 0, int failing = 1);
+    ~FileCalls();
+    FileCalls(const FileCalls&) = delete;
+    FileCalls& operator=(const FileCalls&) = delete;
 
-// Null: every call happens.
-void SetFileFault(FileFault fault);
+    // Calls of the kind so far.
+    int Count() const;
+};

@@ -7,8 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
-#include <string>
 
 #include "text/last_error.h"
 
@@ -23,19 +21,26 @@ using HWND = void*;
 using HFONT = void*;
 using HDC = void*;
 using HBITMAP = void*;
+using SECURITY_ATTRIBUTES = void;
+using OVERLAPPED = void;
 using HGDIOBJ = void*;
 using HIMAGELIST = void*;
 using HWND = void*;
 using HMENU = void*;
 using HHOOK = void*;
+#define WINAPI
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
 
 constexpr DWORD GENERIC_READ = 0x80000000, GENERIC_WRITE = 0x40000000;
 constexpr DWORD FILE_SHARE_READ = 1;
 constexpr DWORD CREATE_NEW = 1, CREATE_ALWAYS = 2, OPEN_EXISTING = 3, OPEN_ALWAYS = 4, TRUNCATE_EXISTING = 5;
-constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80, FILE_BEGIN = 0;
-constexpr DWORD ERROR_SHARING_VIOLATION = 32, ERROR_DISK_FULL = 112;
+constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80, FILE_ATTRIBUTE_DIRECTORY = 0x10, FILE_BEGIN = 0;
+constexpr DWORD INVALID_SET_FILE_POINTER = ~DWORD{0}, INVALID_FILE_SIZE = ~DWORD{0},
+                INVALID_FILE_ATTRIBUTES = ~DWORD{0};
+constexpr DWORD ERROR_FILE_NOT_FOUND = 2, ERROR_ACCESS_DENIED = 5, ERROR_SHARING_VIOLATION = 32,
+                ERROR_FILE_EXISTS = 80, ERROR_DISK_FULL = 112, ERROR_ALREADY_EXISTS = 183;
+constexpr BOOL FALSE = 0, TRUE = 1;
 constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = kErrorNoMemory;
 
 inline DWORD GetLastError() {
@@ -45,16 +50,7 @@ inline void SetLastError(DWORD error) {
     SetError(error);
 }
 
-HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD sharing, void*, DWORD disposition, DWORD, HANDLE);
-BOOL ReadFile(HANDLE file, void* destination, DWORD count, DWORD* read, void*);
-BOOL WriteFile(HANDLE file, const void* source, DWORD count, DWORD* written, void*);
-DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD);
-DWORD GetFileSize(HANDLE file, DWORD* high);
-BOOL SetEndOfFile(HANDLE file);
 BOOL CloseHandle(HANDLE file);
-BOOL DeleteFileW(const wchar_t* path);
-BOOL MoveFileW(const wchar_t* from, const wchar_t* to);
-DWORD GetFileAttributesW(const wchar_t* path);
 
 HANDLE HeapCreate(DWORD, SIZE_T initial, SIZE_T maximum);
 void* HeapAlloc(HANDLE heap, DWORD, SIZE_T size);
@@ -143,6 +139,6 @@ BOOL ImageList_Destroy(HIMAGELIST);
 BOOL DestroyMenu(HMENU);
 BOOL UnhookWindowsHookEx(HHOOK);
 
-// The files' contents by path, and how many handles are open.
-extern std::map<std::wstring, std::string> memoryFiles;
-std::size_t OpenHandles();
+namespace memory_disk {}
+using namespace memory_disk;
+#include "tests/support/memory_disk.h"
