@@ -178,7 +178,7 @@ class Dialogs(windows.Windows):
                 return window.checked
             case 0xF1:  # BM_SETCHECK
                 window.checked = word
-            case 0xB1:  # EM_SETSEL
+            case 0xB1 | 0x141:  # EM_SETSEL, CB_LIMITTEXT
                 pass
             case 0x143:  # CB_ADDSTRING
                 rows.append([self.machine.wide(long), 0])

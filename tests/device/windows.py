@@ -19,7 +19,8 @@ DONE = dict.fromkeys(
     "InitCommonControls WSACleanup ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect "
     "ScrollWindowEx SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject DeleteDC "
     "ReleaseDC GetTextColor SetTextColor SetBkColor SetBkMode FillRect Rectangle PatBlt BitBlt EndPaint "
-    "ImageList_Destroy".split(), 1)
+    "ImageList_Destroy InitializeCriticalSection EnterCriticalSection LeaveCriticalSection "
+    "DeleteCriticalSection".split(), 1)
 DONE.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey".split(), 0))
 # These only give a new handle.
 MADE = ("GetDC CreateCompatibleDC CreateCompatibleBitmap CreateFontIndirectW GetStockObject LoadCursorW LoadBitmapW "
