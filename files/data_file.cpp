@@ -153,7 +153,7 @@ DataFile::~DataFile() {
 bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode) {
     CloseDataFile(file);
     if (!file.buffer) file.buffer = NewArray<char>(kBufferSize);
-    if (!file.buffer) return Fail(kErrorNoMemory);
+    if (!file.buffer) return false;
     FileOwner handle(OpenHandle(path, ArgumentsOf(mode)));
     if (!handle) return false;
     DWORD high = 0;
@@ -294,10 +294,7 @@ WideText JoinPath(const wchar_t* path, const wchar_t* suffix) {
     const std::size_t length = wcslen(path);
     const std::size_t suffixLength = wcslen(suffix);
     WideText joined = NewArray<wchar_t>(length + suffixLength + 1);
-    if (!joined) {
-        SetError(kErrorNoMemory);
-        return nullptr;
-    }
+    if (!joined) return nullptr;
     std::memcpy(joined.get(), path, length * sizeof(wchar_t));
     std::memcpy(joined.get() + length, suffix, (suffixLength + 1) * sizeof(wchar_t));
     return joined;

@@ -57,7 +57,7 @@ bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount 
 bool MakeRowMap(ArticleList& list) {
     uint32_t counts[kRunCount + 1] = {};
     const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.header.recordCount);
-    if (!classes) return Fail(kErrorNoMemory);
+    if (!classes) return false;
     if (!Classify(list, classes.get(), counts)) return false;
     uint32_t next[kRunCount] = {0, counts[kHighRow], counts[kHighRow] + counts[kNormalRow]};
     const uint32_t visible = next[kLowRow] + counts[kLowRow];

@@ -37,7 +37,7 @@ uint32_t PriorityOfSubject(const KeywordFilter& filter, const NarrowText& line) 
 bool ReadSubjectLine(DataFile& log, uint32_t start, const HeaderBlock& head, NarrowText& line) {
     const uint32_t length = head.subjectLine == kNoLine ? 0 : head.subjectLength;
     line = NewArray<char>(static_cast<std::size_t>(length) + 1);
-    if (!line) return Fail(kErrorNoMemory);
+    if (!line) return false;
     line[length] = '\0';
     if (length == 0) return true;
     const uint32_t position = log.position;

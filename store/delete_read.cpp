@@ -44,7 +44,7 @@ bool GrowCopyBuffer(Rewrite& rewrite, uint32_t size) {
     if (size <= rewrite.copyCapacity) return true;
     rewrite.copyCapacity = 0;
     rewrite.copyBuffer = NewArray<char>(size);
-    if (!rewrite.copyBuffer) return Fail(kErrorNoMemory);
+    if (!rewrite.copyBuffer) return false;
     rewrite.copyCapacity = size;
     return true;
 }

@@ -91,7 +91,7 @@ bool JoinContinuation(HeaderBlock& block, std::string_view line) {
 bool StartHeaderBlock(HeaderBlock& block) {
     NarrowText buffer = block.capacity == kGrowth ? std::move(block.buffer) : NewArray<char>(kGrowth);
     block = HeaderBlock();
-    if (!buffer) return Fail(kErrorNoMemory);
+    if (!buffer) return false;
     buffer[0] = '\0';
     block.buffer = std::move(buffer);
     block.capacity = kGrowth;

@@ -17,10 +17,7 @@ NarrowText ReadPart(DataFile& log, uint32_t offset, uint32_t length) {
         return nullptr;
     }
     NarrowText text = NewArray<char>(static_cast<std::size_t>(length) + 1);
-    if (!text) {
-        SetError(kErrorNoMemory);
-        return nullptr;
-    }
+    if (!text) return nullptr;
     SeekTo(log, offset);
     if (!ReadExactly(log, text.get(), length)) return nullptr;
     text[length] = '\0';

@@ -11,13 +11,10 @@ constexpr uint32_t kLineEnd = 2;  // CR LF
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
-bool EndsLine(char c) {
-    return c == '\r' || c == '\n' || c == '\0';
-}
 
 std::string_view FirstLine(std::string_view text) {
     std::size_t length = 0;
-    while (length < text.size() && !EndsLine(text[length]))
+    while (length < text.size() && !EndsText(text[length]))
         ++length;
     return text.substr(0, length);
 }
@@ -97,7 +94,7 @@ void DateField(char (&field)[kDateSize], std::string_view text) {
     std::memset(field, '0', sizeof(field));
     std::size_t at = 0;
     while (at < text.size() && !IsDigit(text[at])) {
-        if (EndsLine(text[at++])) return;
+        if (EndsText(text[at++])) return;
     }
     if (at == text.size()) return;
     unsigned day = static_cast<unsigned>(text[at++] - '0');

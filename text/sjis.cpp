@@ -1,13 +1,5 @@
 #include "text/sjis.h"
 
-namespace {
-
-bool EndsText(char c) {
-    return c == '\r' || c == '\n' || c == '\0';
-}
-
-}  // namespace
-
 std::size_t CopyWholeCharacters(char* field, std::size_t limit, const char* text, std::size_t length) {
     std::size_t copied = 0;
     while (copied < length && !EndsText(text[copied])) {

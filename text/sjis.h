@@ -9,6 +9,11 @@ inline bool IsLeadByte(char c) {
     return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
 }
 
+// What ends a text or a line of it: CR, LF or NUL.
+inline bool EndsText(char c) {
+    return c == '\r' || c == '\n' || c == '\0';
+}
+
 // Copies the characters of text[0..length) to `field`, whole characters only, at most `limit` bytes. It stops
 // at CR, LF or NUL; a lead byte is copied only together with its trail byte. Returns the number of bytes
 // copied; no NUL is added.
