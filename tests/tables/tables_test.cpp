@@ -20,6 +20,7 @@
 #include "store/string_set.h"
 #include "store/upgrade.h"
 #include "subscribe/group_file.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"
 #include "tests/tables/words.h"
 #include "text/convert.h"
@@ -124,11 +125,15 @@ void OpenList(Play& play) {
             OpenArticleList(play.list, play.Path(), L"g") && BuildArticleList(play.list, play.Number(1)));
 }
 
-// The columns take their widths from the page.
+// The articles of a page, and the lengths from which the columns take their widths.
 void LoadPage(Play& play) {
-    const bool done = LoadPage(play.list, play.Number(1));
-    Say(play, std::to_string(done ? LongestSubject(play.list) : 0) + " and " +
-                  std::to_string(LongestFrom(play.list)) + " bytes");
+    ArticleList& list = play.list;
+    if (!LoadPage(list, play.Number(1))) return SayDone(play, false);
+    std::string rows = "articles";
+    for (uint32_t i = 0; i < list.rowsInPage; ++i)
+        rows += " " + std::to_string(list.page[i].articleNumber);
+    Say(play, rows + ", " + std::to_string(LongestSubject(list)) + " and " +
+                  std::to_string(LongestFrom(list)) + " bytes");
 }
 
 void SayGroups(Play& play) {
@@ -209,13 +214,22 @@ const std::map<std::string, Command> kCommands = {
     {"encode", SayEncodedWords},
 };
 
+// With "failing N" before it, the command's N-th call to the files fails.
+void PlayCommand(Play& play) {
+    const bool fails = play.words[0].text == "failing";
+    const FileCalls calls(FileCall::kAny, fails ? ERROR_IO_DEVICE : 0,
+                          fails ? static_cast<int>(play.Number(1)) : 1);
+    if (fails) play.words.erase(play.words.begin(), play.words.begin() + 2);
+    kCommands.at(play.words[0].text)(play);
+}
+
 std::string PlayLine(std::unique_ptr<Play>& play, const std::string& line) {
     if (line[0] == '#') {
         play = std::make_unique<Play>();
         EXPECT_TRUE(SetNames(play->store, play->Path(), L"g"));
     } else if (!line.empty()) {
         play->words = WordsOf(line);
-        kCommands.at(play->words[0].text)(*play);
+        PlayCommand(*play);
         SayChanges(*play);
     }
     return line + "\n" + std::exchange(play->said, "");

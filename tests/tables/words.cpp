@@ -121,8 +121,14 @@ std::string BytesOf(const Word& word) {
 std::vector<std::string> IndexLines(std::string_view bytes) {
     if (bytes.size() < 100 || bytes[0] != 5) return {Quoted(bytes)};
     std::vector<std::string> lines = {TakeFields(bytes, {0, 0, 0, 0, 0, 0, 64, 0, 0, 0})};
-    while (bytes.size() >= 92)
+    while (bytes.size() >= 92) {
+        const std::string_view record = bytes.substr(0, 92);
         lines.push_back(TakeFields(bytes, {0, 0, 0, 0, 48, 4, 16, 0, 0}));
+        std::size_t count = 1;
+        for (; bytes.substr(0, 92) == record; ++count)
+            bytes.remove_prefix(92);
+        if (count > 1) lines.back() += ", and " + std::to_string(count - 1) + " more";
+    }
     if (!bytes.empty()) lines.push_back(Quoted(bytes));
     return lines;
 }

@@ -21,5 +21,6 @@ std::string Quoted(std::string_view bytes);
 // What stands in a file for the word: a number is four bytes, little-endian.
 std::string BytesOf(const Word& word);
 
-// An index of version 5, a line for the header and one for each record; any other bytes are one quoted word.
+// An index of version 5, a line for the header and one for each record, or equal ones together; any other
+// bytes are one quoted word.
 std::vector<std::string> IndexLines(std::string_view bytes);
