@@ -204,6 +204,7 @@ const std::map<std::string, Command> kCommands = {
     {"open-list", OpenList},
     {"load-page", LoadPage},
     {"mark", [](Play& play) { SayDone(play, SetFlags(play.list, play.Number(1), kReadFlag)); }},
+    {"select", [](Play& play) { play.list.currentInPage = play.Number(1); }},
     {"close-list", [](Play& play) { SayDone(play, CloseArticleList(play.list)); }},
     {"groups", SayGroups},
     {"group-name", [](Play& play) { Say(play, IsFileName(ToWide(play.Text()).get(), 1) ? "yes" : "no"); }},

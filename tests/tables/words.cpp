@@ -23,7 +23,9 @@ char TakeByte(std::string_view& line) {
     return static_cast<char>(std::strtoul(digits.c_str(), nullptr, 16));
 }
 
+// Behind the sign that the line begins with.
 std::size_t TakeNumber(std::string_view& line) {
+    line.remove_prefix(1);
     const std::size_t length = std::min(line.find_first_not_of("0123456789"), line.size());
     const std::string digits(line.substr(0, length));
     line.remove_prefix(length);
@@ -36,15 +38,12 @@ std::string TakePiece(std::string_view& line) {
     while (line[0] != '"')
         piece += TakeByte(line);
     line.remove_prefix(1);
-    const char form = line.empty() ? ' ' : line[0];
-    if (form != '*' && form != ':') return piece;
-    line.remove_prefix(1);
-    const std::size_t number = TakeNumber(line);
-    std::string made;
-    for (std::size_t i = 0; form == '*' && i < number; ++i)
-        made += piece;
-    if (form == ':') (made = piece).resize(number, '\0');
-    return made;
+    if (!line.empty() && line[0] == ':') piece.resize(TakeNumber(line), '\0');
+    if (line.empty() || line[0] != '*') return piece;
+    std::string pieces;
+    for (std::size_t count = TakeNumber(line); count > 0; --count)
+        pieces += piece;
+    return pieces;
 }
 
 Word TakeWord(std::string_view& line) {

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-// Bytes in quotes, with \r, \n, \t, \0, \", \\ and \xNN in them: "x"*40 stands 40 times, "x":48 is filled
-// with 0 bytes up to 48, and pieces with nothing between are one word. Anything else up to a blank is a name
-// or a number.
+// Bytes in quotes, with \r, \n, \t, \0, \", \\ and \xNN in them: "x":48 is filled with 0 bytes up to 48,
+// "x"*40 and "x":48*40 stand 40 times, and pieces with nothing between are one word. Anything else up to a
+// blank is a name or a number.
 struct Word {
     std::string text;
     bool isQuoted = false;
