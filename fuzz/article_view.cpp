@@ -191,44 +191,31 @@ void ScrollText(uint32_t page, uint32_t total, std::string_view moves) {
     Require(total <= page || text.top + page == total, "the thumb reaches the end");
 }
 
-ScrollResult MoveInList(ScrollState& list, uint8_t move) {
-    switch (move % 8) {
-        case 0:
-            return PageDown(list);
-        case 1:
-            return PageUp(list);
-        case 2:
-            return LineDown(list);
-        case 3:
-            return LineUp(list);
-        case 4:
-            return CursorDown(list, false);
-        case 5:
-            return CursorUp(list, false);
-        case 6:
-            return CursorDown(list, true);
-        default:
-            return CursorUp(list, true);
-    }
-}
-
-void ResizeTo(ScrollState& list, uint32_t page) {
-    const uint32_t row = CursorRow(list);
-    ResizePage(list, page);
-    Require(CursorRow(list) == row && list.cursor < page, "the cursor keeps its row and stays in sight");
-    Require(list.top == 0 || list.top + page <= list.total,
-            "another page size leaves no gap below the last row");
-}
+ScrollResult (*const kListMoves[])(ScrollState&) = {
+    PageDown,
+    PageUp,
+    LineDown,
+    LineUp,
+    [](ScrollState& list) { return CursorDown(list, false); },
+    [](ScrollState& list) { return CursorUp(list, false); },
+    [](ScrollState& list) { return CursorDown(list, true); },
+    [](ScrollState& list) { return CursorUp(list, true); },
+};
 
 void ScrollList(uint32_t page, uint32_t total, std::string_view moves) {
     ScrollState list{page, 0, total};
     while (!moves.empty()) {
         const uint8_t move = TakeByte(moves);
         const ScrollState before = list;
-        Judge(MoveInList(list, move), before, list);
+        Judge(kListMoves[move % 8](list), before, list);
         Require(list.cursor < list.page && (CursorRow(list) < total || total == 0),
                 "the cursor stands on a row in sight");
-        ResizeTo(list, TakeByte(moves) % 16u + 1);
+        const uint32_t stays = CursorRow(list);
+        ResizePage(list, TakeByte(moves) % 16u + 1);
+        Require(CursorRow(list) == stays && list.cursor < list.page,
+                "the cursor keeps its row and stays in sight");
+        Require(list.top == 0 || list.top + list.page <= list.total,
+                "another page size leaves no gap below the last row");
         const uint32_t row = TakeByte(moves) % (total + 1);
         Require(MoveTo(list, row) == (row < total), "every row can be gone to");
         Require(row == total || (CursorRow(list) == row && list.cursor < list.page), "and is in sight then");
