@@ -3,7 +3,6 @@ its own windows. It must leave the same files as the desktop's program does afte
 
     test_run.py DEVICE_BUILD BUILD DESKTOP_EXECUTABLE DRIVE
 """
-import operator
 import pathlib
 import struct
 import sys
@@ -18,7 +17,6 @@ import machine
 import network
 import oracle
 import program
-import test_choose
 import windows
 
 KEY, NEWS = "Software\\marrowby\\Pelnor", ("fj.made", "fj.test")
@@ -172,10 +170,6 @@ class OnDevice:
 
 
 class OnDesktop:
-    click, shows, double_click, await_rows = operator.attrgetter(
-        "click", "shows", "double_click", "await_rows")(test_choose.Choose)
-    assertEqual = unittest.TestCase().assertEqual
-
     def __init__(self, bench, port, files):
         self.bench = bench
         self.folder = program.DataFolder(bench, [], port, LIMIT, UserID="user")
@@ -200,13 +194,13 @@ class OnDesktop:
 
     def subscribe(self, category, groups):
         dialog = self.command(SUBSCRIBE)
-        self.click(self.running, dialog, DOWNLOAD)
+        self.running.click(dialog, DOWNLOAD)
         self.give_password()
-        self.running.wait(lambda: category in self.shows(self.running, dialog), "the categories")
-        self.double_click(self.running, dialog, category)
-        self.await_rows(self.running, dialog, groups)
+        self.running.wait(lambda: category in self.running.shows(dialog), "the categories")
+        self.running.double_click(dialog, category)
+        self.running.await_rows(dialog, groups)
         for group in groups:
-            self.double_click(self.running, dialog, group)
+            self.running.double_click(dialog, group)
         self.running.press(dialog, "OK")
 
     def get_articles(self):
@@ -216,24 +210,18 @@ class OnDesktop:
 
     def select(self, group):
         row = [cells[0] for cells in self.running.rows()].index(group)
-        for key in [HOME] + [DOWN] * row:
-            self.running.key(self.running.group_list(), key)
+        self.running.key(self.running.group_list(), HOME, *[DOWN] * row)
 
     def keys(self, view, *keys):
         """To a pane, when it shows."""
-        def shown():
-            panes = self.running.items(self.running.frame)
-            return next((pane.handle for pane in panes if (pane.id, pane.visible) == (str(view), "1")), None)
-        handle = self.running.wait(shown, f"the pane {view}")
-        for key in keys:
-            self.running.key(handle, key)
+        self.running.key(self.running.wait_pane(view), *keys)
 
     def read(self, group, count):
         self.select(group)
         self.running.key(self.running.group_list(), ENTER)
         self.keys(SUBJECT_VIEW)
         dialog = self.command(KEYWORDS)
-        self.click(self.running, dialog, HIGH)
+        self.running.click(dialog, HIGH)
         self.running.press(dialog, "OK")
         self.keys(SUBJECT_VIEW, ENTER)
         self.keys(ARTICLE_VIEW, *[TAB] * (count - 1), ESCAPE)
