@@ -6,7 +6,7 @@
 
 #include "files/data_file.h"
 #include "nntp/password_prompt.h"
-#include "platform/owners.h"
+#include "platform/drawing_pause.h"
 #include "resources/resource.h"
 #include "store/group_store.h"
 #include "subscribe/group_file.h"

@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "platform/owners.h"
+#include "platform/drawing_pause.h"
 #include "resources/resource.h"
 #include "settings/view_options.h"
 #include "store/index.h"
