@@ -110,8 +110,8 @@ void CheckReply(std::string_view text) {
 // What is passed by at a glance is what a reader line by line would have passed by.
 void CheckSkipped(std::string_view stream, std::size_t capacity) {
     const std::string run(1 + capacity % 5, stream.back());
-    stream = stream.substr(
-        0, LinesWithoutRun(stream.data(), stream.size(), capacity, run.front(), run.size()));
+    stream =
+        stream.substr(0, LinesWithoutRun(stream.data(), stream.size(), capacity, run.front(), run.size()));
     while (!stream.empty()) {
         const Found found = FindLine(stream, capacity);
         Require(found.state == LineState::kComplete, "only whole lines are passed by, none too long");
