@@ -8,7 +8,6 @@ yields (address, arguments...) and gets what that answers; a Thread of these run
 """
 import inspect
 import struct
-import subprocess
 
 import pefile
 import unicorn
@@ -36,10 +35,11 @@ class Thread(tuple):
     """A call on the second thread, which runs to its end before the first goes on."""
 
 
-def symbols(elf):
-    """{name: address} of a linked program."""
-    lines = subprocess.run(["arm-none-eabi-nm", elf], capture_output=True, text=True, check=True).stdout.splitlines()
-    return {line.split()[-1]: int(line.split()[0], 16) for line in lines if len(line.split()) == 3}
+def resources(executable):
+    """{(kind, number): its place in the image and its size}"""
+    return {(kind.id, item.id): (item.directory.entries[0].data.struct.OffsetToData,
+                                 item.directory.entries[0].data.struct.Size)
+            for kind in executable.DIRECTORY_ENTRY_RESOURCE.entries for item in kind.directory.entries}
 
 
 class Machine:
@@ -158,27 +158,22 @@ class Machine:
     def put_words(self, address, *values):
         self.cpu.mem_write(address, struct.pack(f"<{len(values)}I", *(value & 0xFFFFFFFF for value in values)))
 
-    def text(self, address):
-        """The bytes up to a NUL."""
+    def up_to_nul(self, address, width):
+        """The units of so many bytes before one that is 0."""
         found = b""
         while True:
-            piece = self.cpu.mem_read(address + len(found), 64 - (address + len(found)) % 64)
-            end = piece.find(0)
-            if end >= 0:
-                return found + bytes(piece[:end])
-            found += bytes(piece)
+            piece = self.read(address + len(found), 64 - (address + len(found)) % 64)
+            for place in range(0, len(piece), width):
+                if not any(piece[place:place + width]):
+                    return found + piece[:place]
+            found += piece
+
+    def text(self, address):
+        return self.up_to_nul(address, 1)
 
     def wide(self, address):
-        """The UTF-16 text up to a NUL; None for no address."""
-        if address == 0:
-            return None
-        found = b""
-        while True:
-            piece = bytes(self.cpu.mem_read(address + len(found), 64 - (address + len(found)) % 64))
-            for place in range(0, len(piece), 2):
-                if piece[place:place + 2] == b"\0\0":
-                    return (found + piece[:place]).decode("utf-16-le", "surrogatepass")
-            found += piece
+        """None for no address."""
+        return self.up_to_nul(address, 2).decode("utf-16-le", "surrogatepass") if address else None
 
     def put_wide(self, address, text):
         self.cpu.mem_write(address, (text + "\0").encode("utf-16-le", "surrogatepass"))
