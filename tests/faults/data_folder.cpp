@@ -11,43 +11,40 @@ std::string LogOf(const std::vector<Article>& articles) {
     return log;
 }
 
-RecordBytes RecordOf(const Article& article, std::size_t start) {
-    const std::string text = StoredText(article);
-    RecordBytes record{article.flags,
-                       article.number,
-                       static_cast<uint32_t>(start),
-                       static_cast<uint32_t>(text.size()),
-                       article.subject,
-                       "0305",
-                       "Taro"};
-    record.textOffset = static_cast<uint32_t>(start + text.find("Subject: ") + 9);
-    record.textLength = static_cast<uint32_t>(article.subject.size());
-    return record;
+std::string Padded(std::string text, std::size_t size) {
+    text.resize(size, '\0');
+    return text;
 }
 
-HeaderBytes HeaderOf(const std::vector<Article>& articles, uint32_t version) {
-    HeaderBytes header;
-    header.version = version;
-    header.lastFetched = header.serverLast = articles.back().number;
-    header.recordCount = static_cast<uint32_t>(articles.size());
-    header.status = "new";
+std::string HeaderOf(const std::vector<Article>& articles, uint32_t version) {
+    const uint32_t last = articles.back().number;
+    uint32_t unread = 0, high = 0, low = 0;
     for (const Article& article : articles) {
-        header.unread += !(article.flags & 1);
-        header.high += (article.flags & 6) == 4;
-        header.low += (article.flags & 6) == 2;
+        unread += !(article.flags & 1);
+        high += (article.flags & 6) == 4;
+        low += (article.flags & 6) == 2;
     }
-    return header;
+    return Word(version) + Word(last) + Word(last) + Word(0) + Word(static_cast<uint32_t>(articles.size())) +
+           Word(0) + Padded("new", 64) + (version < 3 ? "" : Word(unread)) +
+           (version < 5 ? "" : Word(high) + Word(low));
+}
+
+std::string RecordOf(const Article& article, std::size_t start, uint32_t version) {
+    const std::string text = StoredText(article);
+    const auto place = static_cast<uint32_t>(start);
+    const auto subject = static_cast<uint32_t>(start + text.find("Subject: ") + 9);
+    return Word(article.flags) + Word(article.number) + Word(place) +
+           Word(static_cast<uint32_t>(text.size())) +
+           (version < 4 ? std::string(48, '#') : Padded(article.subject, 48) + "0305" + Padded("Taro", 16)) +
+           (version < 5 ? "" : Word(subject) + Word(static_cast<uint32_t>(article.subject.size())));
 }
 
 std::string IndexOf(const std::vector<Article>& articles, uint32_t version) {
     if (version == 1) return std::to_string(articles.back().number) + "\r\nnew\r\n5\r\n0\r\n";
-    std::string bytes = Bytes(HeaderOf(articles, version));
+    std::string bytes = HeaderOf(articles, version);
     std::size_t start = 0;
     for (const Article& article : articles) {
-        const std::string record = Bytes(RecordOf(article, start));
-        bytes += version == 5   ? record
-                 : version == 4 ? record.substr(0, 84)
-                                : record.substr(0, 16) + std::string(48, '#');
+        bytes += RecordOf(article, start, version);
         start += StoredText(article).size();
     }
     return bytes;
@@ -87,4 +84,11 @@ std::string HeadOf(const Article& article) {
 std::string StoredText(const Article& article) {
     return HeadOf(article) + "X-Local-Seq: " + std::to_string(article.number) + "\r\n\r\n" + article.body +
            "================\r\n";
+}
+
+std::string Word(uint32_t value) {
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes += static_cast<char>(value >> shift & 0xFF);
+    return bytes;
 }

@@ -1,11 +1,10 @@
 // A group's files in every state that a start may find them in, put together here and not by the program.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "tests/store/group_files.h"
 
 struct Article {
     uint32_t number;  // on the server
@@ -31,6 +30,9 @@ using Files = std::map<std::wstring, std::string>;  // contents by name
 
 // The log and the indexes. What a cut-off deletion drops are the read articles.
 Files GroupFiles(const std::wstring& group, const std::vector<Article>& articles, GroupIs state);
+
+// A number as the files hold it.
+std::string Word(uint32_t value);
 
 // What a deletion keeps.
 std::vector<Article> Unread(std::vector<Article> articles);

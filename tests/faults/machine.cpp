@@ -13,13 +13,6 @@ Machine machine;
 std::map<std::wstring, std::string>& memoryFiles = machine.storage.files;
 const std::wstring kFolder = L"N:\\news\\";
 
-namespace {
-
-constexpr int kLongestRead = 700;  // bytes that one recv gives
-constexpr char kGreeting[] = "200 ready\r\n";
-
-}  // namespace
-
 bool Fails(std::string_view call) {
     const DWORD error = machine.fault ? machine.fault(call) : 0;
     return error != 0 && Refuse(error, true);
@@ -122,10 +115,11 @@ LSTATUS WINAPI CloseKey(HKEY key) {
     return CloseMemoryHandle(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
 
-// The network: one connection at a time, to a server that is asked in place.
+// The network: one connection at a time.
 
-std::string sent, received;
-bool broken = false;
+constexpr char kKnownHost[] = "news.example";
+std::string sent;
+bool broken = false, connected = false;
 
 // A connection that has failed stays so.
 bool Breaks(std::string_view call) {
@@ -134,36 +128,56 @@ bool Breaks(std::string_view call) {
 }
 
 SOCKET WSAAPI MakeSocket(int, int, int) {
-    broken = false;
+    broken = connected = false;
     if (Breaks("socket")) return INVALID_SOCKET;
     return reinterpret_cast<SOCKET>(NewHandle({}));
 }
 
-int WSAAPI ConnectTo(SOCKET, const sockaddr*, int) {
+hostent* WSAAPI FindHost(const char* name) {
+    static in_addr address = {{{127, 0, 0, 1}}};
+    static char* list[] = {reinterpret_cast<char*>(&address), nullptr};
+    static hostent host = {nullptr, nullptr, AF_INET, sizeof(address), list};
+    return name == std::string(kKnownHost) ? &host : Refuse<hostent*>(WSAHOST_NOT_FOUND, nullptr);
+}
+
+int WSAAPI ConnectTo(SOCKET, const sockaddr* address, int) {
+    const auto& to = *reinterpret_cast<const sockaddr_in*>(address);
+    const bool listens = to.sin_addr.s_addr == htonl(INADDR_LOOPBACK) && to.sin_port == htons(119);
     if (Breaks("connect")) return SOCKET_ERROR;
+    if (!listens || to.sin_family != AF_INET) return Refuse(WSAECONNREFUSED, SOCKET_ERROR);
     sent.clear();
-    received = kGreeting;
+    machine.network.says.clear();
+    machine.network.ended = false;
+    connected = true;
+    machine.network.connect();
     return 0;
 }
 
 int WSAAPI SendBytes(SOCKET, const char* bytes, int count, int) {
-    if (Breaks("send")) return SOCKET_ERROR;
+    if (Breaks("send") || !connected) return SOCKET_ERROR;
     sent.append(bytes, static_cast<std::size_t>(count));
     for (std::size_t end; (end = sent.find("\r\n")) != std::string::npos; sent.erase(0, end + 2))
-        received += machine.server(sent.substr(0, end));
+        machine.network.hear(sent.substr(0, end));
     return count;
 }
 
 int WSAAPI ReceiveBytes(SOCKET, char* bytes, int count, int) {
     if (Breaks("recv")) return SOCKET_ERROR;
-    const int given = std::min({count, kLongestRead, static_cast<int>(received.size())});
-    std::memcpy(bytes, received.data(), static_cast<std::size_t>(given));
-    received.erase(0, static_cast<std::size_t>(given));
-    return given;
+    Network& network = machine.network;
+    const std::size_t given =
+        std::min({static_cast<std::size_t>(count), network.piece, network.stop, network.says.size()});
+    std::memcpy(bytes, network.says.data(), given);
+    network.says.erase(0, given);
+    network.stop -= network.stop == std::string::npos ? 0 : given;
+    if (network.stop == 0) network.stop = std::string::npos;
+    return static_cast<int>(given);
 }
 
-int WSAAPI WaitForBytes(int, fd_set*, fd_set*, fd_set*, const timeval*) {
-    return Breaks("select") ? SOCKET_ERROR : 1;
+int WSAAPI WaitForBytes(int, fd_set*, fd_set*, fd_set*, const timeval* limit) {
+    if (Breaks("select")) return SOCKET_ERROR;
+    if (!machine.network.says.empty() || machine.network.ended) return 1;
+    machine.network.silence += limit->tv_sec;
+    return 0;
 }
 
 int WSAAPI SetOption(SOCKET, int, int, const char*, int) {
@@ -239,6 +253,13 @@ bool UsesNetwork(std::string_view call) {
            call == "setsockopt";
 }
 
+void Serve(std::function<std::string(const std::string& command)> reply) {
+    machine.network.connect = [] { machine.network.says = "200 ready\r\n"; };
+    machine.network.hear = [reply = std::move(reply)](const std::string& command) {
+        machine.network.says += reply(command);
+    };
+}
+
 std::string& FileOf(const std::wstring& name) {
     return memoryFiles[kFolder + name];
 }
@@ -263,6 +284,7 @@ IN_PLACE_OF(RegSetValueExW, WriteValue)
 IN_PLACE_OF(RegDeleteValueW, DeleteValueOf)
 IN_PLACE_OF(RegCloseKey, CloseKey)
 IN_PLACE_OF(socket, MakeSocket)
+IN_PLACE_OF(gethostbyname, FindHost)
 IN_PLACE_OF(connect, ConnectTo)
 IN_PLACE_OF(send, SendBytes)
 IN_PLACE_OF(recv, ReceiveBytes)

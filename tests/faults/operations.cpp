@@ -11,6 +11,7 @@
 #include "store/index.h"
 #include "subscribe/group_list_dialog.h"
 #include "subscribe/subscribe_dialog.h"
+#include "tests/faults/folder_state.h"
 #include "tests/faults/user.h"
 #include "text/convert.h"
 
@@ -142,6 +143,15 @@ struct Frame {
     }
 };
 
+std::string BarOf(HWND dialog) {
+    const HWND bar = GetDlgItem(dialog, IDC_PROGRESS_BAR);
+    wchar_t group[99] = L"";
+    GetDlgItemTextW(dialog, IDC_PROGRESS_GROUP, group, 99);
+    return !bar || !*group ? ""
+                           : Plain(group) + " " + std::to_string(SendMessageW(bar, PBM_GETPOS, 0, 0)) +
+                                 " of " + std::to_string(SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
+}
+
 std::string Reply(const std::string& command) {
     static bool inSecond = false;
     if (command == "LIST active") return "215 list\r\nfj.a 1 1 y\r\njunk 1 1 y\r\nfj.z 1 1 y\r\n.\r\n";
@@ -150,7 +160,7 @@ std::string Reply(const std::string& command) {
 }
 
 Outcome DownloadBoth() {
-    machine.server = Reply;
+    Serve(Reply);
     return Download(kGroups);
 }
 
@@ -201,14 +211,9 @@ Outcome Read() {
     return {done && closed, told + TakeBoxes(), false};
 }
 
-// The texts of the conversation bear no number.
-Outcome FetchList() {
-    const std::wstring active = kFolder + L"active.dat", category = kFolder + L"category.dat";
-    machine.server = Reply;
-    RunGroupListDownload(GetModuleHandleW(nullptr), nullptr,
-                         {active.c_str(), category.c_str(), L"127.0.0.1", 119, nullptr, nullptr});
-    const std::string told = TakeBoxes();
-    return {told.empty(), told, told.find('(') == std::string::npos};
+Outcome FetchListOf() {
+    Serve(Reply);
+    return FetchList(L"127.0.0.1");
 }
 
 bool ChooseRow(HWND dialog, const wchar_t* name) {
@@ -331,7 +336,7 @@ const std::vector<Operation> kOperations = {
     {"deletion that is tried twice", PutCurrent, DeleteTwice},
     {"priorities after a change of keywords", PutOtherKeywords, ChangeKeywords},
     {"priorities after a save of keywords cut off", PutCutOffKeywords, ChangeKeywords},
-    {"download of the group list", PutCurrent, FetchList, true},
+    {"download of the group list", PutCurrent, FetchListOf, true},
     {"subscribe dialog", PutCurrent, Subscribe, true},
     {"keyword dialog", PutCurrent, SaveKeyword<3>, false, true},
     {"keyword dialog, first keyword", PutNoKeywords, SaveKeyword<1>, false, true},
@@ -350,18 +355,32 @@ Outcome Start() {
     return {done, TakeBoxes(), false};
 }
 
-Outcome Download(const std::vector<std::wstring>& groups) {
+Outcome Download(const std::vector<std::wstring>& groups, const std::function<void(Settings&)>& prepare) {
     Frame program;
     AppFrame& frame = program.frame;
-    CopyCut(frame.settings.Server, kServerSize, L"127.0.0.1");
-    frame.settings.Limit = 100;
+    Settings& settings = frame.settings;
+    CopyCut(settings.Server, kServerSize, L"127.0.0.1");
+    settings.Port = 119;
+    settings.Limit = 100;
+    if (prepare) prepare(settings);
     listRows = groups;
     StartRun(frame);
+    settings.Limit = settings.Port = 0;  // what the user changes now is not this run's
     RunThreads();
+    const std::string bar = frame.job ? BarOf(frame.job->progress.dialog.Get()) : "";
     if (frame.job) FinishRun(frame, frame.job);
     const std::string told = TakeBoxes();
-    constexpr char kDone[] = "ダウンロードが終了しました。\n";
-    return {told == kDone, told == kDone ? "" : told, false};
+    constexpr char kDone[] = "Disconnect: ダウンロードが終了しました。\n";
+    return {told == kDone, told == kDone ? "" : told, false, bar};
+}
+
+// The texts of the conversation bear no number.
+Outcome FetchList(const wchar_t* server) {
+    const std::wstring active = kFolder + L"active.dat", category = kFolder + L"category.dat";
+    RunGroupListDownload(GetModuleHandleW(nullptr), nullptr,
+                         {active.c_str(), category.c_str(), server, 119, nullptr, nullptr});
+    const std::string told = TakeBoxes();
+    return {told.empty(), told, told.find('(') == std::string::npos};
 }
 
 std::string ReplyOf(const std::vector<Article>& articles, const std::string& command) {

@@ -13,10 +13,14 @@ std::function<void(HWND)> dialogUser;
 INT_PTR dialogResult = 0;
 bool refusesDialogs = false;
 
-int WINAPI AnswerBox(HWND, const wchar_t* text, const wchar_t*, UINT) {
+std::string Utf8(const wchar_t* text) {
     char bytes[2048] = "?";
     WideCharToMultiByte(CP_UTF8, 0, text ? text : L"(no text)", -1, bytes, sizeof(bytes), nullptr, nullptr);
-    boxes += bytes + std::string("\n");
+    return bytes;
+}
+
+int WINAPI AnswerBox(HWND, const wchar_t* text, const wchar_t* caption, UINT) {
+    boxes += Utf8(caption) + ": " + Utf8(text) + "\n";
     return IDOK;
 }
 

@@ -6,7 +6,7 @@
 
 #include "platform/platform.h"
 
-// The texts of all message boxes since the last call, each with a line end. Boxes are answered with OK.
+// "caption: text" of each message box since the last call, a line each. Boxes are answered with OK.
 std::string TakeBoxes();
 
 // What the user does in the next modal dialog or on the first page of the next sheet, once it stands and the
