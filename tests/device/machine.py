@@ -4,7 +4,7 @@ The processor is a StrongARM, an ARMv4: a later machine's instruction stops it, 
 the emulator would let pass, a word read or written across its boundary. An import slot leads to a trap; behind it
 stands the method of the system (an object of the caller's) that bears the import's name. Its parameters are the
 registers and words on the stack that its caller filled. A method that calls the program's code is a generator: it
-yields (address, arguments...) and gets what that answers; a Thread of these runs on a stack of its own.
+yields (address, arguments...) and gets what that answers.
 """
 import inspect
 import struct
@@ -15,7 +15,7 @@ from unicorn import arm_const
 
 PAGE = 0x1000
 STACK_SIZE = 0x10000  # what the executable's headers ask for
-STACKS = 0x20000000, 0x21000000  # of the first thread and the second; nothing on either side
+STACK = 0x20000000  # nothing on either side
 HEAP, HEAP_SIZE = 0x30000000, 0x2000000
 TRAPS, TRAPS_SIZE = 0x40000000, PAGE
 FENCE = 16  # bytes behind a block that nobody may touch
@@ -29,10 +29,6 @@ RESULT, SP, LR, PC = REGISTERS[0], arm_const.UC_ARM_REG_SP, arm_const.UC_ARM_REG
 
 class Fault(Exception):
     """The program did what the device would stop it for."""
-
-
-class Thread(tuple):
-    """A call on the second thread, which runs to its end before the first goes on."""
 
 
 def resources(executable):
@@ -52,12 +48,11 @@ class Machine:
         self.heap = Heap(self)
         self.started = None  # a method that wants to call the program
         self.load()
-        for stack in STACKS:
-            self.cpu.mem_map(stack, STACK_SIZE)
+        self.cpu.mem_map(STACK, STACK_SIZE)
         self.cpu.mem_map(HEAP, HEAP_SIZE)
         self.cpu.mem_map(TRAPS, TRAPS_SIZE, unicorn.UC_PROT_READ | unicorn.UC_PROT_EXEC)
         self.cpu.mem_write(TRAPS, struct.pack("<I", RETURN_TO_CALLER) * (TRAPS_SIZE // 4))
-        self.cpu.reg_write(SP, STACKS[0] + STACK_SIZE)
+        self.cpu.reg_write(SP, STACK + STACK_SIZE)
         self.cpu.hook_add(unicorn.UC_HOOK_CODE, self.on_trap, begin=TRAPS, end=TRAPS + TRAPS_SIZE - 1)
         self.cpu.hook_add(unicorn.UC_HOOK_MEM_READ | unicorn.UC_HOOK_MEM_WRITE, self.on_access)
 
@@ -124,10 +119,7 @@ class Machine:
         method, back, stack = suspended[-1]
         self.cpu.reg_write(SP, stack)
         try:
-            call = method.send(result)
-            if isinstance(call, Thread):
-                self.cpu.reg_write(SP, STACKS[1] + STACK_SIZE)
-            self.enter(*call)
+            self.enter(*method.send(result))
         except StopIteration as end:
             suspended.pop()
             self.cpu.reg_write(RESULT, (end.value or 0) & 0xFFFFFFFF)

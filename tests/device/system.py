@@ -61,10 +61,11 @@ CALLS = {
     "InterlockedIncrement": lambda s, m, number: s.add(number, 1),
     "InterlockedDecrement": lambda s, m, number: s.add(number, -1),
     "GetTickCount": lambda s, m: s.clock,
-    "HeapCreate": lambda s, m, options, initial, most: s.handle([most]),
+    "HeapCreate": lambda s, m, options, initial, most: s.handle([]),
     "CreateEventW": lambda s, m, security, manual, is_set, name: s.handle([is_set]),
     "CloseHandle": lambda s, m, handle: s.handles.pop(handle) is not None,
     "FindClose": lambda s, m, search: s.handles.pop(search) is not None,
+    "GetFileSize": lambda s, m, file, high: (high and m.put_words(high, 0)) or len(s.files[s.handles[file][0]]),
     "FindResourceW": lambda s, m, instance, number, kind: number,
     "LoadResource": lambda s, m, instance, number: number,
     "EnableWindow": lambda s, m, window, enabled: setattr(s.handles[window], "enabled", enabled),
@@ -90,11 +91,11 @@ CALLS = {
 }
 # Only their success counts.
 CALLS.update(dict.fromkeys(
-    "InitCommonControls WSACleanup ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect ScrollWindowEx "
+    "InitCommonControls WSACleanup IsWindowVisible ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect ScrollWindowEx "
     "SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject DeleteDC ReleaseDC GetTextColor "
     "SetTextColor SetBkColor SetBkMode Rectangle PatBlt BitBlt EndPaint ImageList_Destroy InitializeCriticalSection "
     "EnterCriticalSection LeaveCriticalSection DeleteCriticalSection".split(), lambda s, m: 1))
-CALLS.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey".split(), lambda s, m: 0))
+CALLS.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey EnumWindows".split(), lambda s, m: 0))
 # And these only give a new handle.
 CALLS.update(dict.fromkeys(
     "GetDC CreateCompatibleDC CreateCompatibleBitmap CreateFontIndirectW GetStockObject LoadCursorW LoadBitmapW "
@@ -150,7 +151,7 @@ class System:
         self.error = self.clock = self.focus = self.host = 0  # the clock in milliseconds
         self.handles, self.next_handle = {}, 0x100
         self.classes = {}  # {name: procedure and bytes of its windows' words}
-        self.registry = {}  # {path: {name: bytes}}
+        self.registry = {}  # {name: bytes}
         self.posted = collections.deque()  # window, message, wParam, lParam; None ends the program's loop
         self.messages = collections.deque()  # what comes from outside: functions that give one of these
         self.threads = collections.deque()
@@ -186,14 +187,11 @@ class System:
         return grown
 
     def HeapAlloc(self, heap, _flags, size):
-        blocks = self.handles[heap]
-        if blocks[0] and sum(self.machine.heap.blocks[block] + 16 for block in blocks[1:]) + size > blocks[0]:
-            return 0
-        blocks.append(self.machine.heap.take(size))
-        return blocks[-1]
+        self.handles[heap].append(self.machine.heap.take(size))
+        return self.handles[heap][-1]
 
     def HeapDestroy(self, heap):
-        for block in self.handles.pop(heap)[1:]:
+        for block in self.handles.pop(heap):
             self.machine.heap.give_back(block)
         return 1
 
@@ -266,11 +264,6 @@ class System:
             self.files[path] = b""
         return self.handle([path, 0])
 
-    def GetFileSize(self, file, high):
-        if high:
-            self.machine.put_words(high, 0)
-        return len(self.files[self.handles[file][0]])
-
     def SetFilePointer(self, file, place, _high, origin):
         if origin != 0:
             raise machine.Fault(f"a file's pointer is set from {origin}")
@@ -323,19 +316,14 @@ class System:
 
     def FindFirstFileW(self, pattern, record):
         pattern = self.path(pattern)
-        depth = pattern.count("\\")
-        names = [path for path in self.files if path.count("\\") == depth and fnmatch.fnmatchcase(path, pattern)]
-        if not names:
-            return self.fail(MISSING, FAILED)
-        search = self.handle(names)
-        self.FindNextFileW(search, record)
-        return search
+        search = self.handle([path for path in self.files if path.count("\\") == pattern.count("\\") and
+                              fnmatch.fnmatchcase(path, pattern)])
+        return search if self.FindNextFileW(search, record) else self.CloseHandle(search) and self.fail(MISSING, FAILED)
 
     def FindNextFileW(self, search, record):
-        names = self.handles[search]
-        if not names:
+        if not self.handles[search]:
             return self.fail(NO_MORE)
-        path = names.pop(0)
+        path = self.handles[search].pop(0)
         data = self.files[path]
         self.machine.put_words(record, 0x10 if data is None else 0x80, *[0] * 7, len(data or b""), 0)
         self.machine.put_wide(record + 40, path.rpartition("\\")[2])
@@ -351,7 +339,7 @@ class System:
     def run_threads(self):
         while self.threads:
             before, self.error = self.error, 0
-            yield machine.Thread(self.threads.popleft())
+            yield self.threads.popleft()
             self.error = before
 
     def EventModify(self, event, change):
@@ -404,15 +392,6 @@ class System:
         for child in [child for child, thing in self.handles.items() if getattr(thing, "parent", 0) == handle]:
             yield from self.DestroyWindow(child)
         del self.handles[handle]
-        return 1
-
-    def EnumWindows(self, called, parameter):
-        """There is one other window on this device."""
-        yield called, self.handle(Window("DesktopExplorerWindow", 0, 0, 0, 0)), parameter
-        return 1
-
-    def GetClassNameW(self, handle, buffer, room):
-        self.machine.put_wide(buffer, self.handles[handle].kind[:room - 1])
         return 1
 
     def SetWindowLongW(self, handle, offset, value):
@@ -532,14 +511,12 @@ class System:
 
     # the registry
 
-    def RegCreateKeyExW(self, parent, path, _r, _kind, _options, _rights, _security, opened, _disposition):
-        path = f"{self.handles.get(parent, '')}\\{self.machine.wide(path)}".lstrip("\\")
-        self.registry.setdefault(path, {})
-        self.machine.put_words(opened, self.handle(path))
+    def RegCreateKeyExW(self, _parent, _path, _r, _kind, _options, _rights, _security, opened, _disposition):
+        self.machine.put_words(opened, self.handle("key"))
         return 0
 
-    def RegQueryValueExW(self, key, name, _reserved, _kind, data, size):
-        value = self.registry[self.handles[key]].get(self.machine.wide(name))
+    def RegQueryValueExW(self, _key, name, _reserved, _kind, data, size):
+        value = self.registry.get(self.machine.wide(name))
         if value is None:
             return MISSING
         if data and self.machine.words(size, 1)[0] < len(value):
@@ -549,8 +526,8 @@ class System:
         self.machine.put_words(size, len(value))
         return 0
 
-    def RegSetValueExW(self, key, name, _reserved, _kind, data, size):
-        self.registry[self.handles[key]][self.machine.wide(name)] = self.machine.read(data, size)
+    def RegSetValueExW(self, _key, name, _reserved, _kind, data, size):
+        self.registry[self.machine.wide(name)] = self.machine.read(data, size)
         return 0
 
     # the network: the server answers at once or never

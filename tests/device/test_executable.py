@@ -37,30 +37,6 @@ KNOWN = (
 CONDITION = "(?:eq|ne|cs|cc|mi|pl|vs|vc|hi|ls|ge|lt|gt|le)?"
 INSTRUCTION = re.compile(rf"(?:{'|'.join(map(re.escape, sorted(KNOWN, key=len, reverse=True)))})s?{CONDITION}")
 
-# The smallest program: one call, through its stub's slot.
-PROGRAM = """
-.text\n.global DeviceEntry\nDeviceEntry: bl Sleep\n.word where, variable
-.section .slot.coredll.Sleep, "aw"\n.global slot.coredll.Sleep\nslot.coredll.Sleep: .word 0
-.section .stub.Sleep, "ax"\n.global Sleep\nSleep: ldr ip, 1f\nldr pc, [ip]\n1: .word slot.coredll.Sleep
-.section .rodata\nwhere: .word 1\n.data\n.global variable\nvariable: .word where\n"""
-SECOND = ".text\n.word slot.coredll.Beep\n.global slot.coredll.Beep\n"
-REFUSED = (
-    ("a name that nothing delivers", ".text\nbl Missing\n", "-Wl,--unresolved-symbols=ignore-all",
-     "Missing is undefined"),
-    ("addresses still to be filled in", "", "-Wl,-q", "relocations are left"),
-    ("a part that has no place", '.text\n.word other\n.section .other, "aw"\nother: .word 1\n', "",
-     ".other is no part"),
-    ("a library that the layout does not list",
-     SECOND + '.section .slot.shell32.Beep, "aw"\nslot.coredll.Beep: .word 0\n', "", ".slot.shell32.Beep is no part"),
-    ("a slot with something in it", SECOND + '.section .slot.coredll.Beep, "aw"\nslot.coredll.Beep: .word 5\n', "",
-     "are not empty"),
-    ("a slot apart from the others", SECOND + ".data\nslot.coredll.Beep: .word 0, 0\n", "", "do not stand together"),
-    ("a list of slots without an end", ".data\n.global slot.other.Beep\nslot.other.Beep: .word 0, 7\n", "",
-     "of other are not empty or not ended"),
-    ("an entry that is no code", "", "-Wl,-e,variable", "the entry is not in the code"),
-)
-
-
 def tool(name, *arguments, **options):
     return subprocess.run([f"arm-none-eabi-{name}", *map(str, arguments)], capture_output=True, text=True, check=True,
                           **options).stdout
@@ -184,11 +160,14 @@ class Step(unittest.TestCase):
              *options, *sources, "-o", "program", cwd=self.folder)
 
     def test_programs(self):
+        program, *rows = pathlib.Path(__file__).with_name("refused.txt").read_text().split("\n== ")
         source = self.folder / "program.s"
-        for sentence, more, option, said in REFUSED:
+        for row in rows:
+            title, _, more = row.partition("\n")
+            sentence, option, said = title.split(" | ")
             with self.subTest(sentence):
-                source.write_text(PROGRAM + more)
-                self.link(source, options=[option] * bool(option))
+                source.write_text(f"{program}\n{more}\n")
+                self.link(source, options=option.split())
                 run = subprocess.run([ROOT / "tools/make_device_exe", "program", build / "platform/device/resources.o",
                                       "output.exe"], cwd=self.folder, capture_output=True, text=True)
                 self.assertFalse((self.folder / "output.exe").exists())

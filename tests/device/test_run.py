@@ -19,7 +19,7 @@ import program
 import server
 import system
 
-KEY, NEWS = "Software\\marrowby\\Pelnor", ("fj.made", "fj.test")
+NEWS = "fj.made", "fj.test"
 LIMIT, READ, SHOW_NORMALLY = 70, 4, 5
 EXIT, GET_ARTICLES, DELETE_READ, SUBSCRIBE, CATCH_UP, KEYWORDS = 40001, 40003, 40004, 40007, 40011, 40014
 LIST, DOWNLOAD, CATCH_UP_LOCAL, PASSWORD, HIGH, OK = 1015, 1016, 1019, 1025, 1040, 1
@@ -80,7 +80,7 @@ class OnDevice:
         self.system = system.System({"": None, "\\data": None, "\\data\\draft": None} | {
             f"\\data\\{name}": data for name, data in files.items()}, news.talk)
         settings = {"Server": "news.example", "Port": 119, "DataPath": "\\data\\", "Limit": LIMIT, **SETTINGS}
-        self.system.registry[KEY] = {name: packed(value) for name, value in settings.items()}
+        self.system.registry = {name: packed(value) for name, value in settings.items()}
         self.machine = machine.Machine(build / "pelnor-arm.exe", self.system)
         self.notice = self.machine.heap.take(12)
 
