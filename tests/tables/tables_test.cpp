@@ -241,7 +241,7 @@ class Tables : public testing::TestWithParam<const char*> {};
 
 TEST_P(Tables, SayWhatComes) {
     std::ifstream file(PELNOR_TABLES + std::string(GetParam()));
-    std::ofstream found(GetParam());
+    std::ofstream found(GetParam(), std::ios::binary);
     std::unique_ptr<Play> play;
     std::string line, due, said;
     for (; std::getline(file, line); due += line + "\n") {
