@@ -24,7 +24,6 @@ import program
 import scenario
 from oracle import NONE, SEPARATOR, Group
 
-SCRIPT = pathlib.Path(__file__).with_name("windows.txt")
 ACCEPT = bool(os.environ.get("PELNOR_ACCEPT"))
 KEY = r"HKCU\Software\marrowby\Pelnor"
 FACES = "1034"  # the combo box with the fonts that this machine happens to have
@@ -32,9 +31,9 @@ INK = {b"\0\0\0": "#", b"\xff\xff\xff": ".", b"\xf5\xf5\xf5": "."}
 Step = collections.namedtuple("Step", "title actions expected")
 
 
-def read_script():
+def read_script(script):
     steps = []
-    for line in SCRIPT.read_text("utf-8").splitlines():
+    for line in script.read_text("utf-8").splitlines():
         if line.startswith("# "):
             steps.append(Step(line, [], []))
         else:
@@ -56,13 +55,6 @@ X-Local-Seq: {number}
 ＞ 全角の引用
 """ + "".join(f"line {line}\n" for line in range(number * 5 % 40))
     return [line.encode("cp932") + b"\r\n" for line in text.split("\n")[:-1]] + [SEPARATOR]
-
-
-class AnyWindow(program.Program):
-    """Started as soon as any of its windows shows."""
-
-    def _frame(self):
-        return next((line[0] for line in self.bench.order("windows")), None)
 
 
 class Screen:
@@ -109,6 +101,7 @@ class Screen:
 
 
 class Windows(scenario.Scenario):
+    script = pathlib.Path(__file__).with_name("windows.txt")
     groups = ("fj.test", "fj.pda", "alt.test")
 
     @classmethod
@@ -122,7 +115,7 @@ class Windows(scenario.Scenario):
         self.bench.order("setting", name, kind, str(self.relay.port) if value == "PORT" else value)
 
     def start(self):
-        self.running = AnyWindow(self.bench)
+        self.running = program.Program(self.bench, (program.FRAME, program.DIALOG))
         self.addCleanup(self.running.end)
 
     def start_again(self):
@@ -133,11 +126,12 @@ class Windows(scenario.Scenario):
     def other_program(self):
         """Comes in front of this one."""
         self.other = self.bench.run_wine("notepad")
-        self.addCleanup(self.bench.stop, self.other)
+        self.addCleanup(self.other.kill)
         inn.wait_until(lambda: not any(line.endswith(" front") for line, in self.bench.order("dump")), "another program")
 
     def other_ends(self):
-        self.bench.stop(self.other)
+        self.other.kill()
+        self.other.wait()
 
     def ends(self):
         self.notes.append(f"the program ended with {self.running.wait_exit()}")
@@ -321,7 +315,7 @@ class Windows(scenario.Scenario):
     def test_the_walk(self):
         self.prepare()
         self.patience, self.shown = 0.5 if ACCEPT else 5, {}
-        steps, found = read_script(), []
+        steps, found = read_script(self.script), []
         expected = [[step.title] + step.actions + step.expected for step in steps]
         try:
             for step in steps:
@@ -329,8 +323,9 @@ class Windows(scenario.Scenario):
         finally:
             if ACCEPT:
                 whole = sum(found + expected[len(found):], [])
-                SCRIPT.write_text("".join(line + "\n" for line in whole), "utf-8")
-        difference = difflib.unified_diff(sum(expected, []), sum(found, []), "windows.txt", "the program", "", "", 3, "")
+                self.script.write_text("".join(line + "\n" for line in whole), "utf-8")
+        difference = difflib.unified_diff(sum(expected, []), sum(found, []), self.script.name, "the program",
+                                             lineterm="")
         if text := "\n".join(difference):
             self.fail("the windows show something else:\n" + text)
 

@@ -1,24 +1,21 @@
 #include "tests/faults/machine.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <set>
 #include <vector>
 
+#include "resources/resource.h"
 #include "tests/support/imports.h"
 #include "tests/support/memory_watch.h"
+#include "text/messages.h"
 
 Machine machine;
 std::map<std::wstring, std::string>& memoryFiles = machine.storage.files;
 const std::wstring kFolder = L"N:\\news\\";
-
-namespace {
-
-constexpr int kLongestRead = 700;  // bytes that one recv gives
-constexpr char kGreeting[] = "200 ready\r\n";
-
-}  // namespace
 
 bool Fails(std::string_view call) {
     const DWORD error = machine.fault ? machine.fault(call) : 0;
@@ -37,29 +34,23 @@ BOOL WINAPI MakeFolder(const wchar_t* name, SECURITY_ATTRIBUTES*) {
 
 BOOL TakeFound(MemoryHandle& search, WIN32_FIND_DATAW* found) {
     if (search.found.empty()) return Refuse(ERROR_NO_MORE_FILES, FALSE);
-    std::wstring name = search.found.back();
-    search.found.pop_back();
     *found = {};
-    found->dwFileAttributes = name.back() == L'\\' ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
-    if (name.back() == L'\\') name.pop_back();
-    wcsncpy(found->cFileName, name.c_str(), MAX_PATH - 1);
+    found->dwFileAttributes = FILE_ATTRIBUTE_NORMAL;
+    wcsncpy(found->cFileName, search.found.back().c_str(), MAX_PATH - 1);
+    search.found.pop_back();
     return TRUE;
 }
 
-// What a pattern of at most one star fits, below the pattern's folder and not deeper.
+// The names of the files that fit a pattern "FOLDER\\*END".
 std::vector<std::wstring> NamesThatFit(const std::wstring& pattern) {
-    const std::size_t star = pattern.find(L'*'), folderEnd = pattern.rfind(L'\\') + 1;
-    const std::wstring start = pattern.substr(0, star);
-    const std::wstring end = star == pattern.npos ? L"" : pattern.substr(star + 1);
+    const std::size_t star = pattern.find(L'*');
+    const std::wstring end = pattern.substr(star + 1);
     std::vector<std::wstring> names;
     for (const auto& [path, content] : memoryFiles) {
-        const std::wstring plain = path.substr(0, path.size() - (path.back() == L'\\'));
-        const bool fits = plain.size() >= start.size() + end.size() &&
-                          plain.compare(0, start.size(), start) == 0 &&
-                          plain.compare(plain.size() - end.size(), end.size(), end) == 0 &&
-                          (star != pattern.npos || plain == pattern);
-        if (fits && plain.size() > folderEnd && plain.find(L'\\', folderEnd) == plain.npos)
-            names.push_back(path.substr(folderEnd));
+        if (path.compare(0, star, pattern, 0, star) != 0) continue;
+        const std::wstring name = path.substr(star);
+        const bool fits = name.size() >= end.size() && name.substr(name.size() - end.size()) == end;
+        if (fits && name.find(L'\\') == name.npos) names.push_back(name);
     }
     return names;
 }
@@ -122,10 +113,11 @@ LSTATUS WINAPI CloseKey(HKEY key) {
     return CloseMemoryHandle(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
 
-// The network: one connection at a time, to a server that is asked in place.
+// The network: one connection at a time.
 
-std::string sent, received;
-bool broken = false;
+constexpr char kKnownHost[] = "news.example";
+std::string sent;
+bool broken = false, connected = false;
 
 // A connection that has failed stays so.
 bool Breaks(std::string_view call) {
@@ -134,36 +126,56 @@ bool Breaks(std::string_view call) {
 }
 
 SOCKET WSAAPI MakeSocket(int, int, int) {
-    broken = false;
+    broken = connected = false;
     if (Breaks("socket")) return INVALID_SOCKET;
     return reinterpret_cast<SOCKET>(NewHandle({}));
 }
 
-int WSAAPI ConnectTo(SOCKET, const sockaddr*, int) {
+hostent* WSAAPI FindHost(const char* name) {
+    static in_addr address = {{{127, 0, 0, 1}}};
+    static char* list[] = {reinterpret_cast<char*>(&address), nullptr};
+    static hostent host = {nullptr, nullptr, AF_INET, sizeof(address), list};
+    return name == std::string(kKnownHost) ? &host : Refuse<hostent*>(WSAHOST_NOT_FOUND, nullptr);
+}
+
+int WSAAPI ConnectTo(SOCKET, const sockaddr* address, int) {
+    const auto& to = *reinterpret_cast<const sockaddr_in*>(address);
+    const bool listens = to.sin_addr.s_addr == htonl(INADDR_LOOPBACK) && to.sin_port == htons(119);
     if (Breaks("connect")) return SOCKET_ERROR;
+    if (!listens || to.sin_family != AF_INET) return Refuse(WSAECONNREFUSED, SOCKET_ERROR);
     sent.clear();
-    received = kGreeting;
+    machine.network.says.clear();
+    machine.network.ended = false;
+    connected = true;
+    machine.network.connect();
     return 0;
 }
 
 int WSAAPI SendBytes(SOCKET, const char* bytes, int count, int) {
-    if (Breaks("send")) return SOCKET_ERROR;
+    if (Breaks("send") || !connected) return SOCKET_ERROR;
     sent.append(bytes, static_cast<std::size_t>(count));
     for (std::size_t end; (end = sent.find("\r\n")) != std::string::npos; sent.erase(0, end + 2))
-        received += machine.server(sent.substr(0, end));
+        machine.network.hear(sent.substr(0, end));
     return count;
 }
 
 int WSAAPI ReceiveBytes(SOCKET, char* bytes, int count, int) {
     if (Breaks("recv")) return SOCKET_ERROR;
-    const int given = std::min({count, kLongestRead, static_cast<int>(received.size())});
-    std::memcpy(bytes, received.data(), static_cast<std::size_t>(given));
-    received.erase(0, static_cast<std::size_t>(given));
-    return given;
+    Network& network = machine.network;
+    const std::size_t given =
+        std::min({static_cast<std::size_t>(count), network.piece, network.stop, network.says.size()});
+    std::memcpy(bytes, network.says.data(), given);
+    network.says.erase(0, given);
+    network.stop -= network.stop == std::string::npos ? 0 : given;
+    if (network.stop == 0) network.stop = std::string::npos;
+    return static_cast<int>(given);
 }
 
-int WSAAPI WaitForBytes(int, fd_set*, fd_set*, fd_set*, const timeval*) {
-    return Breaks("select") ? SOCKET_ERROR : 1;
+int WSAAPI WaitForBytes(int, fd_set*, fd_set*, fd_set*, const timeval* limit) {
+    if (Breaks("select")) return SOCKET_ERROR;
+    if (!machine.network.says.empty() || machine.network.ended) return 1;
+    machine.network.silence += limit->tv_sec;
+    return 0;
 }
 
 int WSAAPI SetOption(SOCKET, int, int, const char*, int) {
@@ -190,29 +202,22 @@ HANDLE WINAPI StartThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_
 
 }  // namespace
 
+// What a worker shows must not go through the buffers that are the user interface's.
 void RunThreads() {
+    const wchar_t* const shared[] = {FormatText(LoadResString(IDS_NO_MEMORY), L""),
+                                     LoadResString(IDS_NO_ANSWER)};
+    const std::wstring before[] = {shared[0], shared[1]};
     for (const auto& [routine, parameter] : std::exchange(threads, {}))
         routine(parameter);
+    EXPECT_TRUE(shared[0] == before[0] && shared[1] == before[1]);
 }
 
 // Memory.
 
 namespace {
 
-template <class T>
-struct UnwatchedAllocator {
-    using value_type = T;
-    UnwatchedAllocator() = default;
-    template <class U>
-    UnwatchedAllocator(const UnwatchedAllocator<U>&) {}
-    T* allocate(std::size_t count) { return static_cast<T*>(TakeUnwatched(count * sizeof(T))); }
-    void deallocate(T* memory, std::size_t) { ReleaseUnwatched(memory); }
-    bool operator==(const UnwatchedAllocator&) const { return true; }
-    bool operator!=(const UnwatchedAllocator&) const { return false; }
-};
-
 // By address, since the test's containers release through the program's operators too.
-std::set<void*, std::less<void*>, UnwatchedAllocator<void*>> held;
+std::set<void*> held;
 
 constexpr MemoryWatch kWatch = {
     [](std::size_t size) {
@@ -239,6 +244,13 @@ bool UsesNetwork(std::string_view call) {
            call == "setsockopt";
 }
 
+void Serve(std::function<std::string(const std::string& command)> reply) {
+    machine.network.connect = [] { machine.network.says = "200 ready\r\n"; };
+    machine.network.hear = [reply = std::move(reply)](const std::string& command) {
+        machine.network.says += reply(command);
+    };
+}
+
 std::string& FileOf(const std::wstring& name) {
     return memoryFiles[kFolder + name];
 }
@@ -263,6 +275,7 @@ IN_PLACE_OF(RegSetValueExW, WriteValue)
 IN_PLACE_OF(RegDeleteValueW, DeleteValueOf)
 IN_PLACE_OF(RegCloseKey, CloseKey)
 IN_PLACE_OF(socket, MakeSocket)
+IN_PLACE_OF(gethostbyname, FindHost)
 IN_PLACE_OF(connect, ConnectTo)
 IN_PLACE_OF(send, SendBytes)
 IN_PLACE_OF(recv, ReceiveBytes)

@@ -19,19 +19,33 @@ struct Storage {
     bool operator==(const Storage& other) const { return files == other.files && values == other.values; }
 };
 
+// The other end of the program's one connection. What it says is there at once; where nothing is left to read
+// and the stream has not ended, it is silent for ever.
+struct Network {
+    std::function<void()> connect;                      // the program has connected, to 127.0.0.1:119
+    std::function<void(const std::string& line)> hear;  // what the program sends, line by line
+    std::string says;                                   // waits for the program
+    std::size_t piece = 700;                            // most bytes that one recv gives
+    std::size_t stop = std::string::npos;               // bytes behind which a recv ends once
+    bool ended = false;                                 // the stream ends behind what waits
+    long silence = 0;                                   // seconds that the program has waited in vain
+};
+
 struct Machine {
     Storage storage;
+    Network network;
     // Asked with a function's name before it does anything, with kSector before each sector that a write
     // reaches and with kMemory before memory is taken. 0 lets it happen, an error number makes it fail.
     std::function<DWORD(std::string_view call)> fault;
-    // A news server's reply to a command line, line ends included.
-    std::function<std::string(const std::string& command)> server;
     std::size_t largestBlock = 0;  // of memory, that the program asked for
 };
 extern Machine machine;
 
 constexpr std::string_view kMemory = "memory";
 bool UsesNetwork(std::string_view call);
+
+// A news server that greets and answers each command, line ends included.
+void Serve(std::function<std::string(const std::string& command)> reply);
 
 // What the program has not given back: files, searches, keys, sockets, threads, heaps and blocks.
 std::size_t HeldByProgram();

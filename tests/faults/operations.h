@@ -1,25 +1,29 @@
 // Everything in Pelnor that writes, as the program does it, with the folder that it finds.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
-#include "tests/faults/data_folder.h"
+#include "settings/settings.h"
+#include "tests/faults/folder.h"
 #include "tests/faults/machine.h"
 
 // How the user sees an operation end.
 struct Outcome {
     bool done = false;
-    std::string told;    // the texts shown, and the last error as "(n)" where a caller would show it
-    bool shows = false;  // a failure that is seen without a text: an empty list, a row that is not there
+    std::string told = {};  // the texts shown, and the last error as "(n)" where a caller would show it
+    bool shows = false;     // a failure that is seen without a text: an empty list, a row that is not there
+    std::string bar = {};   // of a run's last group: its name, the steps and the range's end
 };
 
 struct Operation {
-    const char* name;
-    void (*prepare)();           // of an empty machine
-    Outcome (*run)();            // may end the fault before its end: the machine works again
-    bool listsMayBeCut = false;  // what can be fetched again may be left short by a failure
-    bool maySaveInVain = false;  // a file or value that could not be stored is not reported
+    std::string name;
+    std::function<void()> prepare;  // of an empty machine
+    Outcome (*run)();               // may end the fault before its end: the machine works again
+    bool listsMayBeCut = false;     // what can be fetched again may be left short by a failure
+    bool maySaveInVain = false;     // a file or value that could not be stored is not reported
 };
 
 const std::vector<Operation>& Operations();
@@ -29,8 +33,12 @@ extern const std::vector<std::wstring> kGroups;
 // A program start over the folder.
 Outcome Start();
 
-// A run over the groups, as the command starts it, with the machine's server.
-Outcome Download(const std::vector<std::wstring>& groups);
+// A run over the groups, as the command starts it, with the machine's network. `prepare` may change its
+// settings: 100 articles from 127.0.0.1, no user.
+Outcome Download(const std::vector<std::wstring>& groups, const std::function<void(Settings&)>& prepare = {});
+
+// The list of groups, through its dialog.
+Outcome FetchList(const wchar_t* server);
 
 // A server's reply to GROUP, HEAD or BODY in a group that holds these articles.
 std::string ReplyOf(const std::vector<Article>& articles, const std::string& command);
