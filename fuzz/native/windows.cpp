@@ -1,5 +1,8 @@
 // What the disk in memory leaves to the suite, and the calls that need no more than a few words.
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <cwchar>
 #include <set>
 
 #include "platform/platform.h"
@@ -49,19 +52,15 @@ UINT TextCodePage() {
 }
 
 int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units) {
-    int count = 0;
-    while (count < units && text[count] != '\0') {
-        buffer[count] = static_cast<unsigned char>(text[count]);
-        ++count;
-    }
+    const auto count = std::min(static_cast<int>(std::strlen(text)), units);
+    std::transform(text, text + count, buffer, [](char byte) { return static_cast<unsigned char>(byte); });
     buffer[count] = L'\0';
     return count + 1;
 }
 
 int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*) {
-    int count = 0;
-    for (; count < bytes && text[count] != L'\0'; ++count)
-        buffer[count] = static_cast<char>(text[count]);
+    const auto count = std::min(static_cast<int>(std::wcslen(text)), bytes);
+    std::transform(text, text + count, buffer, [](wchar_t unit) { return static_cast<char>(unit); });
     buffer[count] = '\0';
     return count + 1;
 }
