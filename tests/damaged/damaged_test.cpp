@@ -8,7 +8,6 @@
 #include "store/delete_read.h"
 #include "store/group_changes.h"
 #include "store/log.h"
-#include "tests/faults/folder_state.h"
 #include "tests/faults/operations.h"
 #include "tests/faults/user.h"
 #include "tests/support/text_table.h"
@@ -28,16 +27,6 @@ const std::vector<Article> kOnServer = {{4, "four", 0, "four\r\n"}, {5, "five", 
 const auto kKnownError = testing::AnyOf(2, 13, 87, 234);
 constexpr int kMostCalls = 20000;               // that a step may make
 constexpr std::size_t kLargestBlock = 1 << 17;  // of memory, whatever a number in a file says
-
-const std::map<std::string, GroupIs> kStates = {{"current", GroupIs::kCurrent},
-                                                {"lost-index", GroupIs::kWithoutIndex},
-                                                {"upgrade-cut-off", GroupIs::kUpgradeCutOff},
-                                                {"deletion-without-log", GroupIs::kDeletionWithoutLog},
-                                                {"deletion-with-new-log", GroupIs::kDeletionWithNewLog},
-                                                {"deletion-without-index", GroupIs::kDeletionWithoutIndex},
-                                                {"version-1", GroupIs::kVersion1},
-                                                {"version-2", GroupIs::kVersion2},
-                                                {"version-4", GroupIs::kVersion4}};
 
 std::string Damaged(std::string bytes, const std::string& harm, std::size_t at) {
     if (harm == "flipped") bytes[at] = static_cast<char>(~bytes[at]);
@@ -171,7 +160,7 @@ std::string Play(const std::string& sentence) {
 }
 
 TEST(Damaged, IsMetAsTheTableSays) {
-    RefuseDialogs();
+    RefuseDialogs(true);
     for (const TableRow& row : ReadTable("damaged/damage.txt")) {
         SCOPED_TRACE(row.sentence);
         CheckOutcome(row, Play(row.sentence));

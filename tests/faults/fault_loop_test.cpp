@@ -1,15 +1,14 @@
 // Each operation that writes, with its 1st, 2nd, 3rd ... call to the system, sector written or allocation
 // failing, until a run meets no fault; and with the program ending at every state of the storage on the way.
 // Then a clean start: whatever a reader had is still there.
-#include <algorithm>
-#include <set>
+#include <gtest/gtest.h>
 
-#include "tests/faults/folder_state.h"
+#include <algorithm>
+
+#include "store/record.h"
 #include "tests/faults/operations.h"
 
 namespace {
-
-constexpr uint32_t kReadFlag = 1;
 
 struct Fault {
     const char* name;
@@ -36,11 +35,28 @@ struct Attempt {
     Outcome outcome = {};
 };
 
+bool CountsAreTrue(const FolderState& folder) {
+    return std::all_of(folder.groups.begin(), folder.groups.end(),
+                       [](const auto& group) { return group.second.countsAreTrue; });
+}
+
+template <class Map>
+auto At(const Map& map, const typename Map::key_type& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? typename Map::mapped_type() : found->second;
+}
+
 class FaultLoopTest : public testing::TestWithParam<Operation> {
   protected:
     static bool Starts() {
         const Outcome outcome = Start();
         return outcome.done && outcome.told.empty();
+    }
+
+    // The folder as the next start leaves it.
+    static Storage AfterStart() {
+        EXPECT_TRUE(Starts() && LoadKeywords());
+        return machine.storage;
     }
 
     // What stands before the operation, on its way, and behind it when nothing fails.
@@ -49,8 +65,7 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         FileOf(L"");
         operation_.prepare();
         start_ = machine.storage;
-        ASSERT_TRUE(Starts() && LoadKeywords());
-        before_ = ReadFolder(machine.storage, kGroups);
+        before_ = AfterStart();
         machine.storage = start_;
         machine.fault = [this](std::string_view) -> DWORD {
             if (images_.empty() || !(images_.back() == machine.storage)) images_.push_back(machine.storage);
@@ -59,9 +74,9 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         const Outcome outcome = operation_.run();
         machine.fault = nullptr;
         ASSERT_TRUE(outcome.done) << outcome.told;
-        ASSERT_TRUE(Starts() && LoadKeywords());
-        after_ = ReadFolder(machine.storage, kGroups);
-        ASSERT_TRUE(before_.problems.empty() && after_.problems.empty());
+        after_ = AfterStart();
+        for (const Storage* storage : {&before_, &after_})
+            ASSERT_TRUE(ReadFolder(*storage, kGroups, ~0u).problems.empty());
     }
 
     // False when the run met no fault.
@@ -84,25 +99,68 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
 
     void CheckNextStart(const Attempt& attempt) {
         Require(Starts() && LoadKeywords(), "the next start failed");
-        const FolderState state = ReadFolder(machine.storage, kGroups);
-        problems_.insert(problems_.end(), state.problems.begin(), state.problems.end());
-        CheckFolder(state, attempt);
+        // A keyword file that cannot be read to its end is taken as it was read so far.
+        const uint32_t flags = attempt.call == "ReadFile" ? kReadFlag : ~0u;
+        const FolderState is = ReadFolder(machine.storage, kGroups, flags),
+                          was = ReadFolder(before_, kGroups, flags), due = ReadFolder(after_, kGroups, flags);
+        problems_.insert(problems_.end(), is.problems.begin(), is.problems.end());
+        bool complete = CheckFiles(is.files, was.files, due.files, attempt);
+        for (const std::wstring& group : kGroups)
+            complete =
+                CheckGroup(Plain(group), is.groups.at(group), was.groups.at(group), due.groups.at(group)) &&
+                complete;
+        CheckCounts(is, attempt);
+        if (&attempt.fault != &kCrash) CheckOutcome(attempt, complete);
         for (const std::string& problem : std::exchange(problems_, {})) {
             ADD_FAILURE() << attempt.fault.name << " at " << attempt.at << " " << attempt.call << ": "
                           << problem << (attempt.outcome.done ? " [done]" : " [failed]");
         }
     }
 
-    void CheckFolder(const FolderState& state, const Attempt& attempt) {
-        const Outcome& outcome = attempt.outcome;
-        // A keyword file that cannot be read to its end is taken as it was read so far.
-        comparedFlags_ = attempt.call == "ReadFile" ? kReadFlag : ~0u;
+    // Whether the group is as if nothing had failed.
+    bool CheckGroup(const std::string& name, const GroupState& is, const GroupState& was,
+                    const GroupState& due) {
+        const bool same = is.articles == due.articles;
+        for (const auto& [number, text] : was.articles)
+            Require(same || is.articles.count(number), name + " lost " + std::to_string(number));
+        for (const auto& [number, text] : is.articles) {
+            Require(text == At(was.articles, number) || text == At(due.articles, number),
+                    name + " changed " + std::to_string(number));
+        }
+        Require(is.progress == was.progress || is.progress == due.progress, name + ": progress is neither");
+        Require(is.progress == was.progress || same || was.articles.size() >= due.articles.size(),
+                name + " counts as fetched what is not there");
+        return same && is.progress == due.progress;
+    }
+
+    bool CheckFiles(const Files& is, const Files& was, const Files& due, const Attempt& attempt) {
+        Files names = was;
+        names.insert(due.begin(), due.end());
         bool complete = true;
-        for (const std::wstring& group : kGroups)
-            complete = CheckGroup(group, state) && complete;
-        complete = CheckFiles(state, attempt) && complete;
-        CheckCounts(state, attempt);
-        if (&attempt.fault == &kCrash) return;
+        for (const auto& [name, bytes] : names) {
+            const bool cut = operation_.listsMayBeCut && At(due, name).find(At(is, name)) == 0 &&
+                             name.find(L".dat") != name.npos;
+            // A setting that cannot be read counts as missing, and is stored with its default.
+            const bool unread = attempt.call == "RegQueryValueExW" && name.find(L"HKCU\\") == 0;
+            const bool same = At(is, name) == At(due, name);
+            Require(same || At(is, name) == At(was, name) || cut || unread,
+                    Plain(name) + " is neither the old nor the new one");
+            complete = complete && same;
+        }
+        return complete;
+    }
+
+    // Where a mark reached the disk and the header did not, the old count stands until the group is opened.
+    void CheckCounts(const FolderState& state, const Attempt& attempt) {
+        if (CountsAreTrue(state)) return;
+        Require(&attempt.fault == &kCrash || !attempt.outcome.done,
+                "the header does not count what the records say");
+        Require(OpenEachGroup() && CountsAreTrue(ReadFolder(machine.storage, kGroups, ~0u)),
+                "the counts stay wrong");
+    }
+
+    void CheckOutcome(const Attempt& attempt, bool complete) {
+        const Outcome& outcome = attempt.outcome;
         Require(complete || !outcome.done || operation_.maySaveInVain, "said to be done, but is not");
         const std::string number = "(" + std::to_string(attempt.fault.number) + ")";
         const bool told = outcome.told.find(number) != std::string::npos ||
@@ -111,90 +169,13 @@ class FaultLoopTest : public testing::TestWithParam<Operation> {
         Require(outcome.done || told || outcome.shows, "failed without its number: " + outcome.told);
     }
 
-    // Whether the group is as if nothing had failed.
-    bool CheckGroup(const std::wstring& name, const FolderState& state) {
-        const GroupState& is = state.groups.at(name);
-        const GroupState& was = before_.groups.at(name);
-        const GroupState& due = after_.groups.at(name);
-        const std::string where = Plain(name) + ": ";
-        const bool sameArticles = AreSame(is.articles, due.articles);
-        for (const auto& [number, article] : was.articles) {
-            const bool lost = !is.articles.count(number);
-            Require(!lost || sameArticles, where + "article " + std::to_string(number) + " is lost");
-        }
-        for (const auto& [number, article] : is.articles) {
-            Require(HoldsSame(was, number, article) || HoldsSame(due, number, article),
-                    where + "article " + std::to_string(number) + " has changed");
-        }
-        Require(is.progress == was.progress || (is.progress == due.progress && sameArticles) ||
-                    was.articles.size() >= due.articles.size(),
-                where + "counts as fetched what is not there");
-        Require(is.progress == was.progress || is.progress == due.progress, where + "progress is neither");
-        return sameArticles && is.progress == due.progress;
-    }
-
-    bool AreSame(const Articles& some, const Articles& others) const {
-        const auto same = [this](const auto& one, const auto& other) {
-            return one.first == other.first && IsSame(one.second, other.second);
-        };
-        return some.size() == others.size() && std::equal(some.begin(), some.end(), others.begin(), same);
-    }
-
-    bool IsSame(const ArticleState& one, const ArticleState& other) const {
-        return one.text == other.text && ((one.flags ^ other.flags) & comparedFlags_) == 0;
-    }
-
-    bool HoldsSame(const GroupState& group, uint32_t number, const ArticleState& article) const {
-        const auto found = group.articles.find(number);
-        return found != group.articles.end() && IsSame(article, found->second);
-    }
-
-    bool CheckFiles(const FolderState& state, const Attempt& attempt) {
-        bool complete = true;
-        std::set<std::wstring> names;
-        for (const FolderState* folder : {&before_, &after_})
-            for (const auto& [name, bytes] : folder->files)
-                names.insert(name);
-        for (const std::wstring& name : names) {
-            const std::string is = Content(state, name), was = Content(before_, name),
-                              due = Content(after_, name);
-            const bool cut = operation_.listsMayBeCut && due.compare(0, is.size(), is) == 0 &&
-                             name.find(L".dat") != name.npos;
-            // A setting that cannot be read counts as missing, and the sheet's OK stores its default.
-            const bool unread = attempt.call == "RegQueryValueExW" && name.find(L"HKCU\\") == 0;
-            Require(is == due || is == was || cut || unread,
-                    Plain(name) + " is neither the old nor the new one");
-            complete = complete && is == due;
-        }
-        return complete;
-    }
-
-    static std::string Content(const FolderState& state, const std::wstring& name) {
-        const auto found = state.files.find(name);
-        return found == state.files.end() ? "" : found->second;
-    }
-
-    // Where a mark reached the disk and the header did not, the old count stands until the group is opened.
-    void CheckCounts(const FolderState& state, const Attempt& attempt) {
-        const auto areTrue = [](const FolderState& folder) {
-            return std::all_of(folder.groups.begin(), folder.groups.end(),
-                               [](const auto& group) { return group.second.countsAreTrue; });
-        };
-        if (areTrue(state)) return;
-        Require(&attempt.fault == &kCrash || !attempt.outcome.done,
-                "the header does not count what the records say");
-        Require(OpenEachGroup() && areTrue(ReadFolder(machine.storage, kGroups)), "the counts stay wrong");
-    }
-
     void Require(bool holds, const std::string& problem) {
         if (!holds) problems_.push_back(problem);
     }
 
     const Operation& operation_ = GetParam();
-    Storage start_;
+    Storage start_, before_, after_;
     std::vector<Storage> images_;  // each state that the storage went through
-    FolderState before_, after_;
-    uint32_t comparedFlags_ = 0;
     std::vector<std::string> problems_;
 };
 
@@ -213,7 +194,7 @@ TEST_P(FaultLoopTest, NothingIsTakenFromTheReader) {
         machine.storage = image;
         CheckNextStart({kCrash, ++crashes});
     }
-    std::printf("%-66s %5d faults %5d crashes\n", operation_.name, faults, crashes);
+    std::printf("%-66s %5d faults %5d crashes\n", operation_.name.c_str(), faults, crashes);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FaultLoopTest, testing::ValuesIn(Operations()));

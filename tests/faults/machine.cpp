@@ -1,13 +1,17 @@
 #include "tests/faults/machine.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <set>
 #include <vector>
 
+#include "resources/resource.h"
 #include "tests/support/imports.h"
 #include "tests/support/memory_watch.h"
+#include "text/messages.h"
 
 Machine machine;
 std::map<std::wstring, std::string>& memoryFiles = machine.storage.files;
@@ -30,29 +34,23 @@ BOOL WINAPI MakeFolder(const wchar_t* name, SECURITY_ATTRIBUTES*) {
 
 BOOL TakeFound(MemoryHandle& search, WIN32_FIND_DATAW* found) {
     if (search.found.empty()) return Refuse(ERROR_NO_MORE_FILES, FALSE);
-    std::wstring name = search.found.back();
-    search.found.pop_back();
     *found = {};
-    found->dwFileAttributes = name.back() == L'\\' ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
-    if (name.back() == L'\\') name.pop_back();
-    wcsncpy(found->cFileName, name.c_str(), MAX_PATH - 1);
+    found->dwFileAttributes = FILE_ATTRIBUTE_NORMAL;
+    wcsncpy(found->cFileName, search.found.back().c_str(), MAX_PATH - 1);
+    search.found.pop_back();
     return TRUE;
 }
 
-// What a pattern of at most one star fits, below the pattern's folder and not deeper.
+// The names of the files that fit a pattern "FOLDER\\*END".
 std::vector<std::wstring> NamesThatFit(const std::wstring& pattern) {
-    const std::size_t star = pattern.find(L'*'), folderEnd = pattern.rfind(L'\\') + 1;
-    const std::wstring start = pattern.substr(0, star);
-    const std::wstring end = star == pattern.npos ? L"" : pattern.substr(star + 1);
+    const std::size_t star = pattern.find(L'*');
+    const std::wstring end = pattern.substr(star + 1);
     std::vector<std::wstring> names;
     for (const auto& [path, content] : memoryFiles) {
-        const std::wstring plain = path.substr(0, path.size() - (path.back() == L'\\'));
-        const bool fits = plain.size() >= start.size() + end.size() &&
-                          plain.compare(0, start.size(), start) == 0 &&
-                          plain.compare(plain.size() - end.size(), end.size(), end) == 0 &&
-                          (star != pattern.npos || plain == pattern);
-        if (fits && plain.size() > folderEnd && plain.find(L'\\', folderEnd) == plain.npos)
-            names.push_back(path.substr(folderEnd));
+        if (path.compare(0, star, pattern, 0, star) != 0) continue;
+        const std::wstring name = path.substr(star);
+        const bool fits = name.size() >= end.size() && name.substr(name.size() - end.size()) == end;
+        if (fits && name.find(L'\\') == name.npos) names.push_back(name);
     }
     return names;
 }
@@ -204,29 +202,22 @@ HANDLE WINAPI StartThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_
 
 }  // namespace
 
+// What a worker shows must not go through the buffers that are the user interface's.
 void RunThreads() {
+    const wchar_t* const shared[] = {FormatText(LoadResString(IDS_NO_MEMORY), L""),
+                                     LoadResString(IDS_NO_ANSWER)};
+    const std::wstring before[] = {shared[0], shared[1]};
     for (const auto& [routine, parameter] : std::exchange(threads, {}))
         routine(parameter);
+    EXPECT_TRUE(shared[0] == before[0] && shared[1] == before[1]);
 }
 
 // Memory.
 
 namespace {
 
-template <class T>
-struct UnwatchedAllocator {
-    using value_type = T;
-    UnwatchedAllocator() = default;
-    template <class U>
-    UnwatchedAllocator(const UnwatchedAllocator<U>&) {}
-    T* allocate(std::size_t count) { return static_cast<T*>(TakeUnwatched(count * sizeof(T))); }
-    void deallocate(T* memory, std::size_t) { ReleaseUnwatched(memory); }
-    bool operator==(const UnwatchedAllocator&) const { return true; }
-    bool operator!=(const UnwatchedAllocator&) const { return false; }
-};
-
 // By address, since the test's containers release through the program's operators too.
-std::set<void*, std::less<void*>, UnwatchedAllocator<void*>> held;
+std::set<void*> held;
 
 constexpr MemoryWatch kWatch = {
     [](std::size_t size) {

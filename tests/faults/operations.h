@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "settings/settings.h"
-#include "tests/faults/data_folder.h"
+#include "tests/faults/folder.h"
 #include "tests/faults/machine.h"
 
 // How the user sees an operation end.
@@ -19,11 +19,11 @@ struct Outcome {
 };
 
 struct Operation {
-    const char* name;
-    void (*prepare)();           // of an empty machine
-    Outcome (*run)();            // may end the fault before its end: the machine works again
-    bool listsMayBeCut = false;  // what can be fetched again may be left short by a failure
-    bool maySaveInVain = false;  // a file or value that could not be stored is not reported
+    std::string name;
+    std::function<void()> prepare;  // of an empty machine
+    Outcome (*run)();               // may end the fault before its end: the machine works again
+    bool listsMayBeCut = false;     // what can be fetched again may be left short by a failure
+    bool maySaveInVain = false;     // a file or value that could not be stored is not reported
 };
 
 const std::vector<Operation>& Operations();

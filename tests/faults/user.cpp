@@ -1,7 +1,6 @@
 #include "tests/faults/user.h"
 
 #include <utility>
-#include <vector>
 
 #include "tests/faults/machine.h"
 #include "tests/support/imports.h"
@@ -24,11 +23,6 @@ int WINAPI AnswerBox(HWND, const wchar_t* text, const wchar_t* caption, UINT) {
     return IDOK;
 }
 
-void Use(HWND window) {
-    const auto user = std::exchange(dialogUser, nullptr);
-    if (user && window) user(window);
-}
-
 HWND WINAPI MakeDialog(HINSTANCE instance, const DLGTEMPLATE* layout, HWND owner, DLGPROC procedure,
                        LPARAM parameter) {
     static const auto make = RealFunction<decltype(&MakeDialog)>("CreateDialogIndirectParamW", L"user32.dll");
@@ -41,31 +35,13 @@ INT_PTR WINAPI RunDialogForUser(HINSTANCE instance, const DLGTEMPLATE* layout, H
     dialogResult = -1;
     const HWND dialog = MakeDialog(instance, layout, owner, procedure, parameter);
     RunThreads();
-    Use(dialog);
+    const auto user = std::exchange(dialogUser, nullptr);
+    if (user && dialog) user(dialog);
     MSG message;
     while (dialog && dialogResult == -1 && PeekMessageW(&message, dialog, 0, 0, PM_REMOVE))
         DispatchMessageW(&message);
     if (dialog) DestroyWindow(dialog);
     return dialogResult;
-}
-
-// All pages stand at once; the user works on the first, and OK asks each.
-INT_PTR WINAPI RunSheetForUser(const PROPSHEETHEADERW* sheet) {
-    std::vector<HWND> pages;
-    for (UINT i = 0; i < sheet->nPages; ++i) {
-        const PROPSHEETPAGEW& page = sheet->ppsp[i];
-        pages.push_back(CreateDialogParamW(page.hInstance, page.pszTemplate, GetDesktopWindow(),
-                                           page.pfnDlgProc, reinterpret_cast<LPARAM>(&page)));
-    }
-    Use(pages.front());
-    INT_PTR result = 1;
-    for (const HWND page : pages) {
-        NMHDR notice = {page, 0, static_cast<UINT>(PSN_APPLY)};
-        SendMessageW(page, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notice));
-        if (GetWindowLongPtrW(page, DWLP_MSGRESULT) != PSNRET_NOERROR) result = -1;
-        DestroyWindow(page);
-    }
-    return result;
 }
 
 BOOL WINAPI NoteDialogResult(HWND, INT_PTR result) {
@@ -83,7 +59,6 @@ IN_PLACE_OF(SetCursor, KeepCursor)
 IN_PLACE_OF(MessageBoxW, AnswerBox)
 IN_PLACE_OF(CreateDialogIndirectParamW, MakeDialog)
 IN_PLACE_OF(DialogBoxIndirectParamW, RunDialogForUser)
-IN_PLACE_OF(PropertySheetW, RunSheetForUser)
 IN_PLACE_OF(EndDialog, NoteDialogResult)
 
 std::string TakeBoxes() {
@@ -94,6 +69,6 @@ void UseNextDialog(std::function<void(HWND)> user) {
     dialogUser = std::move(user);
 }
 
-void RefuseDialogs() {
-    refusesDialogs = true;
+void RefuseDialogs(bool refuse) {
+    refusesDialogs = refuse;
 }

@@ -9,9 +9,9 @@
 // "caption: text" of each message box since the last call, a line each. Boxes are answered with OK.
 std::string TakeBoxes();
 
-// What the user does in the next modal dialog or on the first page of the next sheet, once it stands and the
-// program's threads have run. The dialog ends when its code ends it.
+// What the user does in the next modal dialog, once it stands and the program's threads have run. The dialog
+// ends when its code ends it.
 void UseNextDialog(std::function<void(HWND)> user);
 
-// From here on no dialog can be made, which saves time; the program goes on without it.
-void RefuseDialogs();
+// No dialog can be made, which saves time; the program goes on without it.
+void RefuseDialogs(bool refuse);

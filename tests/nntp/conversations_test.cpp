@@ -8,7 +8,6 @@
 #include "resources/resource.h"
 #include "store/group_changes.h"
 #include "store/index.h"
-#include "tests/faults/folder_state.h"
 #include "tests/faults/operations.h"
 #include "tests/faults/user.h"
 #include "tests/support/text_table.h"
@@ -18,9 +17,8 @@
 namespace {
 
 const Article kOld = {4, "old", 0, "text\r\n"};
-constexpr std::size_t kHeader = 100, kRecord = 92;  // bytes
-constexpr std::size_t kLargestBlock = 1 << 19;      // of memory, whatever a server sends
-constexpr uint32_t kBuffer = 4096;                  // of a receive
+constexpr std::size_t kLargestBlock = 1 << 19;  // of memory, whatever a server sends
+constexpr uint32_t kBuffer = 4096;              // of a receive
 constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
 struct Step {
@@ -110,7 +108,8 @@ std::string DescribeArticles(const std::string& index, const std::string& log, b
     const auto skipTo = [&](std::size_t place) {
         if (place != end) numbers += " +" + std::to_string(place - end) + " bytes", whole = false;
     };
-    for (std::size_t at = kHeader; at < kHeader + kRecord * WordAt(index, 16); at += kRecord) {
+    for (std::size_t at = kHeaderBytes; at < kHeaderBytes + kRecordBytes * WordAt(index, 16);
+         at += kRecordBytes) {
         const uint32_t number = WordAt(index, at + 4), start = WordAt(index, at + 8);
         skipTo(start);
         end = start + WordAt(index, at + 12);
@@ -132,7 +131,7 @@ bool RebuildsAsItIs(const std::wstring& group) {
     const std::string before = index;
     GroupStore store;
     if (!SetNames(store, kFolder.c_str(), group.c_str()) || !ReadHeader(store)) return false;
-    index.resize(kHeader);
+    index.resize(kHeaderBytes);
     index.replace(16, 4, 4, '\0');
     return RebuildFromLog(store) && index == before;
 }
@@ -142,7 +141,7 @@ std::string DescribeGroup(const std::wstring& group) {
     const uint32_t count = WordAt(index, 16);
     bool whole = false;
     const std::string articles = DescribeArticles(index, log, whole);
-    EXPECT_TRUE(WordAt(index, 88) == count && index.size() >= kHeader + count * kRecord);
+    EXPECT_TRUE(WordAt(index, 88) == count && index.size() >= kHeaderBytes + count * kRecordBytes);
     const bool rebuilds = !whole || RebuildsAsItIs(group);
     return Plain(group) + " " + std::to_string(WordAt(index, 4)) + "/" + std::to_string(WordAt(index, 8)) +
            " \"" + Escaped(FromSjis(index.c_str() + 24)) + "\":" + articles +
@@ -202,7 +201,7 @@ class Conversation {
         for (const wchar_t* group : {L"fj.test", L"fj.two"})
             for (const auto& [name, bytes] : GroupFiles(group, {kOld}, GroupIs::kCurrent))
                 FileOf(name) = bytes;
-        FileOf(L"fj.old.idx") = std::string(kHeader, '\4');
+        FileOf(L"fj.old.idx") = std::string(kHeaderBytes, '\4');
         if (Has("last")) FileOf(L"fj.test.idx").replace(4, 4, Word(Number("last", 0)));
     }
 

@@ -89,10 +89,3 @@ void __wrap_free(void* block) {
 IN_PLACE_OF(HeapCreate, MakeHeap)
 IN_PLACE_OF(HeapAlloc, TakeFromHeap)
 IN_PLACE_OF(HeapDestroy, DestroyHeap)
-
-void* TakeUnwatched(std::size_t size) {
-    return __real_malloc(size);
-}
-void ReleaseUnwatched(void* memory) {
-    __real_free(memory);
-}

@@ -13,7 +13,3 @@ struct MemoryWatch {
     void (*released)(void* memory);  // any block or heap that goes, whoever took it
 };
 extern const MemoryWatch* memoryWatch;  // null: nobody looks
-
-// For what a watch keeps: memory that nobody watches.
-void* TakeUnwatched(std::size_t size);
-void ReleaseUnwatched(void* memory);
