@@ -111,6 +111,8 @@ std::string Evening() {
     report += Change("delete", DeleteRead);
     report += Try("start", Start);
     report += Read();
+    for (const auto& [path, bytes] : machine.storage.files)
+        if (path.back() == L'~') report += " " + Plain(path.substr(kFolder.size())) + " is left";
     return report + "\n";
 }
 
