@@ -10,7 +10,7 @@
 
 #include "resources/resource.h"
 #include "tests/support/imports.h"
-#include "tests/support/memory_watch.h"
+#include "text/last_error.h"
 #include "text/messages.h"
 
 Machine machine;
@@ -212,28 +212,77 @@ void RunThreads() {
     EXPECT_TRUE(shared[0] == before[0] && shared[1] == before[1]);
 }
 
-// Memory.
+// Memory. The linker makes these of the C library's functions, and calls of those reach what stands below.
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __real_realloc(void* block, std::size_t size);
+void __real_free(void* block);
+}
+
+// The test's own containers take theirs beside that; what they give back is none of the program's.
+void* operator new(std::size_t size) {
+    return __real_malloc(size);
+}
 
 namespace {
 
-// By address, since the test's containers release through the program's operators too.
 std::set<void*> held;
+bool watching = false;
 
-constexpr MemoryWatch kWatch = {
-    [](std::size_t size) {
-        machine.largestBlock = std::max(machine.largestBlock, size);
-        return !Fails(kMemory);
-    },
-    [](void* memory, bool) { held.insert(memory); },
-    [](void* memory) { held.erase(memory); },
-};
+struct Watch {
+    Watch() { watching = true; }
+    ~Watch() { watching = false; }
+} watch;
 
-struct Watching {
-    Watching() { memoryWatch = &kWatch; }
-    ~Watching() { memoryWatch = nullptr; }
-} watching;
+// An allocation that fails does not set the last error.
+bool IsRefused(std::size_t size) {
+    const ErrorKeeper keeper;
+    machine.largestBlock = std::max(machine.largestBlock, size);
+    return watching && Fails(kMemory);
+}
+
+// The set's own memory does not count.
+void* Note(void* taken, void* released) {
+    const ErrorKeeper keeper;
+    if (!std::exchange(watching, false)) return taken;
+    held.erase(released);
+    if (taken) held.insert(taken);
+    watching = true;
+    return taken;
+}
+
+HANDLE WINAPI MakeHeap(DWORD options, SIZE_T initial, SIZE_T most) {
+    static const auto make = RealFunction<decltype(&MakeHeap)>("HeapCreate");
+    return IsRefused(initial) ? nullptr : Note(make(options, initial, most), nullptr);
+}
+
+void* WINAPI TakeFromHeap(HANDLE heap, DWORD options, SIZE_T size) {
+    static const auto take = RealFunction<decltype(&TakeFromHeap)>("HeapAlloc");
+    return IsRefused(size) ? nullptr : take(heap, options, size);
+}
+
+BOOL WINAPI DestroyHeap(HANDLE heap) {
+    static const auto destroy = RealFunction<decltype(&DestroyHeap)>("HeapDestroy");
+    Note(nullptr, heap);
+    return destroy(heap);
+}
 
 }  // namespace
+
+extern "C" {
+void* __wrap_malloc(std::size_t size) {
+    return IsRefused(size) ? nullptr : Note(__real_malloc(size), nullptr);
+}
+void* __wrap_realloc(void* block, std::size_t size) {
+    if (IsRefused(size)) return nullptr;
+    void* grown = __real_realloc(block, size);
+    return grown ? Note(grown, block) : nullptr;
+}
+void __wrap_free(void* block) {
+    Note(nullptr, block);
+    __real_free(block);
+}
+}
 
 std::size_t HeldByProgram() {
     return OpenHandles() + held.size();
@@ -283,3 +332,6 @@ IN_PLACE_OF(select, WaitForBytes)
 IN_PLACE_OF(setsockopt, SetOption)
 IN_PLACE_OF(closesocket, CloseSocket)
 IN_PLACE_OF(CreateThread, StartThread)
+IN_PLACE_OF(HeapCreate, MakeHeap)
+IN_PLACE_OF(HeapAlloc, TakeFromHeap)
+IN_PLACE_OF(HeapDestroy, DestroyHeap)
