@@ -9,7 +9,6 @@
 #include "store/group_changes.h"
 #include "store/index.h"
 #include "tests/faults/operations.h"
-#include "tests/faults/user.h"
 #include "tests/support/text_table.h"
 #include "text/convert.h"
 #include "text/messages.h"
