@@ -101,6 +101,13 @@ bool InWindow(const DataFile& file) {
     return file.position >= file.windowStart && file.position - file.windowStart < file.windowLength;
 }
 
+// What the buffer holds from the file's position on.
+std::string_view RestOfWindow(const DataFile& file) {
+    if (!InWindow(file)) return {};
+    const uint32_t offset = file.position - file.windowStart;
+    return {file.buffer.get() + offset, file.windowLength - offset};
+}
+
 // The next write continues what the buffer holds, or overwrites a part of it.
 bool WriteFitsWindow(const DataFile& file) {
     if (file.windowLength == 0 || file.position < file.windowStart) return false;
@@ -256,22 +263,26 @@ bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* t
     return true;
 }
 
-bool SkipPastLine(DataFile& file, std::string_view wanted, char* buffer, uint32_t size, uint32_t& taken) {
-    std::string_view line;
-    for (taken = 0; line != wanted; taken += static_cast<uint32_t>(line.size())) {
-        const uint32_t offset = InWindow(file) ? file.position - file.windowStart : file.windowLength;
-        const char* bytes = file.buffer.get() + offset;
-        const std::size_t plain = PlainLineLength(bytes, file.windowLength - offset);
-        if (plain > 0 && plain < size) {
-            line = {bytes, plain};
-            file.position += static_cast<uint32_t>(plain);
-        } else {
-            uint32_t length = 0;
-            if (!ReadLine(file, buffer, size, false, &length)) return false;
-            line = {buffer, length};
-        }
+bool NextLine(DataFile& file, char* buffer, uint32_t size, std::string_view& line) {
+    const std::string_view rest = RestOfWindow(file);
+    const std::size_t plain = PlainLineLength(rest.data(), rest.size());
+    if (plain > 0 && plain < size) {
+        line = rest.substr(0, plain);
+        file.position += static_cast<uint32_t>(plain);
+        return true;
     }
+    uint32_t length = 0;
+    if (!ReadLine(file, buffer, size, false, &length)) return false;
+    line = {buffer, length};
     return true;
+}
+
+uint32_t SkipLinesWithoutRun(DataFile& file, uint32_t size, char mark, std::size_t run) {
+    const std::string_view rest = RestOfWindow(file);
+    const auto skipped =
+        static_cast<uint32_t>(LinesWithoutRun(rest.data(), rest.size(), size - 1, mark, run));
+    file.position += skipped;
+    return skipped;
 }
 
 bool FileExists(const wchar_t* path) {

@@ -66,10 +66,13 @@ void SeekToEnd(DataFile& file);
 // with 234, the end of the file with 38; a last line without a line end is a line.
 [[nodiscard]] bool ReadLine(DataFile& file, char* buffer, uint32_t size, bool cut, uint32_t* taken = nullptr);
 
-// Reads lines as ReadLine does, line ends and all, up to the one that is `wanted`. `taken` is the number of
-// bytes of all of them. What `buffer` then holds is of no meaning. The same errors.
-[[nodiscard]] bool SkipPastLine(DataFile& file, std::string_view wanted, char* buffer, uint32_t size,
-                                uint32_t& taken);
+// The next line, line end and all, as ReadLine takes it: where it stands in the file's own buffer or, where
+// it does not stand there whole, in `buffer`. It lasts until the next call.
+[[nodiscard]] bool NextLine(DataFile& file, char* buffer, uint32_t size, std::string_view& line);
+
+// Passes by whole lines of fewer than `size` bytes that do not have `run` times the byte `mark` in a row: as
+// many as can be told at a glance, perhaps none. Answers their bytes.
+uint32_t SkipLinesWithoutRun(DataFile& file, uint32_t size, char mark, std::size_t run);
 
 bool FileExists(const wchar_t* path);
 [[nodiscard]] bool DeleteDataFile(const wchar_t* path);

@@ -25,13 +25,6 @@ uint32_t FitUnits(void*, const wchar_t* text, uint32_t count, int width) {
     return fit;
 }
 
-int WidthOf(const wchar_t* text, uint32_t count) {
-    int width = 0;
-    for (uint32_t i = 0; i < count; ++i)
-        width += UnitWidth(text[i]);
-    return width;
-}
-
 WideText MakeText(std::string_view material) {
     std::vector<wchar_t> units;
     while (!material.empty()) {
@@ -65,93 +58,80 @@ uint32_t CharacterAt(const wchar_t* text) {
     return lead && !EndsLine(text[1]) ? 2 : 1;
 }
 
-// Goes through the text along the lines of a layout. Each line has to begin where the one before ended.
-struct Reader {
-    const wchar_t* text;
-    const DisplayLine* line;
-    const LayoutOptions* options;
-    bool inHeader = true;
-    bool quote = false;
+// As many whole characters as come before the first unit at which the width is reached, but at least one.
+uint32_t LineLength(const wchar_t* text, int width) {
+    uint32_t length = 0;
+    for (int reached = 0; !EndsLine(text[length]);) {
+        const uint32_t units = CharacterAt(text + length);
+        for (uint32_t i = 0; i < units; ++i)
+            reached += UnitWidth(text[length + i]);
+        if (reached >= width && length > 0) break;
+        length += units;
+    }
+    return length;
+}
+
+struct Model {
+    std::vector<DisplayLine> lines;
     uint32_t headerLines = 0;
 };
 
-void SkipLineEnd(Reader& reader) {
-    if (*reader.text != L'\r') return;
-    ++reader.text;
-    if (*reader.text == L'\n') ++reader.text;
+const wchar_t* BehindLineEnd(const wchar_t* text) {
+    if (*text == L'\r') ++text;
+    return text[0] == L'\n' && text[-1] == L'\r' ? text + 1 : text;
 }
 
-void ReadBlankLines(Reader& reader) {
-    for (uint32_t i = 0; i < reader.options->rowsPerPage; ++i, ++reader.line)
-        Require(reader.line->text && reader.line->length == 0 && !reader.line->quote,
-                "a page of blank lines");
+void AddBlankPage(Model& model, const LayoutOptions& options) {
+    model.lines.insert(model.lines.end(), options.rowsPerPage, {nullptr, 0, false});
 }
 
-bool IsHidden(const Reader& reader) {
-    return reader.inHeader && !reader.options->wholeHeader && !StartsWith(reader.text, "From:") &&
-           !StartsWith(reader.text, "Subject:");
-}
-
-// A line is as long as it can be, but never without a character.
-void CheckLength(const Reader& reader) {
-    const uint32_t length = reader.line->length;
-    uint32_t last = 0;
-    for (uint32_t at = 0; at < length; at += last) {
-        Require(!EndsLine(reader.text[at]), "a line holds no line end");
-        last = CharacterAt(reader.text + at);
-        Require(at + last <= length, "a pair of units is not torn");
+// One display line; true at the end of the logical line. A form feed at a line's start fills a page.
+bool AddLine(Model& model, const wchar_t*& text, const LayoutOptions& options, bool quote) {
+    if (*text == L'\f') {
+        AddBlankPage(model, options);
+        return *++text == L'\0';
     }
-    const int width = reader.options->width;
-    Require(length == last || WidthOf(reader.text, length) < width, "a line is narrower than the window");
-    if (EndsLine(reader.text[length])) return;
-    Require(length > 0, "a line that is not empty takes a character");
-    const uint32_t more = CharacterAt(reader.text + length);
-    Require(WidthOf(reader.text, length + more) >= width,
-            "a line breaks only where the next character has no room");
-}
-
-// One display line; true at the end of the logical line.
-bool ReadLine(Reader& reader) {
-    if (*reader.text == L'\f') {
-        ReadBlankLines(reader);
-        ++reader.text;
-        return *reader.text == L'\0';
-    }
-    Require(reader.line->text == reader.text, "no unit is lost or shown twice");
-    Require(reader.line->quote == reader.quote, "all lines of a quotation are marked, no others");
-    CheckLength(reader);
-    reader.text += reader.line->length;
-    ++reader.line;
-    const bool ends = EndsLine(*reader.text);
-    SkipLineEnd(reader);
+    model.lines.push_back({text, LineLength(text, options.width), quote});
+    text += model.lines.back().length;
+    const bool ends = EndsLine(*text);
+    if (ends) text = BehindLineEnd(text);
     return ends;
 }
 
-void ReadLogicalLine(Reader& reader, const ArticleLayout& layout) {
-    if (reader.inHeader && StartsWith(reader.text, "\r\n")) {
-        reader.inHeader = false;
-        reader.headerLines = static_cast<uint32_t>(reader.line - layout.lines);
-    }
-    if (IsHidden(reader)) {
-        while (!EndsLine(*reader.text))
-            ++reader.text;
-        SkipLineEnd(reader);
-        return;
-    }
-    reader.quote = !reader.inHeader && (*reader.text == L'>' || *reader.text == 0xFF1E);
-    while (!ReadLine(reader)) {
-    }
+bool IsShown(const wchar_t* text, bool inHeader, const LayoutOptions& options) {
+    return !inHeader || options.wholeHeader || StartsWith(text, "From:") || StartsWith(text, "Subject:");
 }
 
-void CheckLayout(const ArticleLayout& layout, const wchar_t* text, const LayoutOptions& options) {
-    Reader reader{text, layout.lines, &options};
-    while (*reader.text && options.width > 0)
-        ReadLogicalLine(reader, layout);
-    if (reader.inHeader) reader.headerLines = static_cast<uint32_t>(reader.line - layout.lines);
-    ReadBlankLines(reader);
-    Require(reader.line == layout.lines + layout.lineCount && !reader.line->text,
-            "the layout ends behind a blank page");
-    Require(layout.headerLines == reader.headerLines, "the header ends at the first empty line");
+Model MakeModel(const wchar_t* text, const LayoutOptions& options) {
+    Model model;
+    bool inHeader = true;
+    while (*text && options.width > 0) {
+        inHeader = inHeader && !StartsWith(text, "\r\n");
+        if (IsShown(text, inHeader, options)) {
+            const bool quote = !inHeader && (*text == L'>' || *text == 0xFF1E);
+            while (!AddLine(model, text, options, quote)) {
+            }
+        } else {
+            while (!EndsLine(*text))
+                ++text;
+            text = BehindLineEnd(text);
+        }
+        if (inHeader) model.headerLines = static_cast<uint32_t>(model.lines.size());
+    }
+    AddBlankPage(model, options);
+    return model;
+}
+
+void CheckLayout(const ArticleLayout& layout, const Model& model) {
+    Require(layout.lineCount == model.lines.size() && !layout.lines[layout.lineCount].text &&
+                layout.headerLines == model.headerLines,
+            "the layout ends behind a blank page, the header at the first empty line");
+    for (uint32_t i = 0; i < layout.lineCount; ++i) {
+        const DisplayLine &line = layout.lines[i], &due = model.lines[i];
+        Require(line.length == due.length && (due.text ? line.text == due.text : line.text != nullptr) &&
+                    line.quote == due.quote,
+                "no unit is lost or shown twice, a line breaks where the next character has no room");
+    }
 }
 
 // Where a line starts leads back to a line that starts there: a window may change its size and keep what is
@@ -191,44 +171,31 @@ void ScrollText(uint32_t page, uint32_t total, std::string_view moves) {
     Require(total <= page || text.top + page == total, "the thumb reaches the end");
 }
 
-ScrollResult MoveInList(ScrollState& list, uint8_t move) {
-    switch (move % 8) {
-        case 0:
-            return PageDown(list);
-        case 1:
-            return PageUp(list);
-        case 2:
-            return LineDown(list);
-        case 3:
-            return LineUp(list);
-        case 4:
-            return CursorDown(list, false);
-        case 5:
-            return CursorUp(list, false);
-        case 6:
-            return CursorDown(list, true);
-        default:
-            return CursorUp(list, true);
-    }
-}
-
-void ResizeTo(ScrollState& list, uint32_t page) {
-    const uint32_t row = CursorRow(list);
-    ResizePage(list, page);
-    Require(CursorRow(list) == row && list.cursor < page, "the cursor keeps its row and stays in sight");
-    Require(list.top == 0 || list.top + page <= list.total,
-            "another page size leaves no gap below the last row");
-}
+ScrollResult (*const kListMoves[])(ScrollState&) = {
+    PageDown,
+    PageUp,
+    LineDown,
+    LineUp,
+    [](ScrollState& list) { return CursorDown(list, false); },
+    [](ScrollState& list) { return CursorUp(list, false); },
+    [](ScrollState& list) { return CursorDown(list, true); },
+    [](ScrollState& list) { return CursorUp(list, true); },
+};
 
 void ScrollList(uint32_t page, uint32_t total, std::string_view moves) {
     ScrollState list{page, 0, total};
     while (!moves.empty()) {
         const uint8_t move = TakeByte(moves);
         const ScrollState before = list;
-        Judge(MoveInList(list, move), before, list);
+        Judge(kListMoves[move % 8](list), before, list);
         Require(list.cursor < list.page && (CursorRow(list) < total || total == 0),
                 "the cursor stands on a row in sight");
-        ResizeTo(list, TakeByte(moves) % 16u + 1);
+        const uint32_t stays = CursorRow(list);
+        ResizePage(list, TakeByte(moves) % 16u + 1);
+        Require(CursorRow(list) == stays && list.cursor < list.page,
+                "the cursor keeps its row and stays in sight");
+        Require(list.top == 0 || list.top + list.page <= list.total,
+                "another page size leaves no gap below the last row");
         const uint32_t row = TakeByte(moves) % (total + 1);
         Require(MoveTo(list, row) == (row < total), "every row can be gone to");
         Require(row == total || (CursorRow(list) == row && list.cursor < list.page), "and is in sight then");
@@ -249,7 +216,7 @@ void FuzzOne(std::string_view input) {
     ArticleLayout layout;
     Require(LayOut(layout, text.get(), options, {FitUnits, nullptr}),
             "laying out fails only for want of memory");
-    CheckLayout(layout, text.get(), options);
+    CheckLayout(layout, MakeModel(text.get(), options));
     CheckPlaces(layout);
     ScrollText(options.rowsPerPage, layout.lineCount, moves);
     ScrollList(options.rowsPerPage, layout.lineCount - options.rowsPerPage, moves);

@@ -17,6 +17,7 @@ namespace {
 
 constexpr wchar_t kIndexPath[] = L"D\\g.idx";
 constexpr wchar_t kLogPath[] = L"D\\g.log";
+constexpr wchar_t kFilterPath[] = L"D\\g.flt";
 constexpr wchar_t kOtherPath[] = L"D\\other.log";
 constexpr std::string_view kSeparator = "================\r\n";
 
@@ -32,7 +33,7 @@ void PutFiles(std::string_view& input) {
         input.remove_prefix(std::min(length, input.size()));
     };
     if (indexLength != 0) put(kIndexPath, indexLength);
-    if (filterLength != 0) put(L"D\\g.flt", filterLength);
+    if (filterLength != 0) put(kFilterPath, filterLength);
     put(kLogPath, input.size());
 }
 
@@ -108,6 +109,54 @@ bool Run(bool (*operation)(GroupStore&)) {
     return succeeded;
 }
 
+// The line that a stream begins with: up to the LF behind its first CR.
+std::string_view TakeLine(std::string_view& stream) {
+    const std::size_t end = stream.find('\n', stream.find('\r'));
+    const std::string_view line = stream.substr(0, end == std::string_view::npos ? end : end + 1);
+    stream.remove_prefix(line.size());
+    return line;
+}
+
+std::string_view WithoutEnd(std::string_view line) {
+    if (line.back() != '\n') return line;
+    line.remove_suffix(1);
+    return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
+}
+
+bool Contains(std::string_view longer, std::string_view shorter) {
+    return std::search(longer.begin(), longer.end(), shorter.begin(), shorter.end()) != longer.end() ||
+           shorter.empty();
+}
+
+uint32_t MatchModel(std::string_view filter, std::string_view subject) {
+    uint32_t best = kPriorityNormal;
+    while (!filter.empty()) {
+        std::string_view line = WithoutEnd(TakeLine(filter));
+        line = line.substr(0, line.find('\0'));
+        if (line.size() < 2) continue;
+        const std::string_view keyword = line.substr(2);
+        if (!Contains(subject, keyword) && !Contains(keyword, subject)) continue;
+        if (line.front() == '+') return kPriorityHigh;
+        best = kPriorityLow;
+    }
+    return best;
+}
+
+// Each record gets the priority of the best keyword that matches, and keeps its other bits.
+void CheckRefilter(bool sound) {
+    const std::vector<IndexRecord> before = ReadAll();
+    if (!Run(Refilter) || !sound) return;
+    const std::string log = memoryFiles[kLogPath];
+    const std::vector<IndexRecord> after = ReadAll();
+    Require(after.size() == before.size(), "keywords change no number of records");
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        const std::string subject = log.substr(after[i].subjectTextOffset, after[i].subjectTextLength);
+        Require(PriorityOf(after[i]) == MatchModel(memoryFiles[kFilterPath], subject.c_str()),
+                "the priority is that of the best keyword");
+        Require(((after[i].flags ^ before[i].flags) & ~kPriorityMask) == 0, "and the other bits stay");
+    }
+}
+
 std::string ArticleOf(const Files& files, const IndexRecord& record) {
     return files.at(kLogPath).substr(record.logOffset, record.logLength);
 }
@@ -135,14 +184,13 @@ void CheckDeletion(bool sound) {
 // Whether lines that end in CR ... LF come to a separator behind an empty line.
 bool HoldsArticle(std::string_view log) {
     bool inHead = true;
-    while (true) {
-        const std::size_t end = log.find('\n', log.find('\r'));
-        if (end == std::string_view::npos) return false;
-        const std::string_view line = log.substr(0, end + 1);
+    while (!log.empty()) {
+        const std::string_view line = TakeLine(log);
+        if (line.back() != '\n') return false;
         if (!inHead && line == kSeparator) return true;
         if (line.substr(0, 2) == "\r\n") inHead = false;
-        log.remove_prefix(line.size());
     }
+    return false;
 }
 
 // The new records lie one behind the other in the log, from an article's first byte to its separator's last.
@@ -173,7 +221,7 @@ void FuzzOne(std::string_view input) {
     PutFiles(input);
     if (BringUp()) Require(BringUp(), "an index that was brought up to date is so");
     const bool sound = (choice & 1) != 0 && CheckRebuild();
-    if (choice & 2) (void)Run(Refilter);
+    if (choice & 2) CheckRefilter(sound);
     ReadGroup((choice & 4) != 0, (choice & 8) != 0);
     if (choice & 16) (void)Run(MarkAllRead);
     if (choice & 32) CheckDeletion(sound);

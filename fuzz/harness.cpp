@@ -1,17 +1,12 @@
 #include "fuzz/harness.h"
 
-#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 namespace {
 
-uint64_t bytesFed = 0;
-
-void ReportBytes() {
-    std::fprintf(stderr, "stat::bytes_fed: %" PRIu64 "\n", bytesFed);
-}
+thread_local unsigned lastError = 0;
 
 bool IsTableLead(unsigned char byte) {
     return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xEF);
@@ -24,6 +19,14 @@ bool IsSingle(unsigned char byte) {
 }
 
 }  // namespace
+
+// The last-error value where there is no Windows to keep it.
+void SetError(unsigned error) {
+    lastError = error;
+}
+unsigned GetError() {
+    return lastError;
+}
 
 void Require(bool holds, const char* what) {
     if (holds) return;
@@ -38,8 +41,7 @@ NarrowText ExactBytes(std::string_view text) {
 }
 
 NarrowText ExactText(std::string_view text) {
-    const std::string copy(text.substr(0, text.find('\0')));
-    return ExactBytes({copy.c_str(), copy.size() + 1});
+    return ExactBytes(std::string(text.substr(0, text.find('\0'))) + '\0');
 }
 
 uint8_t TakeByte(std::string_view& input) {
@@ -49,17 +51,9 @@ uint8_t TakeByte(std::string_view& input) {
     return byte;
 }
 
-uint32_t TakeWord(std::string_view& input) {
-    uint32_t word = 0;
-    for (unsigned shift = 0; shift < 32; shift += 8)
-        word |= static_cast<uint32_t>(TakeByte(input)) << shift;
-    return word;
-}
-
 std::string_view TakeUpTo(std::string_view& input, char end) {
-    const std::size_t length = input.find(end);
-    const std::string_view taken = input.substr(0, length);
-    input.remove_prefix(length == std::string_view::npos ? input.size() : length + 1);
+    const std::string_view taken = input.substr(0, input.find(end));
+    input.remove_prefix(std::min(taken.size() + 1, input.size()));
     return taken;
 }
 
@@ -75,13 +69,8 @@ std::string WholeCharacters(std::string_view material) {
     return text;
 }
 
-// libFuzzer's own entry names.
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    return std::atexit(ReportBytes);
-}
-
+// libFuzzer's own entry name.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    bytesFed += size;
     FuzzOne({reinterpret_cast<const char*>(data), size});
     return 0;
 }

@@ -20,7 +20,6 @@ NarrowText ExactText(std::string_view text);   // up to the text's first NUL, an
 
 // The leading bytes of an input choose, the rest is material. 0 when nothing is left.
 uint8_t TakeByte(std::string_view& input);
-uint32_t TakeWord(std::string_view& input);  // four bytes, little-endian
 
 // Takes up to and without `end`, which is dropped; the whole rest when there is none.
 std::string_view TakeUpTo(std::string_view& input, char end);

@@ -1,9 +1,19 @@
-// Lines from a server or a file: where each ends, what its terminator and its line end do to the buffer, and
-// the dots that a server doubles. The first byte chooses the buffer's capacity, the rest is the stream.
+// Lines from a server or a file: where each ends, the dots that a server doubles, the numbers of a reply, and
+// what the record of an article says when they are its head. The first byte chooses the buffers' sizes and
+// whether the head's lines are whole ones, as a log holds them, or whatever a server can make of a line.
+#include <algorithm>
+#include <optional>
+
 #include "fuzz/harness.h"
+#include "nntp/reply.h"
+#include "store/record.h"
 #include "text/line.h"
+#include "text/sjis.h"
 
 namespace {
+
+constexpr std::string_view kLineEnds("\r\n\0", 3);
+constexpr uint32_t kArticleStart = 1000;
 
 // A line of the stream as a reader that sees all of it at once would find it.
 struct Found {
@@ -20,40 +30,25 @@ Found FindLine(std::string_view stream, std::size_t capacity) {
     return {stream, LineState::kOpen};
 }
 
-std::string_view WithoutLineEnd(std::string_view line) {
-    if (line.empty() || line.back() != '\n') return line;
-    line.remove_suffix(1);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    return line;
-}
-
-// The same bytes through the assembler, in a buffer of exactly the promised size.
+// The same bytes through the assembler, in a buffer of exactly the promised size and pieces of at most
+// `piece` bytes.
 struct Assembled {
     NarrowText buffer;
     LineAssembler line;
     LineState state = LineState::kOpen;
 };
 
-// In pieces of at most `piece` bytes.
 Assembled Assemble(std::string_view stream, std::size_t capacity, std::size_t piece) {
     Assembled result;
     result.buffer = NewArray<char>(capacity + 1);
     result.line = {result.buffer.get(), capacity};
     while (!stream.empty() && result.state == LineState::kOpen) {
-        const std::string_view part = stream.substr(0, piece);
         std::size_t added = 0;
+        const std::string_view part = stream.substr(0, piece);
         result.state = AddToLine(result.line, part.data(), part.size(), added);
-        Require(added <= part.size(), "a line takes no more than is there");
         stream.remove_prefix(added);
     }
     return result;
-}
-
-// A line that can be told at a glance is the line that the assembler finds.
-void CheckPlain(std::string_view stream, const Found& found) {
-    const std::size_t plain = PlainLineLength(stream.data(), stream.size());
-    if (plain == 0 || plain > found.bytes.size()) return;
-    Require(found.state == LineState::kComplete && plain == found.bytes.size(), "a plain line is a line");
 }
 
 void CheckFinished(std::string_view stream, std::size_t capacity, std::size_t piece, const Found& found,
@@ -64,7 +59,11 @@ void CheckFinished(std::string_view stream, std::size_t capacity, std::size_t pi
     Require(std::string_view(assembled.buffer.get(), assembled.line.length) == found.bytes,
             "a line holds exactly the stream's bytes");
     FinishLine(assembled.line, cut);
-    const std::string_view expected = cut ? WithoutLineEnd(found.bytes) : found.bytes;
+    std::string_view expected = found.bytes;
+    if (cut && !expected.empty() && expected.back() == '\n') {
+        expected.remove_suffix(1);
+        if (!expected.empty() && expected.back() == '\r') expected.remove_suffix(1);
+    }
     Require(assembled.line.length == expected.size(), "cutting takes the line end and nothing else");
     Require(assembled.buffer[expected.size()] == '\0', "a finished line is terminated");
 }
@@ -72,29 +71,219 @@ void CheckFinished(std::string_view stream, std::size_t capacity, std::size_t pi
 // Doubling a leading dot on the way out and taking one off on the way in is no change.
 void CheckDots(const Found& found) {
     const std::string stuffed = (found.bytes.front() == '.' ? "." : "") + std::string(found.bytes);
-    Assembled assembled = Assemble(stuffed, stuffed.size(), stuffed.size());
-    FinishLine(assembled.line, false);
-    const char* line = assembled.buffer.get();
-    Require(!IsFinalDot(line), "a stuffed line is never the end of the reply");
-    const char* unstuffed = Unstuffed(line);
-    const std::size_t length = stuffed.size() - static_cast<std::size_t>(unstuffed - line);
+    const NarrowText line = ExactBytes(stuffed + '\0');
+    Require(!IsFinalDot(line.get()), "a stuffed line is never the end of the reply");
+    const char* unstuffed = Unstuffed(line.get());
+    const std::size_t length = stuffed.size() - static_cast<std::size_t>(unstuffed - line.get());
     Require(std::string_view(unstuffed, length) == found.bytes, "unstuffing gives the line that was stuffed");
     Require(IsFinalDot(ExactText(found.bytes).get()) == (found.bytes == ".\r\n"),
             "the reply ends at a lone dot only");
 }
 
+// Digits, then blanks. False for any other byte before a CR.
+bool TakeNumber(std::string_view& line, uint32_t& number) {
+    number = 0;
+    for (; !line.empty() && line[0] >= '0' && line[0] <= '9'; line.remove_prefix(1))
+        number = number * 10 + static_cast<uint32_t>(line[0] - '0');
+    if (!line.empty() && line[0] != ' ' && line[0] != '\r') return false;
+    line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+    return true;
+}
+
+void CheckReply(std::string_view text) {
+    const NarrowText line = ExactText(text);
+    text = line.get();
+    GroupReply reply, model;
+    uint32_t status = 0;
+    const bool isReply = TakeNumber(text, status) && TakeNumber(text, model.count) &&
+                         TakeNumber(text, model.first) && TakeNumber(text, model.last);
+    Require(ParseGroupReply(line.get(), reply) == isReply,
+            "a reply is read when its four fields are numbers");
+    Require(
+        !isReply || (reply.count == model.count && reply.first == model.first && reply.last == model.last),
+        "the numbers are those of the line, modulo 2^32");
+}
+
+// What is passed by at a glance is what a reader line by line would have passed by.
+void CheckSkipped(std::string_view stream, std::size_t capacity) {
+    const std::string run(1 + capacity % 5, stream.back());
+    stream =
+        stream.substr(0, LinesWithoutRun(stream.data(), stream.size(), capacity, run.front(), run.size()));
+    while (!stream.empty()) {
+        const Found found = FindLine(stream, capacity);
+        Require(found.state == LineState::kComplete, "only whole lines are passed by, none too long");
+        Require(found.bytes.find(run) == std::string_view::npos, "no line with the run is passed by");
+        stream.remove_prefix(found.bytes.size());
+    }
+}
+
+void CheckStream(std::string_view stream, std::size_t capacity) {
+    if (!stream.empty()) CheckSkipped(stream, capacity);
+    while (!stream.empty()) {
+        const Found found = FindLine(stream, capacity);
+        const std::size_t plain = PlainLineLength(stream.data(), stream.size());
+        Require(plain == 0 || plain > found.bytes.size() ||
+                    (found.state == LineState::kComplete && plain == found.bytes.size()),
+                "a plain line is a line");
+        CheckFinished(stream, capacity, stream.size(), found, false);
+        CheckFinished(stream, capacity, 1 + capacity % 7, found, true);
+        CheckReply(found.bytes);
+        if (found.state != LineState::kComplete) break;
+        CheckFinished(stream, capacity * 2, stream.size(), found, false);
+        CheckDots(found);
+        stream.remove_prefix(found.bytes.size());
+    }
+}
+
+// The text's start up to its line end, as far as whole characters fit.
+std::string_view WholeStart(std::string_view text, std::size_t limit) {
+    text = text.substr(0, text.find_first_of(kLineEnds));
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const std::size_t next = end + (IsLeadByte(text[end]) ? 2 : 1);
+        if (next > limit || next > text.size()) break;
+        end = next;
+    }
+    return text.substr(0, end);
+}
+
+template <std::size_t kSize>
+std::string FieldOf(std::string_view text, void (*fill)(char (&)[kSize], std::string_view)) {
+    char field[kSize];
+    const NarrowText source = ExactBytes(text);
+    fill(field, {source.get(), text.size()});
+    return {field, kSize};
+}
+
+std::string Padded(std::string_view text, std::size_t size) {
+    std::string padded(text);
+    padded.resize(size);
+    return padded;
+}
+
+// The marks of a sender's line, with two-byte characters blotted out so that none of their bytes counts as
+// one.
+std::string MarksOf(std::string line) {
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (!IsLeadByte(line[i])) continue;
+        line[i] = 'x';
+        if (i + 1 < line.size()) line[++i] = 'x';
+    }
+    return line;
+}
+
+std::string SenderName(const std::string& line) {
+    const std::string marks = line.empty() ? "x" : MarksOf(line);
+    const std::size_t angle = marks.rfind('<');
+    const std::size_t parenthesis = marks.find('(');
+    if (marks.back() == '>' && angle != std::string::npos) {
+        const std::size_t quotes = line.front() == '"' ? 1 : 0;
+        return angle > 1 + 2 * quotes ? line.substr(quotes, angle - 1 - 2 * quotes) : "";
+    }
+    if (marks.back() == ')' && parenthesis != std::string::npos)
+        return line.substr(parenthesis + 1, line.size() - parenthesis - 2);
+    return line;
+}
+
+std::string ShownSender(std::string_view text) {
+    const std::string name = SenderName(std::string(text.substr(0, text.find_first_of(kLineEnds))));
+    const std::string_view start = WholeStart(name, kFromSize - 1);
+    return Padded(start.empty() ? "(Unknown)" : start, kFromSize);
+}
+
+void CheckFields(std::string_view text, std::size_t limit) {
+    const NarrowText source = ExactBytes(text);
+    const NarrowText field = NewArray<char>(limit);
+    const std::size_t copied = CopyWholeCharacters(field.get(), limit, source.get(), text.size());
+    Require(std::string_view(field.get(), copied) == WholeStart(text, limit),
+            "as many whole characters as fit");
+    Require(FieldOf(text, SubjectField) == Padded(WholeStart(text, kSubjectSize - 1), kSubjectSize),
+            "a subject is the text's start");
+    Require(FieldOf(text, DateField).find_first_not_of("0123456789") == std::string::npos,
+            "a date is digits");
+    Require(FieldOf(text, FromField) == ShownSender(text), "a name stands where its marks say");
+}
+
+// What a header block holds when all lines are whole: unfolded lines back to back, and the last of each name.
+struct Unfolded {
+    struct Named {
+        std::string_view name;
+        std::optional<std::string> text;
+    };
+    std::string text;
+    Named fields[3] = {{kSubjectName, {}}, {kNewsgroupName, {}}, {"From: ", {}}};
+    Named* last = nullptr;
+};
+
+void Unfold(Unfolded& block, std::string_view content) {
+    const bool isFolded = content.find_first_of(" \t") == 0;
+    if (isFolded) {
+        content.remove_prefix(std::min(content.find_first_not_of(" \t"), content.size()));
+        if (block.text.size() > 2) block.text.erase(block.text.size() - 2);
+    }
+    block.text += std::string(content) + "\r\n";
+    if (isFolded && block.last) *block.last->text += content;
+    if (isFolded) return;
+    block.last = nullptr;
+    for (Unfolded::Named& field : block.fields) {
+        if (content.substr(0, field.name.size()) != field.name) continue;
+        block.last = &field;
+        field.text = content.substr(field.name.size());
+    }
+}
+
+void Add(HeaderBlock& block, std::string_view line) {
+    const NarrowText copy = ExactBytes(line);
+    Require(AddHeaderLine(block, {copy.get(), line.size()}), "adding a line fails only for want of memory");
+    Require(block.length < block.capacity && block.buffer[block.length] == '\0', "the block is terminated");
+    for (const uint32_t place : {block.subjectLine, block.newsgroupLine, block.fromLine, block.dateLine})
+        Require(place == kNoLine || place < block.length, "the noted lines are in the block");
+}
+
+// The block built anew from what it holds gives the same record: a log can be scanned again.
+void CheckRecord(const HeaderBlock& block, const Unfolded& unfolded, const IndexRecord& record) {
+    const auto& [subject, newsgroup, from] = unfolded.fields;
+    const std::string text = subject.text.value_or("");
+    Require(std::string_view(block.buffer.get(), block.length) == unfolded.text,
+            "unfolding keeps all but the folds");
+    Require(record.subjectTextLength == text.size(), "the subject's length is its text's");
+    Require(
+        !subject.text || unfolded.text.substr(record.subjectTextOffset - kArticleStart, text.size()) == text,
+        "the subject stands where the record says");
+    Require(std::string(record.subject, kSubjectSize) ==
+                Padded(subject.text ? WholeStart(text, kSubjectSize - 1) : "(none)", kSubjectSize),
+            "the list shows the start of the subject");
+    Require(!newsgroup.text || block.newsgroupLength == newsgroup.name.size() + newsgroup.text->size() + 2,
+            "the newsgroup line has its length");
+    Require(!from.text || unfolded.text.substr(block.fromLine, from.name.size()) != from.name ||
+                std::string(record.from, kFromSize) == ShownSender(*from.text),
+            "the list shows the sender's name");
+}
+
+void CheckHead(std::string_view input, bool isWhole) {
+    HeaderBlock block;
+    Unfolded unfolded;
+    Require(StartHeaderBlock(block), "a block starts empty");
+    while (!input.empty()) {
+        const std::string content(TakeUpTo(input, '\n'));
+        if (isWhole && content.find_first_of(kLineEnds) != std::string::npos) continue;
+        Unfold(unfolded, content);
+        Add(block, content + (isWhole ? "\r\n" : "\n"));
+    }
+    IndexRecord record;
+    FillHeadFields(record, block);
+    FillSubjectRange(record, block, kArticleStart);
+    Require(record.subject[kSubjectSize - 1] == '\0' && record.from[kFromSize - 1] == '\0' &&
+                record.from[0] != '\0',
+            "fields end with a NUL, and a sender always has a name");
+    if (isWhole) CheckRecord(block, unfolded, record);
+}
+
 }  // namespace
 
 void FuzzOne(std::string_view input) {
-    const std::size_t capacity = TakeByte(input) + std::size_t{1};
-    while (!input.empty()) {
-        const Found found = FindLine(input, capacity);
-        CheckPlain(input, found);
-        CheckFinished(input, capacity, input.size(), found, false);
-        CheckFinished(input, capacity, 1 + capacity % 7, found, true);
-        if (found.state != LineState::kComplete) break;
-        CheckFinished(input, capacity * 2, input.size(), found, false);
-        CheckDots(found);
-        input.remove_prefix(found.bytes.size());
-    }
+    const uint8_t choice = TakeByte(input);
+    CheckStream(input, choice + std::size_t{1});
+    CheckFields(input, choice);
+    CheckHead(input, choice % 2 == 0);
 }

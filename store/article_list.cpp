@@ -12,6 +12,10 @@ namespace {
 enum RowClass : uint8_t { kHighRow, kNormalRow, kLowRow, kHidden };
 constexpr uint32_t kRunCount = 3;
 
+// All that a record's flags decide here: read or not, and the priority.
+constexpr uint32_t kKindMask = kReadFlag | kPriorityMask;
+constexpr uint32_t kKinds = kKindMask + 1;
+
 RowClass ClassOf(const ArticleList& list, const IndexRecord& record) {
     if (IsRead(record) && !list.showRead) return kHidden;
     switch (PriorityOf(record)) {
@@ -37,34 +41,47 @@ bool OpenExistingIndex(GroupStore& store) {
     return OpenDataFile(store.index, store.indexPath.get(), FileMode::kReadWriteExisting);
 }
 
-// Reads every record once; counts the rows of each run. What the header counts is counted anew: a program
-// that ended between a record's change and the header's left an old number there.
-bool Classify(ArticleList& list, uint8_t* classes, uint32_t (&counts)[kRunCount + 1]) {
+// Reads every record once, and counts them by kind.
+bool ReadKinds(ArticleList& list, uint8_t* kinds, uint32_t (&seen)[kKinds]) {
+    return VisitRecords(list.store, [&](const IndexRecord* records, uint32_t first, uint32_t count) {
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint32_t kind = records[i].flags & kKindMask;
+            kinds[first + i] = static_cast<uint8_t>(kind);
+            ++seen[kind];
+        }
+        return true;
+    });
+}
+
+// What the header counts is counted anew: a program that ended between a record's change and the header's
+// left an old number there.
+void TakeCounts(ArticleList& list, const uint32_t (&seen)[kKinds], RowClass (&classes)[kKinds],
+                uint32_t (&rows)[kRunCount + 1]) {
     RecordCounts counted;
-    const bool visited =
-        VisitRecords(list.store, [&](const IndexRecord* records, uint32_t first, uint32_t count) {
-            for (uint32_t i = 0; i < count; ++i) {
-                CountRecord(counted, records[i]);
-                classes[first + i] = ClassOf(list, records[i]);
-                ++counts[classes[first + i]];
-            }
-            return true;
-        });
-    if (visited) CopyCounts(list.store.header, counted);
-    return visited;
+    for (uint32_t kind = 0; kind < kKinds; ++kind) {
+        IndexRecord record;
+        record.flags = kind;
+        CountRecord(counted, record, seen[kind]);
+        classes[kind] = ClassOf(list, record);
+        rows[classes[kind]] += seen[kind];
+    }
+    CopyCounts(list.store.header, counted);
 }
 
 bool MakeRowMap(ArticleList& list) {
-    uint32_t counts[kRunCount + 1] = {};
-    const std::unique_ptr<uint8_t[]> classes = NewArray<uint8_t>(list.store.header.recordCount);
-    if (!classes) return false;
-    if (!Classify(list, classes.get(), counts)) return false;
-    uint32_t next[kRunCount] = {0, counts[kHighRow], counts[kHighRow] + counts[kNormalRow]};
-    const uint32_t visible = next[kLowRow] + counts[kLowRow];
+    uint32_t seen[kKinds] = {}, rows[kRunCount + 1] = {};
+    RowClass classes[kKinds];
+    const std::unique_ptr<uint8_t[]> kinds = NewArray<uint8_t>(list.store.header.recordCount);
+    if (!kinds) return false;
+    if (!ReadKinds(list, kinds.get(), seen)) return false;
+    TakeCounts(list, seen, classes, rows);
+    uint32_t next[kRunCount] = {0, rows[kHighRow], rows[kHighRow] + rows[kNormalRow]};
+    const uint32_t visible = next[kLowRow] + rows[kLowRow];
     list.rowMap = AllocateOn<uint32_t>(list.heap, visible);
     if (!list.rowMap) return Fail(kErrorNoMemory);
     for (uint32_t number = 0; number < list.store.header.recordCount; ++number) {
-        if (classes[number] != kHidden) list.rowMap[next[classes[number]]++] = number;
+        const RowClass rowClass = classes[kinds[number]];
+        if (rowClass != kHidden) list.rowMap[next[rowClass]++] = number;
     }
     list.visibleCount = visible;
     return true;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "text/owned.h"
@@ -48,11 +49,8 @@ inline bool IsContinuation(std::string_view line) {
     return !line.empty() && (line.front() == ' ' || line.front() == '\t');
 }
 
-// Most lines differ in their first byte, for which a call would be much.
+// Most lines differ in their first byte, for which a call would be much. A name has one.
 inline bool StartsWith(std::string_view line, std::string_view name) {
-    if (line.size() < name.size()) return false;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        if (line[i] != name[i]) return false;
-    }
-    return true;
+    return line.size() >= name.size() && line.front() == name.front() &&
+           std::memcmp(line.data(), name.data(), name.size()) == 0;
 }

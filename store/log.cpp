@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr std::size_t kLineEnd = 2;  // CR LF
+
 bool IsWithin(uint32_t offset, uint32_t length, uint32_t size) {
     return offset <= size && length <= size - offset;
 }
@@ -30,10 +32,8 @@ bool OpenLogForReading(DataFile& log, const GroupStore& store) {
 }
 
 bool TakeLine(LogScanner& scanner, std::string_view& line) {
-    uint32_t taken = 0;
-    if (!ReadLine(*scanner.log, scanner.line, kLineSize, false, &taken)) return false;
-    scanner.count += taken;
-    line = std::string_view(scanner.line, taken);
+    if (!NextLine(*scanner.log, scanner.line, kLineSize, line)) return false;
+    scanner.count += static_cast<uint32_t>(line.size());
     return true;
 }
 
@@ -48,9 +48,13 @@ bool ScanHead(LogScanner& scanner) {
 }
 
 bool ScanBody(LogScanner& scanner) {
-    uint32_t taken = 0;
-    if (!SkipPastLine(*scanner.log, kSeparator, scanner.line, kLineSize, taken)) return false;
-    scanner.count += taken;
+    constexpr std::string_view kWanted = kSeparator;
+    std::string_view line;
+    do {
+        scanner.count +=
+            SkipLinesWithoutRun(*scanner.log, kLineSize, kWanted.front(), kWanted.size() - kLineEnd);
+        if (!TakeLine(scanner, line)) return false;
+    } while (line != kWanted);
     return true;
 }
 

@@ -99,15 +99,15 @@ void CopyCounts(To& to, const From& from) {
 
 // For all that counts records, by the names above.
 template <class Counts>
-void CountPriority(Counts& counts, uint32_t priority) {
-    if (priority == kPriorityHigh) ++counts.highCount;
-    if (priority == kPriorityLow) ++counts.lowCount;
+void CountPriority(Counts& counts, uint32_t priority, uint32_t times = 1) {
+    if (priority == kPriorityHigh) counts.highCount += times;
+    if (priority == kPriorityLow) counts.lowCount += times;
 }
 
 template <class Counts>
-void CountRecord(Counts& counts, const IndexRecord& record) {
-    if (!IsRead(record)) ++counts.unreadCount;
-    CountPriority(counts, PriorityOf(record));
+void CountRecord(Counts& counts, const IndexRecord& record, uint32_t times = 1) {
+    if (!IsRead(record)) counts.unreadCount += times;
+    CountPriority(counts, PriorityOf(record), times);
 }
 
 // Fills the subject, date and from fields from an article's head: "(none)", "0000" and "(Unknown)" where it

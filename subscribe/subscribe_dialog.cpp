@@ -6,6 +6,7 @@
 
 #include "files/data_file.h"
 #include "nntp/password_prompt.h"
+#include "platform/drawing_pause.h"
 #include "resources/resource.h"
 #include "store/group_store.h"
 #include "subscribe/group_file.h"
@@ -38,16 +39,14 @@ void InsertEntry(HWND list, const NameEntry& entry, uint32_t place) {
 // The list's own sorting is off while the sorted names are appended.
 void ShowEntries(HWND list, NameList& entries) {
     SortNames(entries);
+    const DrawingPause pause(list);
     const LONG style = GetWindowLongW(list, GWL_STYLE);
-    SendMessageW(list, WM_SETREDRAW, FALSE, 0);
     SetWindowLongW(list, GWL_STYLE, style & ~LVS_SORTASCENDING);
     SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(list, LVM_SETITEMCOUNT, entries.count, 0);
     for (uint32_t i = 0; i < entries.count; ++i)
         InsertEntry(list, entries.entries[i], i);
     SetWindowLongW(list, GWL_STYLE, style);
-    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(list, nullptr, TRUE);
 }
 
 // A pressed button has the focus. Disabled with it, it would leave the keyboard without a target.

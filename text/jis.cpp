@@ -10,27 +10,6 @@ constexpr char kEscape = 0x1B;
 
 enum class Mode { kSingleByte, kTwoByte, kKatakana };
 
-struct EscapeSequence {
-    char text[3];
-    unsigned char length;
-    Mode mode;
-};
-
-constexpr EscapeSequence kEscapes[] = {
-    {{'$', 'B', 0}, 2, Mode::kTwoByte},    {{'$', '@', 0}, 2, Mode::kTwoByte},
-    {{'(', 'B', 0}, 2, Mode::kSingleByte}, {{'(', 'J', 0}, 2, Mode::kSingleByte},
-    {{'(', 'H', 0}, 2, Mode::kSingleByte}, {{'(', 'I', 0}, 2, Mode::kKatakana},
-    {{'K', 0, 0}, 1, Mode::kTwoByte},      {{'H', 0, 0}, 1, Mode::kSingleByte},
-};
-
-// `source` points just after an ESC. Null for an unknown sequence.
-const EscapeSequence* FindEscape(const char* source) {
-    for (const EscapeSequence& escape : kEscapes) {
-        if (std::strncmp(source, escape.text, escape.length) == 0) return &escape;
-    }
-    return nullptr;
-}
-
 unsigned ByteAt(const char* text) {
     return static_cast<unsigned char>(*text);
 }
@@ -50,6 +29,34 @@ void PutJisAsSjis(unsigned j1, unsigned j2, char* destination) {
     j1 = (j1 + (j1 < 0x5F ? 0xE1 : 0x161)) / 2;
     destination[0] = static_cast<char>(j1);
     destination[1] = static_cast<char>(j2);
+}
+
+// The two loops that nearly all text passes through. Whatever else there is stops them: an ESC, the end, odd
+// bytes.
+void CopySingleBytes(const char*& source, char*& destination) {
+    while (ByteAt(source) > kEscape)
+        *destination++ = *source++;
+}
+
+void ConvertPairs(const char*& source, char*& destination) {
+    for (; IsJis(ByteAt(source)) && IsJis(ByteAt(source + 1)); source += 2, destination += 2)
+        PutJisAsSjis(ByteAt(source), ByteAt(source + 1), destination);
+}
+
+// `source` points just after an ESC. Returns the length of the sequence that it begins, 0 for an unknown one.
+unsigned TakeEscape(const char* source, Mode& mode) {
+    const char kind = source[0];
+    const char set = kind != '\0' ? source[1] : '\0';
+    if (kind == 'K' || (kind == '$' && (set == 'B' || set == '@'))) {
+        mode = Mode::kTwoByte;
+    } else if (kind == 'H' || (kind == '(' && (set == 'B' || set == 'J' || set == 'H'))) {
+        mode = Mode::kSingleByte;
+    } else if (kind == '(' && set == 'I') {
+        mode = Mode::kKatakana;
+    } else {
+        return 0;
+    }
+    return kind == 'K' || kind == 'H' ? 1 : 2;
 }
 
 // Converts one unit of the two-byte mode. Returns the bytes taken, as many as were written: 1 or 2.
@@ -127,10 +134,9 @@ unsigned PutCharacter(GrowingText& out, const char* text) {
 void LineFromJis(const char* source, char* destination) {
     Mode mode = Mode::kSingleByte;
     while (*source) {
-        const EscapeSequence* escape = *source == kEscape ? FindEscape(source + 1) : nullptr;
-        if (escape) {
-            mode = escape->mode;
-            source += 1 + escape->length;
+        const unsigned escape = *source == kEscape ? TakeEscape(source + 1, mode) : 0;
+        if (escape != 0) {
+            source += 1 + escape;
         } else if (mode == Mode::kTwoByte) {
             const unsigned taken = TakeTwoByte(source, destination);
             source += taken;
@@ -139,6 +145,8 @@ void LineFromJis(const char* source, char* destination) {
             const unsigned topBit = mode == Mode::kKatakana ? 0x80 : 0;
             *destination++ = static_cast<char>(ByteAt(source++) | topBit);
         }
+        if (mode == Mode::kTwoByte) ConvertPairs(source, destination);
+        if (mode == Mode::kSingleByte) CopySingleBytes(source, destination);
     }
     *destination = '\0';
 }

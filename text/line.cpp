@@ -5,24 +5,36 @@
 
 namespace {
 
-// The first LF, else `end`. Goes a word at a time: the systems' own searches go byte by byte, and reading a
-// log spends most of its time here.
-const char* FindLineFeed(const char* begin, const char* end) {
-    using Word = std::uintptr_t;
+using Word = std::uintptr_t;
+
+// A bit in each of the word's bytes from the first LF on, or 0.
+Word LineFeedsIn(const char* bytes) {
     constexpr Word kOnes = ~Word{0} / 0xFF;
+    Word word;
+    std::memcpy(&word, __builtin_assume_aligned(bytes, sizeof(Word)), sizeof(Word));
+    word ^= kOnes * '\n';
+    return (word - kOnes) & ~word & kOnes * 0x80;
+}
+
+// The first LF, else `end`. Goes a word at a time: the systems' own searches go byte by byte.
+const char* FindLineFeed(const char* begin, const char* end) {
     const char* next = begin;
     for (; next < end && reinterpret_cast<Word>(next) % sizeof(Word) != 0; ++next) {
         if (*next == '\n') return next;
     }
     for (; static_cast<std::size_t>(end - next) >= sizeof(Word); next += sizeof(Word)) {
-        Word word;
-        std::memcpy(&word, __builtin_assume_aligned(next, sizeof(Word)), sizeof(Word));
-        word ^= kOnes * '\n';
-        if (((word - kOnes) & ~word & kOnes * 0x80) != 0) break;  // one of the bytes is 0 now
+        if (LineFeedsIn(next) != 0) break;
     }
     while (next < end && *next != '\n')
         ++next;
     return next;
+}
+
+// Length of what ends with the last CR LF of bytes[0..count), 0 when there is none.
+std::size_t EndOfLastLine(const char* bytes, std::size_t count) {
+    while (count > 1 && (bytes[count - 1] != '\n' || bytes[count - 2] != '\r'))
+        --count;
+    return count > 1 ? count : 0;
 }
 
 }  // namespace
@@ -51,6 +63,24 @@ std::size_t PlainLineLength(const char* bytes, std::size_t count) {
     const char* lf = FindLineFeed(bytes, bytes + count);
     if (lf == bytes || lf == bytes + count || lf[-1] != '\r') return 0;
     return static_cast<std::size_t>(lf - bytes) + 1;
+}
+
+// A run covers every place that is looked at if these are its own length apart, and a CR LF ends a line
+// wherever it stands.
+std::size_t LinesWithoutRun(const char* bytes, std::size_t count, std::size_t longest, char mark,
+                            std::size_t run) {
+    std::size_t sure = 0;
+    for (;;) {
+        const std::size_t rest = count - sure;
+        const std::size_t stretch = rest < longest ? rest : longest;
+        std::size_t looked = run - 1;
+        while (looked < stretch && bytes[sure + looked] != mark)
+            looked += run;
+        const bool stopped = looked < stretch;
+        const std::size_t lines = EndOfLastLine(bytes + sure, stopped ? looked : stretch);
+        sure += lines;
+        if (stopped || lines == 0) return sure;
+    }
 }
 
 void FinishLine(LineAssembler& line, bool cut) {

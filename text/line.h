@@ -29,6 +29,11 @@ LineState AddToLine(LineAssembler& line, const char* bytes, std::size_t count, s
 // before its LF, as it nearly always is; else 0.
 std::size_t PlainLineLength(const char* bytes, std::size_t count);
 
+// How many of the bytes that a line begins with are whole lines of at most `longest` bytes, none of which has
+// `run` times the byte `mark` in a row. Looks at few of the bytes, so it may stop early, but never too late.
+std::size_t LinesWithoutRun(const char* bytes, std::size_t count, std::size_t longest, char mark,
+                            std::size_t run);
+
 // Terminates what was collected with a NUL. With `cut`, drops the line end (CR LF, or the LF alone).
 void FinishLine(LineAssembler& line, bool cut);
 

@@ -3,10 +3,10 @@
 
 #include <cstddef>
 
-// The first byte of a two-byte character.
+// The first byte of a two-byte character: 0x81 to 0x9F or 0xE0 to 0xFC, which one flipped bit puts side by
+// side.
 inline bool IsLeadByte(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+    return static_cast<unsigned char>((c ^ 0x20) - 0xA1) < 0x3C;
 }
 
 // What ends a text or a line of it: CR, LF or NUL.

@@ -1,7 +1,8 @@
 #!/bin/bash
 # fuzz.sh HOURS [TARGET...]: fuzzes the targets of fuzz/ (all, when none is named), HOURS hours each (0.5 is half an
 # hour), as many at once as there are processors, or JOBS. First each runs its seeds and all that was ever found.
-# Prints one table; the exit status is 1 when something was found.
+# Prints one table; the exit status is 1 when something was found. With RUNS, which is for the test run, each target
+# stops after so many executions whatever the time, and begins with the seeds alone.
 #
 # What a target made of its time stands in build/native-sanitize/run/TARGET/ (or below RUN): `log`, `corpus` (inputs
 # that reach something new, the next run's start) and `found` (inputs that break something). A finding that is mended
@@ -33,9 +34,9 @@ seeds_of() {
 # fuzz_target TARGET SECONDS: a finding ends the target's run.
 fuzz_target() {
     local dir=$run/$1
-    rm -rf "$dir/found"
+    rm -rf "$dir/found" ${RUNS:+"$dir/corpus"}
     mkdir -p "$dir/found" "$dir/corpus"
-    "$build/fuzz/$1" -max_total_time="$2" -timeout=30 -report_slow_units=30 -print_final_stats=1 \
+    "$build/fuzz/$1" -max_total_time="$2" -runs="${RUNS:--1}" -timeout=30 -report_slow_units=30 -print_final_stats=1 \
         -artifact_prefix="$dir/found/" "$dir/corpus" $(seeds_of "$1") >"$dir/log" 2>&1 || true
 }
 
@@ -57,12 +58,12 @@ export build run
 printf '%s\n' "${targets[@]}" | xargs -P "${JOBS:-$(nproc)}" -I{} bash -c "fuzz_target {} $seconds"
 
 status=0
-printf '%-16s %14s %16s %8s %6s\n' target executions 'bytes fed' edges found
+printf '%-16s %14s %8s %6s\n' target executions edges found
 for target in "${targets[@]}"; do
     found=$(find "$run/$target/found" -type f | wc -l)
     [ "$found" = 0 ] || status=1
-    printf '%-16s %14s %16s %8s %6s\n' "$target" "$(value "$target" stat::number_of_executed_units:)" \
-        "$(value "$target" stat::bytes_fed:)" "$(value "$target" cov:)" "$found"
+    printf '%-16s %14s %8s %6s\n' "$target" "$(value "$target" stat::number_of_executed_units:)" \
+        "$(value "$target" cov:)" "$found"
 done
 (cd "$run" && find "${targets[@]}" -path '*/found/*' -printf "$run/%p\n")
 exit $status

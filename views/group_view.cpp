@@ -2,10 +2,12 @@
 
 #include <iterator>
 
+#include "platform/drawing_pause.h"
 #include "resources/resource.h"
 #include "settings/view_options.h"
 #include "store/index.h"
 #include "subscribe/group_file.h"
+#include "text/last_error.h"
 #include "text/messages.h"
 #include "views/columns.h"
 
@@ -84,10 +86,7 @@ void FillRow(HWND list, uint32_t row, const GroupStore& store) {
 bool AddGroup(HWND list, uint32_t row, const wchar_t* folder, const wchar_t* name) {
     GroupStore store;
     const bool added = InsertRow(list, row, name) || Fail(kErrorNoMemory);
-    if (!added || !SetNames(store, folder, name) || !ReadHeader(store)) {
-        ShowLastError(IDS_INIT_INDEX_FILE_FAILED, kCaption);
-        return false;
-    }
+    if (!added || !SetNames(store, folder, name) || !ReadHeader(store)) return false;
     FillRow(list, row, store);
     return true;
 }
@@ -104,6 +103,21 @@ bool SelectedRow(HWND list, uint32_t& row) {
     if (selected < 0) return false;
     row = static_cast<uint32_t>(selected);
     return true;
+}
+
+// The message for what failed, or 0.
+unsigned FillList(HWND list, const wchar_t* folder) {
+    const DrawingPause pause(list);
+    SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
+    GroupFile groups;
+    if (!OpenGroupFile(groups, folder)) return IDS_GROUP_LIST_FAILED;
+    uint32_t row = 0;
+    while (const wchar_t* name = NextGroupName(groups)) {
+        if (!AddGroup(list, row, folder, name)) return IDS_INIT_INDEX_FILE_FAILED;
+        ++row;
+    }
+    if (row > 0) SelectRow(list, 0);
+    return 0;
 }
 
 uint32_t RowCount(HWND list) {
@@ -131,19 +145,9 @@ void ShowGroupView(const GroupView& view, int showCommand) {
 }
 
 bool ReloadGroupView(const GroupView& view, const wchar_t* folder) {
-    SendMessageW(view.list, LVM_DELETEALLITEMS, 0, 0);
-    GroupFile groups;
-    if (!OpenGroupFile(groups, folder)) {
-        ShowLastError(IDS_GROUP_LIST_FAILED, kCaption);
-        return false;
-    }
-    uint32_t row = 0;
-    while (const wchar_t* name = NextGroupName(groups)) {
-        if (!AddGroup(view.list, row, folder, name)) return false;
-        ++row;
-    }
-    if (row > 0) SelectRow(view.list, 0);
-    return true;
+    const unsigned failure = FillList(view.list, folder);
+    if (failure != 0) ShowLastError(failure, kCaption);
+    return failure == 0;
 }
 
 bool SelectedGroup(const GroupView& view, wchar_t* name, int capacity, uint32_t* row) {

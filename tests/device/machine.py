@@ -4,11 +4,10 @@ The processor is a StrongARM, an ARMv4: a later machine's instruction stops it, 
 the emulator would let pass, a word read or written across its boundary. An import slot leads to a trap; behind it
 stands the method of the system (an object of the caller's) that bears the import's name. Its parameters are the
 registers and words on the stack that its caller filled. A method that calls the program's code is a generator: it
-yields (address, arguments...) and gets what that answers; a Thread of these runs on a stack of its own.
+yields (address, arguments...) and gets what that answers.
 """
 import inspect
 import struct
-import subprocess
 
 import pefile
 import unicorn
@@ -16,7 +15,7 @@ from unicorn import arm_const
 
 PAGE = 0x1000
 STACK_SIZE = 0x10000  # what the executable's headers ask for
-STACKS = 0x20000000, 0x21000000  # of the first thread and the second; nothing on either side
+STACK = 0x20000000  # nothing on either side
 HEAP, HEAP_SIZE = 0x30000000, 0x2000000
 TRAPS, TRAPS_SIZE = 0x40000000, PAGE
 FENCE = 16  # bytes behind a block that nobody may touch
@@ -32,14 +31,11 @@ class Fault(Exception):
     """The program did what the device would stop it for."""
 
 
-class Thread(tuple):
-    """A call on the second thread, which runs to its end before the first goes on."""
-
-
-def symbols(elf):
-    """{name: address} of a linked program."""
-    lines = subprocess.run(["arm-none-eabi-nm", elf], capture_output=True, text=True, check=True).stdout.splitlines()
-    return {line.split()[-1]: int(line.split()[0], 16) for line in lines if len(line.split()) == 3}
+def resources(executable):
+    """{(kind, number): its place in the image and its size}"""
+    return {(kind.id, item.id): (item.directory.entries[0].data.struct.OffsetToData,
+                                 item.directory.entries[0].data.struct.Size)
+            for kind in executable.DIRECTORY_ENTRY_RESOURCE.entries for item in kind.directory.entries}
 
 
 class Machine:
@@ -52,12 +48,11 @@ class Machine:
         self.heap = Heap(self)
         self.started = None  # a method that wants to call the program
         self.load()
-        for stack in STACKS:
-            self.cpu.mem_map(stack, STACK_SIZE)
+        self.cpu.mem_map(STACK, STACK_SIZE)
         self.cpu.mem_map(HEAP, HEAP_SIZE)
         self.cpu.mem_map(TRAPS, TRAPS_SIZE, unicorn.UC_PROT_READ | unicorn.UC_PROT_EXEC)
         self.cpu.mem_write(TRAPS, struct.pack("<I", RETURN_TO_CALLER) * (TRAPS_SIZE // 4))
-        self.cpu.reg_write(SP, STACKS[0] + STACK_SIZE)
+        self.cpu.reg_write(SP, STACK + STACK_SIZE)
         self.cpu.hook_add(unicorn.UC_HOOK_CODE, self.on_trap, begin=TRAPS, end=TRAPS + TRAPS_SIZE - 1)
         self.cpu.hook_add(unicorn.UC_HOOK_MEM_READ | unicorn.UC_HOOK_MEM_WRITE, self.on_access)
 
@@ -124,10 +119,7 @@ class Machine:
         method, back, stack = suspended[-1]
         self.cpu.reg_write(SP, stack)
         try:
-            call = method.send(result)
-            if isinstance(call, Thread):
-                self.cpu.reg_write(SP, STACKS[1] + STACK_SIZE)
-            self.enter(*call)
+            self.enter(*method.send(result))
         except StopIteration as end:
             suspended.pop()
             self.cpu.reg_write(RESULT, (end.value or 0) & 0xFFFFFFFF)
@@ -158,27 +150,22 @@ class Machine:
     def put_words(self, address, *values):
         self.cpu.mem_write(address, struct.pack(f"<{len(values)}I", *(value & 0xFFFFFFFF for value in values)))
 
-    def text(self, address):
-        """The bytes up to a NUL."""
+    def up_to_nul(self, address, width):
+        """The units of so many bytes before one that is 0."""
         found = b""
         while True:
-            piece = self.cpu.mem_read(address + len(found), 64 - (address + len(found)) % 64)
-            end = piece.find(0)
-            if end >= 0:
-                return found + bytes(piece[:end])
-            found += bytes(piece)
+            piece = self.read(address + len(found), 64 - (address + len(found)) % 64)
+            for place in range(0, len(piece), width):
+                if not any(piece[place:place + width]):
+                    return found + piece[:place]
+            found += piece
+
+    def text(self, address):
+        return self.up_to_nul(address, 1)
 
     def wide(self, address):
-        """The UTF-16 text up to a NUL; None for no address."""
-        if address == 0:
-            return None
-        found = b""
-        while True:
-            piece = bytes(self.cpu.mem_read(address + len(found), 64 - (address + len(found)) % 64))
-            for place in range(0, len(piece), 2):
-                if piece[place:place + 2] == b"\0\0":
-                    return (found + piece[:place]).decode("utf-16-le", "surrogatepass")
-            found += piece
+        """None for no address."""
+        return self.up_to_nul(address, 2).decode("utf-16-le", "surrogatepass") if address else None
 
     def put_wide(self, address, text):
         self.cpu.mem_write(address, (text + "\0").encode("utf-16-le", "surrogatepass"))

@@ -1,8 +1,7 @@
-// Operates the running program's windows for the end-to-end tests. Reads one order a line from standard input
-// and
-// answers each with lines of its own and a line ".". Fields are separated by tabs; in a field \t, \n, \r and
-// \\ stand for themselves. All text is UTF-8, handles and numbers are decimal. A refused order answers "!"
-// and the system error. No order waits longer than kPatience for the other side.
+// Operates the running program's windows for the end-to-end tests. Reads one order a line from standard
+// input, its fields separated by tabs, and answers each with a line of JSON: rows of texts, or the system
+// error of an order that is refused. All text is UTF-8, handles and numbers are decimal. No order waits
+// longer than kPatience for the other side.
 //
 //   windows                     visible top-level windows of the program, the topmost first: handle, class,
 //   enabled,
@@ -63,19 +62,21 @@ std::string Handle(HWND window) {
     return std::to_string(reinterpret_cast<UINT_PTR>(window));
 }
 
+std::string answer;  // the rows so far
+
 void Answer(const Fields& fields) {
-    const char* separator = "";
-    for (const std::string& field : fields) {
-        std::fputs(separator, stdout);
-        for (const char byte : field) {
-            const char* plain = "\t\n\r\\";
-            const char* found = byte ? std::strchr(plain, byte) : nullptr;
-            if (found) std::fputc('\\', stdout);
-            std::fputc(found ? "tnr\\"[found - plain] : byte, stdout);
+    answer += answer.empty() ? "[" : ",[";
+    for (size_t i = 0; i < fields.size(); ++i) {
+        answer += i == 0 ? "\"" : ",\"";
+        for (const char byte : fields[i]) {
+            if (byte == '"' || byte == '\\') answer += '\\';
+            answer += byte < ' ' && byte >= 0
+                          ? "\\u00" + std::string(1, "01"[byte / 16]) + "0123456789abcdef"[byte % 16]
+                          : std::string(1, byte);
         }
-        separator = "\t";
+        answer += '"';
     }
-    std::fputc('\n', stdout);
+    answer += ']';
 }
 
 Fields Parse(const char* line) {
@@ -83,9 +84,6 @@ Fields Parse(const char* line) {
     for (; *line && *line != '\n'; ++line) {
         if (*line == '\t') {
             fields.emplace_back();
-        } else if (*line == '\\' && line[1]) {
-            ++line;
-            fields.back() += *line == 't' ? '\t' : *line == 'n' ? '\n' : *line == 'r' ? '\r' : *line;
         } else {
             fields.back() += *line;
         }
@@ -261,8 +259,12 @@ bool Obey(Fields order) {
 int main() {
     char line[8192];
     while (std::fgets(line, sizeof line, stdin)) {
-        if (!Obey(Parse(line))) Answer({"!", std::to_string(GetLastError())});
-        std::puts(".");
+        answer.clear();
+        if (Obey(Parse(line))) {
+            std::printf("[%s]\n", answer.c_str());
+        } else {
+            std::printf("%lu\n", GetLastError());
+        }
         std::fflush(stdout);
     }
     return 0;

@@ -1,9 +1,9 @@
 """InterNetNews on 127.0.0.1: Debian's own innd and nnrpd, unpacked into a folder of their own and run from there.
 
-A NewsServer takes articles from feed(), keeps them under the folder it made in /tmp and serves readers at
-`port`. Leaving its `with` block stops both programs and removes the folder; should this process be killed, the
-kernel ends them with it. They insist on running as user and group `news`: root gives them that account, anyone
-else a user namespace in which his own account bears that name.
+A NewsServer takes articles from feed(), keeps them under the folder it made in /tmp and serves readers at `port`.
+Leaving its `with` block stops both programs and removes the folder; should this process be killed, the kernel ends them
+with it. They insist on running as user and group `news`: root gives them that account, anyone else a user namespace in
+which his own account bears that name. What is in inn_etc/ sets them up: all may read, fj.closed only who logs in.
 """
 
 import contextlib
@@ -50,19 +50,11 @@ def end_with_parent():
 def wait_until(condition, what, limit=WAIT):
     """Polls until condition() is true and returns what it said; fails with `what` after `limit` seconds."""
     end = time.monotonic() + limit
-    while True:
-        answer = condition()
-        if answer:
-            return answer
+    while not (answer := condition()):
         if time.monotonic() > end:
             raise AssertionError(f"waited {limit:g} s in vain: {what}")
-        time.sleep(0.02)
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+        time.sleep(0.01)
+    return answer
 
 
 def answer_at_once(connection):
@@ -73,13 +65,10 @@ def answer_at_once(connection):
 class NntpClient:
     """Just enough of a client to feed innd and to see what nnrpd hands to a reader, byte for byte."""
 
-    def __init__(self, port, login=None):
+    def __init__(self, port):
         self.socket = socket.create_connection(("127.0.0.1", port), timeout=WAIT)
         self.file = self.socket.makefile("rb")
         self.greeting = self.file.readline()
-        if login:
-            self.command(f"AUTHINFO USER {login[0]}")
-            self.command(f"AUTHINFO PASS {login[1]}")
 
     def __enter__(self):
         return self
@@ -88,49 +77,52 @@ class NntpClient:
         self.file.close()
         self.socket.close()
 
-    def send(self, data):
-        self.socket.sendall(data)
-
     def _line(self):
         answer_at_once(self.socket)
-        return self.file.readline()
-
-    def reply(self):
-        line = self._line()
+        line = self.file.readline()
         if not line:
             raise AssertionError("the news server hung up")
-        return line.decode("latin-1").rstrip("\r\n")
+        return line
 
     def command(self, line):
-        self.send(line.encode("ascii") + b"\r\n")
-        return self.reply()
+        self.socket.sendall(line.encode("ascii") + b"\r\n")
+        return self._line().decode("latin-1").rstrip("\r\n")
 
     def lines(self):
         """The lines of a multi-line reply as sent, stuffed dots and line ends included, without the last "."."""
         while (line := self._line()) != b".\r\n":
-            if not line:
-                raise AssertionError("the news server hung up within a reply")
             yield line
+
+    def offer(self, article):
+        head = article.split(b"\r\n\r\n")[0]
+        name = next(line[11:] for line in head.split(b"\r\n") if line.startswith(b"Message-ID:"))
+        lines = article.split(b"\r\n")[:-1]
+        stuffed = b"".join((b"." if line.startswith(b".") else b"") + line + b"\r\n" for line in lines)
+        self.socket.sendall(b"TAKETHIS" + name + b"\r\n" + stuffed + b".\r\n")
+        reply = self._line()
+        if not reply.startswith(b"239"):
+            raise AssertionError(f"innd refused an article: {reply}\n{article}")
 
 
 class NewsServer:
-    def __init__(self, cache, groups, logins=None):
-        """Starts a server that has the newsgroups `groups`. With `logins`, pairs of user and password, it
-        serves nobody before they said who they are."""
+    def __init__(self, cache, groups):
+        """Starts a server that has the newsgroups `groups`."""
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-inn-"))
         self.innd = self.nnrpd = None
-        self.logins = logins
-        self.feed_port, self.port = free_port(), free_port()
-        try:
+        with contextlib.ExitStack() as undo:
+            undo.callback(self.stop)
             self._unpack(cache)
             self._configure()
-            self._start_innd()
+            feed, self.feed_port = self._free_port()
+            self.innd = self._spawn("innd", "-d", "-N", "-u", "-P", feed)
+            self._await(self.innd, self.feed_port)
+            wait_until((self.home / "run/control").exists, "innd's control socket")
             for group in groups:
-                self.new_group(group)
-            self._start_nnrpd()
-        except BaseException:
-            self.stop()
-            raise
+                self._run("ctlinnd", "-s", "newgroup", group, "y", "bench")
+            read, self.port = self._free_port()
+            self.nnrpd = self._spawn("nnrpd", "-D", "-f", "-p", read, "-b", "127.0.0.1")
+            self._await(self.nnrpd, self.port)
+            undo.pop_all()
 
     def __enter__(self):
         return self
@@ -152,31 +144,13 @@ class NewsServer:
                                       f"--map-group={news.pw_gid}", "--"]
 
     def _configure(self):
-        folders = {name: self.home / name for name in
-                   ("db", "etc", "log", "run", "spool", "articles", "overview", "incoming", "incoming/tmp",
-                    "outgoing", "archive", "filter", "http")}
-        for folder in folders.values():
-            folder.mkdir(exist_ok=True)
-        paths = {"pathnews": "usr/lib/news", "pathbin": "usr/lib/news/bin",
-                 "pathcontrol": "usr/lib/news/bin/control", "pathdb": "db", "pathtmp": "incoming/tmp"}
-        paths.update({"path" + name: name for name in folders if "/" not in name and name != "db"})
-        settings = {
-            "mta": '"/bin/true %s"', "organization": '"The test bench"', "hismethod": "hisv6",
-            "ovmethod": "tradindexed", "pathhost": "news.bench.example", "domain": "bench.example",
-            "fromhost": "bench.example", "bindaddress": "127.0.0.1", "artcutoff": "0", "wireformat": "true",
-            "enableoverview": "true", "groupbaseexpiry": "true", "maxforks": "10", "nnrpdposthost": '""',
-            "nnrpdloadlimit": "0",  # a busy machine is no reason to turn readers away
-        }
-        settings.update({name: self.home / path for name, path in paths.items()})
-        self._write("inn.conf", "".join(f"{name}: {value}\n" for name, value in settings.items()))
-        self._write("storage.conf", "method tradspool {\n    newsgroups: *\n    class: 0\n}\n")
-        self._write("newsfeeds", "ME:!*::\n")
-        self._write("incoming.conf", "streaming: true\nmax-connections: 8\npeer bench { hostname: 127.0.0.1 }\n")
-        self._write("expire.ctl", "/remember/:10\n*:A:1:never:never\n")
-        self._write("control.ctl", "all:*:*:drop\n")
+        for name in ("db", "etc", "log", "run", "spool", "articles", "overview", "incoming/tmp", "outgoing", "archive",
+                     "filter", "http"):
+            (self.home / name).mkdir(parents=True, exist_ok=True)
+        for source in (pathlib.Path(__file__).parent / "inn_etc").iterdir():
+            (self.home / "etc" / source.name).write_text(source.read_text().replace("@HOME@", str(self.home)))
         for name in ("distrib.pats", "subscriptions", "moderators", "nntpsend.ctl", "passwd.nntp"):
-            self._write(name, "")
-        self._write_readers()
+            (self.home / "etc" / name).touch()
         own = ("control", "control.cancel", "junk")  # innd does not start without them
         (self.home / "db/active").write_text("".join(f"{name} 0000000000 0000000001 n\n" for name in own))
         for name in ("active.times", "newsgroups", "history"):
@@ -185,120 +159,68 @@ class NewsServer:
             subprocess.run(["chown", "-R", "news:news", self.home], check=True)
         self._run("makedbz", "-i", "-o", "-s", "200000")
 
-    def _write(self, name, text):
-        (self.home / "etc" / name).write_text(text)
-
-    def _write_readers(self):
-        if self.logins is None:
-            self._write("readers.conf", 'auth all { hosts: "*" default: "reader" }\n'
-                                        'access all { users: "*" newsgroups: "*" access: R }\n')
-            return
-        lines = [f"{user}:{self._hashed(password)}\n" for user, password in self.logins]
-        self._write("logins", "".join(lines))
-        self._write("readers.conf", f'auth all {{ hosts: "*" auth: "ckpasswd -f {self.home}/etc/logins" }}\n'
-                                    'access all { users: "*" newsgroups: "*" access: R }\n')
-
     @staticmethod
-    def _hashed(password):
-        return subprocess.run(["perl", "-e", r'print crypt(shift, "\$6\$bench")', password], check=True,
-                              capture_output=True, text=True).stdout
+    def _free_port():
+        """As a text and as a number."""
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            port = probe.getsockname()[1]
+            return str(port), port
 
     def _run(self, program, *arguments):
         done = subprocess.run([*self.enter, self.programs / program, *arguments], env=self.environment,
                               cwd=self.home, capture_output=True, text=True, timeout=WAIT, **self.account)
         if done.returncode:
             raise AssertionError(f"{program} {' '.join(arguments)}: {done.stdout}{done.stderr}")
-        return done.stdout
 
     def _spawn(self, program, *arguments):
-        log = open(self.home / f"{program}.out", "ab")
-        with log:
+        with open(self.home / f"{program}.out", "ab") as log:
             return subprocess.Popen([*self.enter, self.programs / program, *arguments], cwd=self.home,
                                     env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
                                     preexec_fn=end_with_parent, **self.account)
 
-    def _start_innd(self):
-        self.innd = self._spawn("innd", "-d", "-N", "-u", "-P", str(self.feed_port))
-        self._await(self.innd, "innd", self.feed_port)
-        wait_until(lambda: (self.home / "run/control").exists(), "innd's control socket")
-
-    def _start_nnrpd(self):
-        self.nnrpd = self._spawn("nnrpd", "-D", "-f", "-p", str(self.port), "-b", "127.0.0.1")
-        self._await(self.nnrpd, "nnrpd", self.port)
-
-    def _await(self, process, name, port):
+    def _await(self, process, port):
         def listens():
             if process.poll() is not None:
-                raise AssertionError(f"{name} ended: " + (self.home / f"{name}.out").read_text(errors="replace"))
-            try:
+                raise AssertionError("\n".join(log.read_text(errors="replace") for log in self.home.glob("*.out")))
+            with contextlib.suppress(OSError):
                 socket.create_connection(("127.0.0.1", port), timeout=1).close()
                 return True
-            except OSError:
-                return False
-        wait_until(listens, f"{name} at port {port}")
+        wait_until(listens, f"a server at port {port}")
 
     # What a test does with it.
-
-    def new_group(self, name):
-        self._run("ctlinnd", "-s", "newgroup", name, "y", "bench")
 
     def feed(self, articles):
         """Hands the articles over in order, so that they get rising numbers; each must be accepted."""
         with NntpClient(self.feed_port) as client:
             client.command("MODE STREAM")
             for article in articles:
-                reply = self._offer(client, article)
-                if not reply.startswith("239"):
-                    raise AssertionError(f"innd refused an article: {reply}\n{article.decode('latin-1')}")
+                client.offer(article)
 
-    @staticmethod
-    def _offer(client, article):
-        head = article.split(b"\r\n\r\n")[0]
-        name = next(line.split(b":", 1)[1].strip() for line in head.split(b"\r\n")
-                    if line.lower().startswith(b"message-id:"))
-        lines = article.split(b"\r\n")[:-1]
-        stuffed = b"".join((b"." if line.startswith(b".") else b"") + line + b"\r\n" for line in lines)
-        client.send(b"TAKETHIS " + name + b"\r\n" + stuffed + b".\r\n")
-        return client.reply()
-
-    def reader(self):
-        return NntpClient(self.port, self.logins and self.logins[0])
+    def reader(self, login=None):
+        client = NntpClient(self.port)
+        for line in zip(("AUTHINFO USER", "AUTHINFO PASS"), login or ()):
+            client.command(" ".join(line))
+        return client
 
     def remove(self, group, number):
         """Takes one article away, so that its number is missing between its neighbours."""
         with self.reader() as client:
             client.command(f"GROUP {group}")
-            name = client.command(f"STAT {number}").split()[2]
-        self._run("ctlinnd", "-s", "cancel", name)
+            self._run("ctlinnd", "-s", "cancel", client.command(f"STAT {number}").split()[2])
 
         def gone():
             with self.reader() as client:
                 client.command(f"GROUP {group}")
                 return client.command(f"HEAD {number}").startswith("423")
-        wait_until(gone, f"article {number} of {group} still served after it was removed")
-
-    # The end.
-
-    @staticmethod
-    def _end(process):
-        if process and process.poll() is None:
-            process.terminate()
-            try:
-                process.wait(3)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
+        wait_until(gone, f"article {number} of {group} gone")
 
     def stop(self):
-        try:
-            self._end(self.nnrpd)
-            if self.innd and self.innd.poll() is None:
-                with contextlib.suppress(AssertionError, subprocess.TimeoutExpired):
-                    self._run("ctlinnd", "-s", "-t", "5", "shutdown", "done")  # it does not heed SIGTERM
-                    self.innd.wait(5)
-            self._end(self.innd)
-        finally:
-            shutil.rmtree(self.home, ignore_errors=True)
+        for process in (self.nnrpd, self.innd):
+            if process:
+                process.kill()
+                process.wait()
+        shutil.rmtree(self.home, ignore_errors=True)
 
 
 if __name__ == "__main__":

@@ -230,6 +230,25 @@ class Group:
         self.records.append(record)
         self.log += b"".join(lines)
 
+    # What a user does.
+
+    def rate(self):
+        """After a change of the keywords."""
+        for record in self.records:
+            text = self.log[record.text_offset:record.text_offset + record.text_length]
+            record.flags = record.flags & 1 | self.priority(text) << 1
+
+    def mark_all_read(self):
+        for record in self.records:
+            record.flags |= 1
+
+    def delete_read(self):
+        kept, log = [record for record in self.records if not record.flags & 1], b""
+        for record in kept:
+            text, moved = self.log[record.offset:record.offset + record.length], len(log) - record.offset
+            record.offset, record.text_offset, log = record.offset + moved, record.text_offset + moved, log + text
+        self.records, self.log, self.saved_position = kept, log, 0
+
     # The files.
 
     def unread(self):

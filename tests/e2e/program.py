@@ -2,22 +2,22 @@
 
 import collections
 import contextlib
+import json
 import os
 import pathlib
 import shutil
-import signal
 import subprocess
 import tempfile
-import time
 
 from inn import end_with_parent, wait_until
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-WM_CLOSE, WM_KEYDOWN, WM_COMMAND = 0x10, 0x100, 0x111
-BM_SETCHECK, PBM_GETRANGE, PBM_GETPOS = 0xF1, 0x407, 0x408
-VK_ESCAPE = 0x1B
-EXIT, PROPERTIES, GET_ARTICLES, DELETE_READ = 40001, 40002, 40003, 40004
-ABOUT, SUBSCRIBE, CATCH_UP = 40005, 40007, 40011
+WM_CLOSE, WM_KEYDOWN, WM_CHAR, WM_COMMAND = 0x10, 0x100, 0x102, 0x111
+BM_SETCHECK, BM_CLICK, PBM_GETRANGE, PBM_GETPOS, LVM_ENSUREVISIBLE = 0xF1, 0xF5, 0x407, 0x408, 0x1013
+DOUBLE_CLICK = (0x201, 0x202, 0x203, 0x202)  # down, up, double click, up
+VK_RETURN, VK_ESCAPE, VK_HOME, VK_DOWN = 0x0D, 0x1B, 0x24, 0x28
+EXIT, PROPERTIES, GET_ARTICLES, DELETE_READ, SUBSCRIBE, CATCH_UP = 40001, 40002, 40003, 40004, 40007, 40011
+FRAME, DIALOG = "PelnorMainFrmWnd", "#32770"
 
 Dialog = collections.namedtuple("Dialog", "handle caption text")
 Item = collections.namedtuple("Item", "handle id kind enabled visible text")
@@ -27,31 +27,26 @@ class Bench:
     """A display, a Wine prefix below the folder `build`, and a drive.exe that waits for orders. Close it."""
 
     def __init__(self, build, program, drive):
-        self.build, self.program = pathlib.Path(build).resolve(), pathlib.Path(program).resolve()
-        self.drive_path = pathlib.Path(drive).resolve()
+        self.build, self.program, self.drive_path = (pathlib.Path(path).resolve() for path in (build, program, drive))
         self.screens = pathlib.Path(os.environ.get("PELNOR_SCREENS", self.build / "screens"))
-        self.prefix = self.build / "e2e" / "wine"
+        self.prefix = self.build / "e2e/wine"
         self.prefix.parent.mkdir(parents=True, exist_ok=True)
-        self.log = self.prefix.parent / "wine.log"
-        self.closing = contextlib.ExitStack()
-        try:
-            self._start()
-        except BaseException:
-            self.close()
-            raise
+        self.environment = {**os.environ, "WINEPREFIX": str(self.prefix), "WINEDEBUG": "-all",
+                            "WINEDLLOVERRIDES": "mscoree,mshtml=", "LC_ALL": "ja_JP.UTF-8"}
+        with contextlib.ExitStack() as closing:
+            closing.enter_context(self._start_display())
+            self._session("make", "unmanaged")  # its server goes when the last program has
+            closing.callback(self._session, "end")
+            self.start_drive()
+            closing.callback(lambda: self.stop_drive())
+            self.close = closing.pop_all().close
 
-    def _start(self):
-        self.display = self._start_display()
-        self.environment = {**os.environ, "DISPLAY": self.display, "WINEPREFIX": str(self.prefix),
-                            "WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml=", "LC_ALL": "ja_JP.UTF-8"}
-        self.session("make")  # its server goes when the last program has, should nobody be left to end it
-        self.closing.callback(self.session, "end")
-        self._draw_own_frames()
-        self._start_drive()
-        self.closing.callback(lambda: self.stop(self.drive))
-
-    def _start_drive(self):
+    def start_drive(self):
         self.drive = self.run_wine(self.drive_path, stdin=subprocess.PIPE, stdout=subprocess.PIPE, encoding="utf-8")
+
+    def stop_drive(self):
+        with contextlib.suppress(OSError):
+            self.drive.communicate()
 
     def revive(self):
         """To be called after a program was killed: Wine's server now and then fails an assertion of its own then, and
@@ -60,108 +55,48 @@ class Bench:
             self.order("windows")
             return False
         except (AssertionError, OSError):
-            with contextlib.suppress(OSError):
-                self.stop(self.drive)
-            self._start_drive()
+            self.stop_drive()
+            self.start_drive()
             return True
 
-    def close(self):
-        self.closing.close()
-
-    def _draw_own_frames(self):
-        """Without this Wine leaves frames and focus to a window manager, and waits two seconds for the one that is
-        not there whenever a window opens or closes."""
-        done = self.prefix / "pelnor-unmanaged"
-        if not done.exists():
-            self.registry(r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N")
-            done.touch()
-
     def registry(self, key, *value):
-        subprocess.run(["wine", "reg", "add", key, *value, "/f"], check=True, env=self.environment,
-                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+        self.run_wine("reg", "add", key, *value, "/f").wait()
 
-    def session(self, order):
-        subprocess.run([ROOT / "tools/wine_session", order, self.prefix], env=self.environment, check=True,
-                       stdin=subprocess.DEVNULL)
+    def _session(self, *order):
+        order = [ROOT / "tools/wine_session", order[0], self.prefix, *order[1:]]
+        subprocess.run(order, env=self.environment, check=True, stdin=subprocess.DEVNULL)
 
+    @contextlib.contextmanager
     def _start_display(self):
-        number = os.environ.get("PELNOR_DISPLAY")
         reader, writer = os.pipe()
-        command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", "480x400x24", "-nolisten", "tcp"]
-        server = subprocess.Popen(command + ([":" + number] if number else []), pass_fds=[writer],
-                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                  preexec_fn=end_with_parent)
-        self.closing.callback(self.stop, server)
+        server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "480x400x24", "-nolisten", "tcp"],
+                                  pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL, preexec_fn=end_with_parent)
         os.close(writer)
-        with open(reader) as chosen:
-            line = chosen.readline().strip()
-        if not line:
-            raise AssertionError("Xvfb did not start")
-        return ":" + line
+        with server, open(reader) as chosen:
+            self.environment["DISPLAY"] = ":" + chosen.readline().strip()
+            yield
+            server.terminate()
 
-    def run_wine(self, program, **streams):
+    def run_wine(self, *command, **streams):
         """Starts a Windows program. What it and Wine's helpers have to say goes to a file: they outlive it, and
         would keep a pipe of ours open."""
-        with open(self.log, "ab") as log:
-            return subprocess.Popen(["wine", program], env=self.environment, preexec_fn=end_with_parent,
+        with open(self.prefix.parent / "wine.log", "ab") as log:
+            return subprocess.Popen(["wine", *command], env=self.environment, preexec_fn=end_with_parent,
                                     **{"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log, **streams})
 
-    @staticmethod
-    def stop(process):
-        """Ends a process that this bench started."""
-        if process.stdin:
-            process.stdin.close()
-        else:
-            process.terminate()
-        try:
-            process.wait(5)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
-        if process.stdout:
-            process.stdout.close()
-
     def order(self, *fields):
-        """Gives drive.exe one order; returns its lines, each a list of fields. See drive.cpp."""
-        def packed(field):
-            text = str(field)
-            for plain, mark in (("\\", "\\\\"), ("\t", "\\t"), ("\n", "\\n"), ("\r", "\\r")):
-                text = text.replace(plain, mark)
-            return text
-        self.drive.stdin.write("\t".join(packed(field) for field in fields) + "\n")
+        """Gives drive.exe one order; returns its rows. See drive.cpp."""
+        self.drive.stdin.write("\t".join(map(str, fields)) + "\n")
         self.drive.stdin.flush()
-        lines = []
-        while (line := self.drive.stdout.readline().rstrip("\r\n")) != ".":
-            if not line:
-                raise AssertionError(f"drive.exe ended at {fields}")
-            lines.append([self._unpacked(field) for field in line.split("\t")])
-        if lines and lines[0][0] == "!":
-            raise AssertionError(f"drive.exe refused {fields}: error {lines[0][1]}")
-        return lines
-
-    @staticmethod
-    def _unpacked(field):
-        out, escaped = "", False
-        for char in field:
-            if escaped:
-                out, escaped = out + {"t": "\t", "n": "\n", "r": "\r"}.get(char, char), False
-            elif char == "\\":
-                escaped = True
-            else:
-                out += char
-        return out
+        answer = json.loads(self.drive.stdout.readline() or "null")
+        if not isinstance(answer, list):
+            raise AssertionError(f"drive.exe at {fields}: {'error' if answer else 'ended'} {answer}")
+        return answer
 
     def picture(self, name):
-        """Leaves a picture of the display in `screens` once two in a row are the same."""
         self.screens.mkdir(parents=True, exist_ok=True)
-        take = ["import", "-display", self.display, "-window", "root", "ppm:-"]
-        shown, end = None, time.monotonic() + 3
-        while time.monotonic() < end:
-            before, shown = shown, subprocess.run(take, check=True, capture_output=True).stdout
-            if before == shown:
-                break
-            time.sleep(0.1)
-        subprocess.run(["convert", "ppm:-", self.screens / f"{name}.png"], input=shown, check=True)
+        subprocess.run(["import", "-window", "root", self.screens / f"{name}.png"], check=True, env=self.environment)
 
 
 class DataFolder:
@@ -193,18 +128,18 @@ class DataFolder:
 class Program:
     """One running pelnor.exe. Whatever happens, end() it."""
 
-    def __init__(self, bench):
+    def __init__(self, bench, opens=(FRAME,)):
+        """Waits for a window of one of the classes `opens`; when that may be a dialog, call wait_frame() in time."""
         self.bench = bench
         self.process = bench.run_wine(bench.program)
         try:
-            self.frame = self.wait(self._frame, "the main window")
+            self.wait_frame(opens)
         except BaseException:
             self.end()
             raise
 
     def end(self):
-        if self.process.poll() is None:
-            self.process.send_signal(signal.SIGKILL)
+        self.process.kill()
         self.process.wait()
 
     def wait(self, condition, what):
@@ -217,13 +152,14 @@ class Program:
         try:
             return wait_until(alive, what)
         except AssertionError as reason:
-            shown = [(dialog.caption, dialog.text) for dialog in self.dialogs()]
-            raise AssertionError(f"{reason}; on the display: {shown}") from None
+            raise AssertionError(f"{reason}; on the display: {self.dialogs()}") from None
 
     # Windows.
 
-    def _frame(self):
-        return next((line[0] for line in self.bench.order("windows") if line[1] == "PelnorMainFrmWnd"), None)
+    def wait_frame(self, kinds=(FRAME,)):
+        def shown():
+            return next((line[0] for line in self.bench.order("windows") if line[1] in kinds), None)
+        self.frame = self.wait(shown, "its window")
 
     def items(self, window):
         return [Item(*line) for line in self.bench.order("items", window)]
@@ -235,19 +171,24 @@ class Program:
         """Dialogs and message boxes, the topmost first; the text is that of the labels together."""
         found = []
         for handle, kind, _, caption in self.bench.order("windows"):
-            if kind == "#32770":
+            if kind == DIALOG:
                 labels = [item.text for item in self.items(handle) if item.kind == "Static" and item.text]
                 found.append(Dialog(handle, caption, "\n".join(labels)))
         return found
 
     def wait_dialog(self, caption):
-        return self.wait(lambda: next((d for d in self.dialogs() if d.caption == caption), None),
-                         f"the dialog {caption!r}")
+        return self.wait(lambda: next((d for d in self.dialogs() if d.caption == caption), None), f"a {caption!r}")
 
     def wait_box(self):
         """The first dialog that is not the progress of a run."""
-        return self.wait(lambda: next((d for d in self.dialogs() if d.caption != "Articles"), None),
-                         "a message box")
+        return self.wait(lambda: next((d for d in self.dialogs() if d.caption != "Articles"), None), "a message box")
+
+    def wait_pane(self, number):
+        """The handle of a pane of the frame, once it is the one that shows."""
+        def shown():
+            panes = self.items(self.frame)
+            return next((pane.handle for pane in panes if (pane.id, pane.visible) == (str(number), "1")), None)
+        return self.wait(shown, f"the pane {number}")
 
     def press(self, dialog, label, wait=True):
         """Presses a button and waits until its dialog is gone."""
@@ -259,31 +200,44 @@ class Program:
         if wait:
             self.wait_gone(dialog)
 
+    def answer(self, caption, button="OK"):
+        """Answers the box with this caption; returns its text."""
+        box = self.wait_dialog(caption)
+        self.press(box, button)
+        return box.text
+
     def wait_gone(self, dialog):
         wait_until(lambda: all(d.handle != dialog.handle for d in self.dialogs()), f"{dialog.caption!r} to close")
+
+    def click(self, dialog, number):
+        button = self.item(dialog.handle, number)
+        if button.enabled != "1":
+            raise AssertionError(f"{dialog.caption!r} has its button {number} disabled")
+        self.bench.order("post", button.handle, BM_CLICK, 0, 0)
 
     def set_text(self, dialog, number, text):
         self.bench.order("text", self.item(dialog.handle, number).handle, text)
 
     def check(self, dialog, number):
-        self.bench.order("send", self.item(dialog.handle, number).handle, BM_SETCHECK, 1, 0)
+        self.send(self.item(dialog.handle, number).handle, BM_SETCHECK, 1)
 
     def is_enabled(self, window):
         return next(line[2] for line in self.bench.order("windows") if line[0] == window) == "1"
 
-    def key(self, window, code):
-        self.bench.order("post", window, WM_KEYDOWN, code, 0)
+    def key(self, window, *codes):
+        for code in codes:
+            self.bench.order("post", window, WM_KEYDOWN, code, 0)
 
     def send(self, window, message, first=0, second=0):
         return int(self.bench.order("send", window, message, first, second)[0][0])
 
-    # What a user does.
-
-    def command(self, number):
-        self.bench.order("post", self.frame, WM_COMMAND, number, 0)
+    # The rows of a list: of the frame's, which shows the groups, or of the one in a dialog.
 
     def group_list(self):
         return self.item(self.frame, 101).handle
+
+    def list_of(self, dialog):
+        return next(item.handle for item in self.items(dialog.handle) if item.kind == "SysListView32")
 
     def rows(self):
         return self.bench.order("rows", self.group_list())
@@ -293,6 +247,25 @@ class Program:
         with contextlib.suppress(AssertionError):
             wait_until(lambda: self.rows() == expected, "rows")
         return self.rows()
+
+    def shows(self, dialog):
+        return [row[0] for row in self.bench.order("rows", self.list_of(dialog))]
+
+    def await_rows(self, dialog, names):
+        """In any order: how capitals and signs sort is the system's affair."""
+        wait_until(lambda: sorted(self.shows(dialog)) == sorted(names), f"the rows {names}")
+
+    def double_click(self, dialog, name):
+        handle, row = self.list_of(dialog), self.shows(dialog).index(name)
+        self.send(handle, LVM_ENSUREVISIBLE, row)
+        x, y = map(int, self.bench.order("place", handle, row)[0])
+        for message in DOUBLE_CLICK:
+            self.bench.order("post", handle, message, 0, y << 16 | x)
+
+    # What a user does.
+
+    def command(self, number):
+        self.bench.order("post", self.frame, WM_COMMAND, number, 0)
 
     def get_articles(self):
         """A whole run; returns what the box at its end said."""

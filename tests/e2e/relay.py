@@ -10,27 +10,30 @@ import inn
 
 
 class Relay:
+    """Listens at `port` and passes everything on to 127.0.0.1:target."""
+
     def __init__(self, target):
-        """Listens at `port` and passes everything on to 127.0.0.1:target."""
         self.target = target
         self.sent = []  # command lines, all connections together
         self.connections = 0
-        self.held = threading.Event()
-        self._awaited, self._release = None, threading.Event()
+        self.held, self._release, self.rung = threading.Event(), threading.Event(), threading.Event()
+        self._awaited = self._alarm = None
         self._nameless = False
-        self.rung = threading.Event()
-        self._passed, self._alarm = 0, None
+        self._sockets = []
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
-        self._sockets = []
-        threading.Thread(target=self._accept, daemon=True).start()
+        self._start(self._accept)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        self.hang_up()
         self._end(self._listener)
+        self.hang_up()
+
+    @staticmethod
+    def _start(job, *ends):
+        threading.Thread(target=job, args=ends, daemon=True).start()
 
     @staticmethod
     def _end(end):
@@ -39,13 +42,11 @@ class Relay:
         end.close()
 
     def hold(self, command, ahead=False):
-        """The next such command line stays here until release(); `held` is set while it does. The program waits two
-        minutes for it, and only 10 seconds when it sends commands `ahead`: which it does once a reply has named its
-        article."""
-        self._nameless = not ahead
+        """The next such command line stays here until release(). The program waits two minutes for it, and only 10
+        seconds when it sends commands `ahead`: which it does once a reply has named its article."""
         self.held.clear()
         self._release.clear()
-        self._awaited = command
+        self._awaited, self._nameless = command, not ahead
 
     def wait_held(self):
         if not self.held.wait(inn.WAIT):
@@ -62,13 +63,7 @@ class Relay:
         """`rung` is set once `count` more bytes of replies have gone to the program. Until then they go in small
         pieces, so that the program is at work on one of the last when it rings."""
         self.rung.clear()
-        self._passed, self._alarm = 0, count
-
-    def _count(self, size):
-        self._passed += size
-        if self._alarm is not None and self._passed >= self._alarm:
-            self._alarm = None
-            self.rung.set()
+        self._alarm = count
 
     def hang_up(self):
         """Ends every connection on both sides; new ones are served as before."""
@@ -85,8 +80,8 @@ class Relay:
                 self._sockets += [client, server]
                 for end in (client, server):
                     end.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-                for job, ends in ((self._commands, (client, server)), (self._replies, (server, client))):
-                    threading.Thread(target=job, args=ends, daemon=True).start()
+                self._start(self._commands, client, server)
+                self._start(self._replies, server, client)
 
     def _commands(self, client, server):
         with contextlib.suppress(OSError, ValueError):
@@ -102,8 +97,11 @@ class Relay:
     def _replies(self, server, client):
         with contextlib.suppress(OSError):
             inn.answer_at_once(server)
-            while data := server.recv(65536 if self._alarm is None else 512):
+            while data := server.recv(512 if self._alarm else 65536):
                 client.sendall(b"221 0" + data[4:] if self._nameless and data.startswith(b"221 ") else data)
-                self._count(len(data))
                 inn.answer_at_once(server)
+                if self._alarm:
+                    self._alarm = max(self._alarm - len(data), 0)
+                    if not self._alarm:
+                        self.rung.set()
             client.shutdown(socket.SHUT_WR)

@@ -15,25 +15,20 @@ DONE = ("Disconnect", "ダウンロードが終了しました。")
 class Scenario(unittest.TestCase):
     """One news server and one bench for all tests of a class; a data folder and programs for each test."""
     groups = ()  # newsgroups that the server has
-    logins = None  # pairs of user and password, when it asks for them
 
     @classmethod
     def setUpClass(cls):
-        build, executable, drive = cls.arguments
-        cls.bench = program.Bench(build, executable, drive)
-        cls.addClassCleanup(cls.bench.close)
-        cls.server = inn.NewsServer(cls.bench.build / "inn", cls.groups, cls.logins)
-        cls.addClassCleanup(cls.server.stop)
+        cls.bench = program.Bench(*cls.arguments)
+        cls.addClassCleanup(lambda: cls.bench.close())
+        cls.server = cls.enterClassContext(inn.NewsServer(cls.bench.build / "inn", cls.groups))
 
     def setUp(self):
-        self.failure = "failed_" + self._testMethodName
-        (self.bench.screens / f"{self.failure}.png").unlink(missing_ok=True)
         self.relay = self.enterContext(relay.Relay(self.server.port))
 
     def tearDown(self):
         result = self._outcome.result
         if any(test is self for test, _ in result.failures + result.errors):
-            self.bench.picture(self.failure)
+            self.bench.picture("failed_" + self._testMethodName)
 
     def folder(self, groups, limit=1000, **settings):
         """A data folder subscribed to `groups`, with settings that lead to the server through self.relay."""
@@ -41,20 +36,23 @@ class Scenario(unittest.TestCase):
         self.addCleanup(folder.remove)
         return folder
 
-    def start(self):
-        started = program.Program(self.bench)
+    def start(self, bench=None, **opens):
+        started = program.Program(bench or self.bench, **opens)
         self.addCleanup(started.end)
         return started
 
-    def expect_run(self, groups, limit=1000):
+    def expect_run(self, groups, limit=1000, login=None):
         """Takes the oracle's groups through a run."""
-        with self.server.reader() as client:
+        with self.server.reader(login) as client:
             for group in groups:
                 group.run(client, limit)
 
-    def assert_rows(self, running, groups):
+    def assert_state(self, running, folder, groups, why=""):
+        """The rows and every byte of the files are what the oracle says."""
         expected = [group.row() for group in groups]
-        self.assertEqual(running.wait_rows(expected), expected)
+        self.assertEqual(running.wait_rows(expected), expected, f"{why}; {running.dialogs()}")
+        for group in groups:
+            self.assert_files(folder, group, why)
 
     def assert_files(self, folder, group, why=""):
         self.assert_bytes(folder.read(group.name + ".log"), group.log, f"{group.name}.log {why}")

@@ -58,34 +58,6 @@ TEST_F(FileTest, BehavesLikePlainMemory) {
     }
 }
 
-TEST_F(FileTest, LinesAreReadToTheFilesEnd) {
-    const std::string x1021(1021, 'x');
-    const struct {
-        const char* why;
-        std::string bytes;
-        bool cut;
-        std::vector<std::string> lines;
-        DWORD end;
-    } rows[] = {
-        {"lines with their ends", "a\r\n\r\nb\r\n", false, {"a\r\n", "\r\n", "b\r\n"}, 38},
-        {"the last line lacks its end", "a\r\nb", true, {"a", "b"}, 38},
-        {"1023 bytes fit", x1021 + "\r\nb", true, {x1021, "b"}, 38},
-        {"1024 bytes do not", "a\r\n" + x1021 + "x\r\nb", true, {"a"}, 234},
-        {"1024 bytes at the end do not", x1021 + "xxx", false, {}, 234},
-    };
-    for (const auto& row : rows) {
-        folder.Write(L"f", row.bytes);
-        DataFile file;
-        ASSERT_TRUE(Open(file, FileMode::kRead));
-        std::vector<std::string> lines;
-        char line[1024];
-        while (ReadLine(file, line, sizeof line, row.cut))
-            lines.emplace_back(line);
-        EXPECT_EQ(GetLastError(), row.end) << row.why;
-        EXPECT_EQ(lines, row.lines) << row.why;
-    }
-}
-
 TEST_F(FileTest, WhatCouldNotBeWrittenIsForgotten) {
     folder.Write(L"f", "old");
     DataFile file;

@@ -15,19 +15,9 @@ using DWORD = uint32_t;
 using LONG = int32_t;
 using UINT = unsigned;
 using SIZE_T = std::size_t;
-using HANDLE = void*;
-using HKEY = void*;
-using HWND = void*;
-using HFONT = void*;
-using HDC = void*;
-using HBITMAP = void*;
 using SECURITY_ATTRIBUTES = void;
 using OVERLAPPED = void;
-using HGDIOBJ = void*;
-using HIMAGELIST = void*;
-using HWND = void*;
-using HMENU = void*;
-using HHOOK = void*;
+typedef void *HANDLE, *HKEY, *HWND, *HFONT, *HDC, *HBITMAP, *HGDIOBJ, *HIMAGELIST, *HMENU, *HHOOK, *HINSTANCE;
 #define WINAPI
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~uintptr_t{0});
@@ -117,7 +107,6 @@ inline uint16_t htons(uint16_t port) {
 }
 
 // Windows, for headers that name them.
-using HINSTANCE = void*;
 struct MSG;
 constexpr UINT MB_ICONERROR = 16;
 int wsprintfW(wchar_t* text, const wchar_t* format, ...);
@@ -131,7 +120,6 @@ BOOL DestroyWindow(HWND);
 LONG RegCloseKey(HKEY);
 BOOL DeleteObject(HANDLE);
 BOOL DeleteDC(HDC);
-BOOL SetEvent(HANDLE);
 HDC GetDC(HWND);
 int ReleaseDC(HWND, HDC);
 HGDIOBJ SelectObject(HDC, HGDIOBJ);

@@ -1,0 +1,26 @@
+// Filling a list that shows.
+#pragma once
+
+#include "platform/platform.h"
+
+// While it lives, a window that is on the screen is not drawn, which costs a list more than its rows do; then
+// it is drawn whole. One that is not seen would come into sight at the end, so it is left alone. The last
+// error survives.
+class DrawingPause {
+  public:
+    explicit DrawingPause(HWND window) : window_(IsWindowVisible(window) ? window : nullptr) {
+        if (window_) SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+    }
+    ~DrawingPause() {
+        if (!window_) return;
+        const DWORD error = GetLastError();
+        SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(window_, nullptr, TRUE);
+        SetLastError(error);
+    }
+    DrawingPause(const DrawingPause&) = delete;
+    DrawingPause& operator=(const DrawingPause&) = delete;
+
+  private:
+    HWND window_;
+};

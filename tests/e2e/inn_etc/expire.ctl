@@ -1,0 +1,2 @@
+/remember/:10
+*:A:1:never:never
