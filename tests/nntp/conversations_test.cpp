@@ -237,6 +237,7 @@ class Conversation {
         Server server(steps_, harm, at, Number("piece", kBuffer));
         machine.largestBlock = 0;
         machine.fault = Fault();
+        RefuseDialogs(!harm.empty() && !Has("list"));
         const std::size_t held = HeldByProgram();
         const ::Outcome outcome = Has("list")
                                       ? FetchList(L"127.0.0.1")
