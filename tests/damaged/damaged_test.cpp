@@ -9,7 +9,6 @@
 #include "store/group_changes.h"
 #include "store/log.h"
 #include "tests/faults/operations.h"
-#include "tests/faults/user.h"
 #include "tests/support/text_table.h"
 #include "text/convert.h"
 
@@ -32,6 +31,7 @@ std::string Damaged(std::string bytes, const std::string& harm, std::size_t at) 
     if (harm == "flipped") bytes[at] = static_cast<char>(~bytes[at]);
     if (harm == "zero") bytes[at] = '\0';
     if (harm == "doubled") bytes.insert(at, 1, bytes[at]);
+    if (harm == "lengthened") bytes.insert(at, 1100, 'x');
     if (harm == "cut") bytes.resize(at);
     return bytes;
 }
@@ -111,6 +111,8 @@ std::string Evening() {
     report += Change("delete", DeleteRead);
     report += Try("start", Start);
     report += Read();
+    for (const auto& [path, bytes] : machine.storage.files)
+        if (path.back() == L'~') report += " " + Plain(path.substr(kFolder.size())) + " is left";
     return report + "\n";
 }
 

@@ -1,6 +1,6 @@
-// The machine on which the loops run the program: a disk, a registry, a network and memory that a test can
-// look into, set back, and make fail at any call. It stands in the place of the system's calls for all that
-// is linked into the suite, and knows one thread: what the program starts runs when RunThreads is called.
+// The machine on which the loops run the program: a disk, a registry, a network, memory and a user, which a
+// test can look into, set back, and make fail at any call. It stands in the place of the system's calls for all
+// that is linked into the suite, and knows one thread: what the program starts runs when RunThreads is called.
 #pragma once
 
 #include <functional>
@@ -55,3 +55,15 @@ void RunThreads();
 // The data folder, with a backslash at its end, and a file in it.
 extern const std::wstring kFolder;
 std::string& FileOf(const std::wstring& name);
+
+// The user.
+
+// "caption: text" of each message box since the last call, a line each. Boxes are answered with OK.
+std::string TakeBoxes();
+
+// What the user does in the next modal dialog, once it stands and the program's threads have run. The dialog
+// ends when its code ends it.
+void UseNextDialog(std::function<void(HWND)> user);
+
+// No dialog can be made, which saves time; the program goes on without it.
+void RefuseDialogs(bool refuse);

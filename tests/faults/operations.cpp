@@ -10,7 +10,6 @@
 #include "store/index.h"
 #include "subscribe/group_list_dialog.h"
 #include "subscribe/subscribe_dialog.h"
-#include "tests/faults/user.h"
 #include "text/convert.h"
 
 const std::vector<std::wstring> kGroups = {L"fj.a", L"fj.b"};

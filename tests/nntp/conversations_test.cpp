@@ -9,7 +9,6 @@
 #include "store/group_changes.h"
 #include "store/index.h"
 #include "tests/faults/operations.h"
-#include "tests/faults/user.h"
 #include "tests/support/text_table.h"
 #include "text/convert.h"
 #include "text/messages.h"
@@ -238,6 +237,7 @@ class Conversation {
         Server server(steps_, harm, at, Number("piece", kBuffer));
         machine.largestBlock = 0;
         machine.fault = Fault();
+        RefuseDialogs(!harm.empty() && !Has("list"));
         const std::size_t held = HeldByProgram();
         const ::Outcome outcome = Has("list")
                                       ? FetchList(L"127.0.0.1")
