@@ -133,24 +133,21 @@ def rows():
     def refiltered(count):
         device = Counted(group(count) | {"fj.test.flt": keywords})
         device.double_click(test_run.GROUP_VIEW, "fj.test")
-        device.command(test_run.KEYWORDS)
-        device.press(test_run.OK, checked=(test_run.HIGH, 1))
+        test_run.add_keyword(device)
         return device.ended()
 
     yield from differ("re-filtering, 20 keywords", "article", refiltered(large), refiltered(small), large - small)
 
     def marked(count):
         device = Counted(group(count))
-        device.choose("fj.test")
-        device.command(test_run.CATCH_UP)
-        device.press(test_run.OK, checked=(test_run.CATCH_UP_LOCAL, 1))
+        test_run.catch_up(device, "fj.test")
         return device.ended()
 
     yield from differ("marking all read", "article", marked(large), marked(small), large - small)
 
     def deleted(count):
         device = Counted(group(count, read=lambda number: number % 2))
-        device.command(test_run.DELETE_READ)
+        test_run.delete_read(device)
         return device.ended()
 
     yield from differ("deleting every second", "article", deleted(large), deleted(small), large - small)

@@ -203,6 +203,8 @@ void CheckGroup(const Group& group, bool done, uint32_t limit) {
     if (!done) return;
     Require(store.header.serverLast == LastOf(group) && store.header.lastFetched <= LastOf(group),
             "the header knows where its own group ends");
+    Require(store.header.lastFetched == LastOf(group) || store.header.recordCount == limit,
+            "only the limit ends it before its last number");
     CheckPassedOver(group, next, store.header.lastFetched + 1);
 }
 
