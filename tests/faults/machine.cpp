@@ -333,16 +333,34 @@ BOOL WINAPI DestroyHeap(HANDLE heap) {
 
 }  // namespace
 
+namespace {
+
+// The test's own texts may hold the secret.
+void LookForSecret(void* block) {
+    if (machine.secret.empty() || !held.count(block)) return;
+    std::string wide;
+    for (const char byte : machine.secret)
+        wide.append({byte, '\0'});
+    const std::string_view bytes(static_cast<char*>(block), _msize(block));
+    machine.secretsFreed += bytes.find(machine.secret) != bytes.npos || bytes.find(wide) != bytes.npos;
+}
+
+}  // namespace
+
 extern "C" {
 void* __wrap_malloc(std::size_t size) {
-    return IsRefused(size) ? nullptr : Note(__real_malloc(size), nullptr);
+    void* block = IsRefused(size) ? nullptr : __real_malloc(size);
+    if (block && !machine.secret.empty()) std::memset(block, 0, size);
+    return block ? Note(block, nullptr) : nullptr;
 }
 void* __wrap_realloc(void* block, std::size_t size) {
     if (IsRefused(size)) return nullptr;
+    LookForSecret(block);
     void* grown = __real_realloc(block, size);
     return grown ? Note(grown, block) : nullptr;
 }
 void __wrap_free(void* block) {
+    LookForSecret(block);
     Note(nullptr, block);
     __real_free(block);
 }
