@@ -59,11 +59,7 @@ void CheckFinished(std::string_view stream, std::size_t capacity, std::size_t pi
     Require(std::string_view(assembled.buffer.get(), assembled.line.length) == found.bytes,
             "a line holds exactly the stream's bytes");
     FinishLine(assembled.line, cut);
-    std::string_view expected = found.bytes;
-    if (cut && !expected.empty() && expected.back() == '\n') {
-        expected.remove_suffix(1);
-        if (!expected.empty() && expected.back() == '\r') expected.remove_suffix(1);
-    }
+    const std::string_view expected = cut ? WithoutLineEnd(found.bytes) : found.bytes;
     Require(assembled.line.length == expected.size(), "cutting takes the line end and nothing else");
     Require(assembled.buffer[expected.size()] == '\0', "a finished line is terminated");
 }

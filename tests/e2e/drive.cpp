@@ -4,11 +4,12 @@
 // longer than kPatience for the other side.
 //
 //   windows                     visible top-level windows of the program, the topmost first: handle, class,
-//   enabled,
-//                               caption
+//                               enabled, caption
 //   items WINDOW                its children: handle, id, class, enabled, visible, text
+//   dump                        the visible windows with all that is in them, for people to read
 //   rows LIST                   a report list's rows, one field a column, left to right
 //   place LIST ROW              the middle of a row's text, in the list: x, y
+//   area WINDOW                 its edges on the screen: left, top, right, bottom
 //   post WINDOW MSG W L         PostMessage
 //   send WINDOW MSG W L         SendMessage; answers the result
 //   text WINDOW TEXT            WM_SETTEXT
@@ -22,6 +23,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -129,26 +131,78 @@ BOOL CALLBACK ListChild(HWND window, LPARAM) {
     return TRUE;
 }
 
-// Memory within the program, for messages whose pointers only its own process understands.
-struct ForeignMemory {
-    HANDLE process = nullptr;
-    char* address = nullptr;
-    static constexpr size_t kSize = 8192;
+// A function for the program to call in its own process: the system speaks of menus, icons and fonts only to
+// the process that they belong to.
+struct Errand {
+    void(WINAPI* sleep)(DWORD);
+    UINT_PTR(WINAPI* function)(UINT_PTR, UINT_PTR, UINT_PTR, UINT_PTR);
+    UINT_PTR arguments[4], result;
+    LONG due;
+};
 
-    explicit ForeignMemory(HWND window) {
-        DWORD id = 0;
-        GetWindowThreadProcessId(window, &id);
-        process = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE, id);
-        if (process)
-            address = static_cast<char*>(VirtualAllocEx(process, nullptr, kSize, MEM_COMMIT, PAGE_READWRITE));
+// Copied into the program, so it may name nothing of this one's.
+DWORD WINAPI RunErrands(void* parameter) {
+    for (volatile Errand& errand = *static_cast<volatile Errand*>(parameter);;) {
+        while (!errand.due)
+            errand.sleep(1);
+        errand.result = errand.function(errand.arguments[0], errand.arguments[1], errand.arguments[2],
+                                        errand.arguments[3]);
+        errand.due = 0;
     }
-    ~ForeignMemory() {
-        if (address) VirtualFreeEx(process, address, 0, MEM_RELEASE);
-        if (process) CloseHandle(process);
+}
+
+// Memory within the program, for messages whose pointers only its own process understands, and a thread that
+// runs errands there. They stay until the program ends: Wine's programs hang now and then when threads and
+// memory come and go from outside.
+struct ForeignMemory {
+    DWORD id = 0;
+    HANDLE process = nullptr;  // while it is open, no other process gets the id
+    char* address = nullptr;
+    static constexpr size_t kSize = 8192, kErrandAt = 6144, kCodeAt = 7168, kCodeSize = 512;
+
+    explicit ForeignMemory(DWORD owner) : id(owner), process(OpenProcess(PROCESS_ALL_ACCESS, FALSE, owner)) {
+        const Errand none = {Sleep, nullptr, {}, 0, 0};
+        void* room = VirtualAllocEx(process, nullptr, kSize, MEM_COMMIT, PAGE_EXECUTE_READWRITE);
+        address = static_cast<char*>(room);
+        if (!room || !Write(&none, sizeof none, kErrandAt) ||
+            !Write(reinterpret_cast<const void*>(RunErrands), kCodeSize, kCodeAt))
+            return;
+        CloseHandle(CreateRemoteThread(process, nullptr, 0,
+                                       reinterpret_cast<LPTHREAD_START_ROUTINE>(At(kCodeAt)),
+                                       address + kErrandAt, 0, nullptr));
     }
+    ~ForeignMemory() { CloseHandle(process); }
     ForeignMemory(const ForeignMemory&) = delete;
     ForeignMemory& operator=(const ForeignMemory&) = delete;
+
+    bool Write(const void* data, size_t size, size_t offset = 0) const {
+        return WriteProcessMemory(process, address + offset, data, size, nullptr) != 0;
+    }
+    bool Read(void* data, size_t size, size_t offset = 0) const {
+        return ReadProcessMemory(process, address + offset, data, size, nullptr) != 0;
+    }
+    UINT_PTR At(size_t offset) const { return reinterpret_cast<UINT_PTR>(address + offset); }
+
+    // The system's libraries have the same place in each process.
+    template <class Function>
+    UINT_PTR Call(Function* function, UINT_PTR a, UINT_PTR b = 0, UINT_PTR c = 0, UINT_PTR d = 0) const {
+        Errand errand = {Sleep, nullptr, {a, b, c, d}, 0, 1};
+        errand.function = reinterpret_cast<decltype(errand.function)>(reinterpret_cast<void*>(function));
+        if (!Write(&errand, sizeof errand, kErrandAt)) return 0;
+        for (const DWORD start = GetTickCount(); errand.due && GetTickCount() - start < kPatience; Sleep(1)) {
+            if (!Read(&errand, sizeof errand, kErrandAt)) return 0;
+        }
+        return errand.result;
+    }
 };
+
+const ForeignMemory& MemoryOf(HWND window) {
+    static std::unique_ptr<ForeignMemory> memory;
+    DWORD id = 0;
+    GetWindowThreadProcessId(window, &id);
+    if (!memory || memory->id != id) memory = std::make_unique<ForeignMemory>(id);
+    return *memory;
+}
 
 bool Cell(const ForeignMemory& memory, HWND list, int row, int column, std::string* out) {
     wchar_t text[2048] = L"";
@@ -157,18 +211,17 @@ bool Cell(const ForeignMemory& memory, HWND list, int row, int column, std::stri
     item.cchTextMax = 2048;
     item.pszText = reinterpret_cast<wchar_t*>(memory.address + sizeof item);
     DWORD_PTR length = 0;
-    const bool read = WriteProcessMemory(memory.process, memory.address, &item, sizeof item, nullptr) &&
+    const bool read = memory.Write(&item, sizeof item) &&
                       Ask(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
                           reinterpret_cast<LPARAM>(memory.address), &length) &&
-                      ReadProcessMemory(memory.process, memory.address + sizeof item, text,
-                                        (length < 2047 ? length : 2047) * sizeof(wchar_t), nullptr);
+                      memory.Read(text, (length < 2047 ? length : 2047) * sizeof(wchar_t), sizeof item);
     *out = Utf8(text);
     return read;
 }
 
 bool Rows(HWND list) {
     DWORD_PTR rows = 0, header = 0, columns = 0;
-    const ForeignMemory memory(list);
+    const ForeignMemory& memory = MemoryOf(list);
     if (!memory.address || !Ask(list, LVM_GETITEMCOUNT, 0, 0, &rows) ||
         !Ask(list, LVM_GETHEADER, 0, 0, &header) ||
         !Ask(reinterpret_cast<HWND>(header), HDM_GETITEMCOUNT, 0, 0, &columns)) {
@@ -187,15 +240,238 @@ bool Rows(HWND list) {
 bool Place(HWND list, int row) {
     RECT place = {LVIR_LABEL, 0, 0, 0};
     DWORD_PTR found = 0;
-    const ForeignMemory memory(list);
-    if (!memory.address ||
-        !WriteProcessMemory(memory.process, memory.address, &place, sizeof place, nullptr) ||
+    const ForeignMemory& memory = MemoryOf(list);
+    if (!memory.address || !memory.Write(&place, sizeof place) ||
         !Ask(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(memory.address),
              &found) ||
-        !found || !ReadProcessMemory(memory.process, memory.address, &place, sizeof place, nullptr)) {
+        !found || !memory.Read(&place, sizeof place)) {
         return false;
     }
     Answer({std::to_string((place.left + place.right) / 2), std::to_string((place.top + place.bottom) / 2)});
+    return true;
+}
+
+// The dump. Handles stay out of it: it is to be the same every time.
+
+constexpr size_t kTextAt = 1024;  // behind a record in ForeignMemory
+
+LONG_PTR Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    DWORD_PTR result = 0;
+    return Ask(window, message, wParam, lParam, &result) ? static_cast<LONG_PTR>(result) : -1;
+}
+
+void Say(int depth, const std::string& line) {
+    Answer({std::string(static_cast<size_t>(depth) * 2, ' ') + line});
+}
+
+template <class Number>
+std::string Decimal(const char* name, Number value) {
+    return std::string(" ") + name + " " + std::to_string(value);
+}
+
+std::string Hex(const char* name, LONG_PTR value) {
+    char digits[24];
+    std::snprintf(digits, sizeof digits, " %s %X", name, static_cast<unsigned>(value));
+    return digits;
+}
+
+std::string Quoted(const std::string& text) {
+    return " \"" + text + "\"";
+}
+
+// Has the window fill in a record of its own process, with room for a text behind it.
+template <class Record>
+std::string AskText(const ForeignMemory& memory, HWND window, UINT message, LONG_PTR index, Record& record) {
+    wchar_t text[1024] = L"";
+    record.pszText = reinterpret_cast<wchar_t*>(memory.address + kTextAt);
+    record.cchTextMax = 1024;
+    (void)(memory.Write(text, sizeof text, kTextAt) && memory.Write(&record, sizeof record));
+    Ask(window, message, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(memory.address));
+    (void)(memory.Read(&record, sizeof record) && memory.Read(text, sizeof text, kTextAt));
+    return Quoted(Utf8(text));
+}
+
+void DumpHeader(const ForeignMemory& memory, HWND header, int depth) {
+    const LONG_PTR count = Ask(header, HDM_GETITEMCOUNT);
+    for (LONG_PTR i = 0; i < count; ++i) {
+        HDITEMW item = {};
+        item.mask = HDI_TEXT | HDI_WIDTH | HDI_FORMAT;
+        const std::string text = AskText(memory, header, HDM_GETITEMW, i, item);
+        Say(depth, "column" + text + Decimal("width", item.cxy) + Hex("format", item.fmt));
+    }
+}
+
+void DumpRows(const ForeignMemory& memory, HWND list, int depth) {
+    const auto header = reinterpret_cast<HWND>(Ask(list, LVM_GETHEADER));
+    const LONG_PTR rows = Ask(list, LVM_GETITEMCOUNT), columns = Ask(header, HDM_GETITEMCOUNT);
+    for (LONG_PTR row = 0; row < rows; ++row) {
+        LVITEMW item = {};
+        item.mask = LVIF_TEXT | LVIF_IMAGE | LVIF_STATE;
+        item.stateMask = static_cast<UINT>(-1);
+        item.iItem = static_cast<int>(row);
+        std::string cells = AskText(memory, list, LVM_GETITEMW, 0, item);
+        for (int column = 1; column < columns; ++column) {
+            std::string cell;
+            (void)Cell(memory, list, static_cast<int>(row), column, &cell);
+            cells += Quoted(cell);
+        }
+        Say(depth, "row" + cells + Decimal("image", item.iImage) +
+                       (item.state & LVIS_SELECTED ? " selected" : "") +
+                       (item.state & LVIS_FOCUSED ? " focused" : ""));
+    }
+}
+
+void DumpTree(const ForeignMemory& memory, HWND tree, LONG_PTR item, int depth) {
+    for (; item; item = Ask(tree, TVM_GETNEXTITEM, TVGN_NEXT, item)) {
+        TVITEMW record = {};
+        record.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_CHILDREN;
+        record.hItem = reinterpret_cast<HTREEITEM>(item);
+        record.stateMask = static_cast<UINT>(-1);
+        const std::string text = AskText(memory, tree, TVM_GETITEMW, 0, record);
+        Say(depth, "item" + text + Decimal("image", record.iImage) + Decimal("open", record.iSelectedImage) +
+                       (record.cChildren ? " parent" : "") +
+                       (record.state & TVIS_EXPANDED ? " expanded" : "") +
+                       (record.state & TVIS_SELECTED ? " selected" : ""));
+        DumpTree(memory, tree, Ask(tree, TVM_GETNEXTITEM, TVGN_CHILD, item), depth + 1);
+    }
+}
+
+void DumpTabs(const ForeignMemory& memory, HWND tabs, int depth) {
+    const LONG_PTR count = Ask(tabs, TCM_GETITEMCOUNT), shown = Ask(tabs, TCM_GETCURSEL);
+    for (LONG_PTR i = 0; i < count; ++i) {
+        TCITEMW item = {};
+        item.mask = TCIF_TEXT;
+        Say(depth, "tab" + AskText(memory, tabs, TCM_GETITEMW, i, item) + (i == shown ? " selected" : ""));
+    }
+}
+
+void DumpChoices(HWND combo, int depth) {
+    const LONG_PTR count = Ask(combo, CB_GETCOUNT), chosen = Ask(combo, CB_GETCURSEL);
+    for (LONG_PTR i = 0; i < count; ++i) {
+        wchar_t text[1024] = L"";
+        Ask(combo, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(text));
+        Say(depth, "choice" + Quoted(Utf8(text)) + (i == chosen ? " selected" : ""));
+    }
+}
+
+void DumpMenu(const ForeignMemory& memory, HWND popup, int depth) {
+    constexpr UINT kGetMenu = 0x1E1;  // MN_GETHMENU
+    const auto menu = static_cast<UINT_PTR>(Ask(popup, kGetMenu));
+    const UINT_PTR count = memory.Call(GetMenuItemCount, menu);
+    for (UINT_PTR i = 0; i < count; ++i) {
+        wchar_t text[256] = L"";
+        MENUITEMINFOW item = {};
+        item.cbSize = sizeof item;
+        item.fMask = MIIM_STRING | MIIM_STATE | MIIM_ID | MIIM_FTYPE;
+        item.dwTypeData = reinterpret_cast<wchar_t*>(memory.address + kTextAt);
+        item.cch = 256;
+        (void)(memory.Write(text, sizeof text, kTextAt) && memory.Write(&item, sizeof item));
+        memory.Call(GetMenuItemInfoW, menu, i, TRUE, memory.At(0));
+        (void)(memory.Read(&item, sizeof item) && memory.Read(text, sizeof text, kTextAt));
+        Say(depth, item.fType & MFT_SEPARATOR ? "separator"
+                                              : "item" + Quoted(Utf8(text)) + Decimal("command", item.wID) +
+                                                    (item.fState & MFS_CHECKED ? " checked" : "") +
+                                                    (item.fState & MFS_GRAYED ? " grey" : "") +
+                                                    (item.fState & MFS_HILITE ? " selected" : ""));
+    }
+}
+
+std::string IconOf(const ForeignMemory& memory, HWND label) {
+    const auto icon = static_cast<UINT_PTR>(Ask(label, STM_GETICON));
+    const char* const names[] = {"stop", "question", "exclamation", "information"};
+    for (UINT_PTR i = 0; icon && i < 4; ++i) {
+        constexpr UINT_PTR kFirst = 32513;  // IDI_ERROR
+        if (memory.Call(LoadIconW, 0, kFirst + i) == icon) return std::string(" icon ") + names[i];
+    }
+    return icon ? " icon of its own" : "";
+}
+
+std::string FontOf(const ForeignMemory& memory, HWND window) {
+    LOGFONTW font = {};
+    const UINT_PTR handle = memory.Call(SendMessageW, reinterpret_cast<UINT_PTR>(window), WM_GETFONT);
+    memory.Call(GetObjectW, handle, sizeof font, memory.At(0));
+    if (!handle || !memory.Read(&font, sizeof font)) return "";
+    return " font " + Utf8(font.lfFaceName) + Decimal("of", font.lfHeight);
+}
+
+std::string ScrollOf(HWND bar) {
+    SCROLLINFO info = {};
+    info.cbSize = sizeof info;
+    info.fMask = SIF_ALL;
+    GetScrollInfo(bar, SB_CTL, &info);
+    return Decimal("from", info.nMin) + Decimal("to", info.nMax) + Decimal("page", info.nPage) +
+           Decimal("at", info.nPos);
+}
+
+std::string EditOf(HWND edit) {
+    const LONG_PTR selection = Ask(edit, EM_GETSEL);
+    return Decimal("limit", Ask(edit, EM_GETLIMITTEXT)) + (Ask(edit, EM_GETPASSWORDCHAR) ? " secret" : "") +
+           Decimal("selection", LOWORD(selection)) + Decimal("to", HIWORD(selection));
+}
+
+std::string StateOf(const ForeignMemory& memory, HWND window, const std::string& kind) {
+    if (kind == "Button") return Ask(window, BM_GETCHECK) ? " checked" : "";
+    if (kind == "Edit") return EditOf(window);
+    if (kind == "Static") return IconOf(memory, window);
+    if (kind == "ScrollBar") return ScrollOf(window);
+    if (kind == "msctls_progress32")
+        return Decimal("from", Ask(window, PBM_GETRANGE, TRUE)) + Decimal("to", Ask(window, PBM_GETRANGE)) +
+               Decimal("at", Ask(window, PBM_GETPOS));
+    if (kind == "SysListView32") return Hex("extended", Ask(window, LVM_GETEXTENDEDLISTVIEWSTYLE));
+    if (kind == "SysHeader32") return FontOf(memory, window);
+    if (kind == "#32770") return FontOf(memory, window);
+    if (kind == Utf8(kFrameClass))
+        return std::string(Ask(window, WM_GETICON, ICON_SMALL) ? " small icon" : "") +
+               (Ask(window, WM_GETICON, ICON_BIG) ? " large icon" : "");
+    return "";
+}
+
+void DumpContents(HWND window, const std::string& kind, int depth) {
+    const ForeignMemory& memory = MemoryOf(window);
+    if (kind == "SysHeader32") DumpHeader(memory, window, depth);
+    if (kind == "SysListView32") DumpRows(memory, window, depth);
+    if (kind == "SysTreeView32") DumpTree(memory, window, Ask(window, TVM_GETNEXTITEM, TVGN_ROOT), depth);
+    if (kind == "SysTabControl32") DumpTabs(memory, window, depth);
+    if (kind == "ComboBox") DumpChoices(window, depth);
+    if (kind == "#32768") DumpMenu(memory, window, depth);
+}
+
+// Class, id, text, place in its parent, style without what the words behind it say.
+void DumpWindow(HWND window, int depth) {
+    const LONG style = GetWindowLongW(window, GWL_STYLE);
+    const std::string kind = ClassOf(window);
+    GUITHREADINFO thread = {};
+    thread.cbSize = sizeof thread;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+    RECT area = {};
+    GetWindowRect(window, &area);
+    MapWindowPoints(nullptr, depth ? GetParent(window) : nullptr, reinterpret_cast<POINT*>(&area), 2);
+    std::string line =
+        kind + (depth ? " " + std::to_string(static_cast<short>(GetDlgCtrlID(window))) : "") +
+        (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON ? "" : Quoted(TextOf(window))) +
+        Decimal("at", area.left) + "," + std::to_string(area.top) + Decimal("size", area.right - area.left) +
+        "x" + std::to_string(area.bottom - area.top) + Hex("style", style & ~(WS_VISIBLE | WS_DISABLED)) +
+        StateOf(MemoryOf(window), window, kind) + (style & WS_DISABLED ? " disabled" : "") +
+        (thread.hwndFocus == window ? " focus" : "") + (GetForegroundWindow() == window ? " front" : "");
+    if (!(style & WS_VISIBLE)) return Say(depth, line + " hidden");
+    Say(depth, line);
+    DumpContents(window, kind, depth + 1);
+    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+        DumpWindow(child, depth + 1);
+}
+
+BOOL CALLBACK DumpTop(HWND window, LPARAM) {
+    const std::string name = ClassOf(window);
+    if (IsWindowVisible(window) && (name == Utf8(kFrameClass) || name == "#32770" || name == "#32768"))
+        DumpWindow(window, 0);
+    return TRUE;
+}
+
+bool Area(HWND window) {
+    RECT area = {};
+    if (!GetWindowRect(window, &area)) return false;
+    Answer({std::to_string(area.left), std::to_string(area.top), std::to_string(area.right),
+            std::to_string(area.bottom)});
     return true;
 }
 
@@ -235,8 +511,10 @@ bool Obey(Fields order) {
         EnumChildWindows(Window(order[1]), ListChild, 0);
         return true;
     }
+    if (name == "dump") return EnumWindows(DumpTop, 0) != 0;
     if (name == "rows") return Rows(Window(order[1]));
     if (name == "place") return Place(Window(order[1]), static_cast<int>(Number(order[2])));
+    if (name == "area") return Area(Window(order[1]));
     if (name == "send") return Send(order);
     if (name == "post") {
         return PostMessageW(Window(order[1]), static_cast<UINT>(Number(order[2])),

@@ -1,0 +1,334 @@
+"""Walks through the program's windows as a user does, and compares all that they show with windows.txt.
+
+windows.txt is script and expectation in one, to be read by people:
+
+    # what happens
+    > an action of class Windows below, with its arguments
+    what the windows show then: whole when they are new, else what went (-) and what came (+)
+
+PELNOR_ACCEPT=1 writes what it found into windows.txt. Read every line of the difference before you keep it."""
+
+import collections
+import difflib
+import itertools
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import time
+
+import corpus
+import inn
+import program
+import scenario
+from oracle import NONE, SEPARATOR, Group
+
+ACCEPT = bool(os.environ.get("PELNOR_ACCEPT"))
+KEY = r"HKCU\Software\marrowby\Pelnor"
+FACES = "1034"  # the combo box with the fonts that this machine happens to have
+INK = {b"\0\0\0": "#", b"\xff\xff\xff": ".", b"\xf5\xf5\xf5": "."}
+Step = collections.namedtuple("Step", "title actions expected")
+
+
+def read_script(script):
+    steps = []
+    for line in script.read_text("utf-8").splitlines():
+        if line.startswith("# "):
+            steps.append(Step(line, [], []))
+        else:
+            (steps[-1].actions if line.startswith("> ") else steps[-1].expected).append(line)
+    return steps
+
+
+def article(group, number):
+    """Its lines as a log holds them."""
+    text = f"""From: 山田 花子 <hanako@example.jp>
+Newsgroups: {group}
+Subject: 第{number}号 ポケットの中の読書
+Date: Mon, {number % 28 + 1} Dec 2001 10:00:00 +0900
+X-Local-Seq: {number}
+
+本文の一行目です。
+
+> 引用した行です。長いので、狭い画面では次の行に続きます。
+＞ 全角の引用
+""" + "".join(f"line {line}\n" for line in range(number * 5 % 40))
+    return [line.encode("cp932") + b"\r\n" for line in text.split("\n")[:-1]] + [SEPARATOR]
+
+
+class Screen:
+    """What a person sees of a part of the display."""
+
+    def __init__(self, bench):
+        take = ["import", "-display", bench.display, "-window", "root", "-depth", "8", "ppm:-"]
+        shown = subprocess.run(take, check=True, capture_output=True).stdout
+        _, size, _, self.bytes = shown.split(b"\n", 3)
+        self.width = int(size.split()[0])
+
+    def pixel(self, x, y):
+        at = (y * self.width + x) * 3
+        return self.bytes[at:at + 3]
+
+    def drawing(self, left, top, right, bottom):
+        """A character a pixel: '#' black, '.' white or the windows' grey, letters for other colours."""
+        return ["".join(INK.get(self.pixel(x, y)) or "krgybmcw"[sum((byte > 127) << i for i, byte in enumerate(
+            self.pixel(x, y)))] for x in range(left, right)) for y in range(top, bottom)]
+
+    def bands(self, left, top, right, bottom):
+        """Each band of lines with anything on them: where it is, and from where to where each colour goes."""
+        found = []
+        for y in range(top, bottom):
+            colours = {}
+            for x in range(left, right):
+                if self.pixel(x, y) not in INK or self.pixel(x, y) == b"\0\0\0":
+                    colours.setdefault(self.pixel(x, y).hex(), set()).add(x - left)
+            if colours and (not found or found[-1][1] != y - top):
+                found.append([y - top, y - top, {}])
+            for colour, places in colours.items():
+                found[-1][2].setdefault(colour, set()).update(places)
+            if colours:
+                found[-1][1] = y - top + 1
+        return [f"  {start}-{end}:" + "".join(f" {colour} {self.runs(places)}" for colour, places in sorted(inks.items()))
+                for start, end, inks in found]
+
+    @staticmethod
+    def runs(places, gap=12):
+        """Stretches of ink, those that a wide blank parts."""
+        edges = sorted(places)
+        breaks = [0] + [i for i in range(1, len(edges)) if edges[i] - edges[i - 1] > gap] + [len(edges)]
+        return ",".join(f"{edges[a]}-{edges[b - 1]}" for a, b in zip(breaks, breaks[1:]))
+
+
+class Windows(scenario.Scenario):
+    script = pathlib.Path(__file__).with_name("windows.txt")
+    groups = ("fj.test", "fj.pda", "alt.test")
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.server.feed(corpus.articles("fj.test", 3))
+
+    # What the script says.
+
+    def setting(self, name, kind, value):
+        self.bench.order("setting", name, kind, str(self.relay.port) if value == "PORT" else value)
+
+    def start(self):
+        self.running = program.Program(self.bench, (program.FRAME, program.DIALOG))
+        self.addCleanup(self.running.end)
+
+    def start_again(self):
+        second = self.bench.run_wine(self.bench.program)
+        inn.wait_until(lambda: second.poll() is not None, "the second start to end")
+        self.notes.append(f"the second start ended with {second.returncode}")
+
+    def other_program(self):
+        """Comes in front of this one."""
+        self.other = self.bench.run_wine("notepad")
+        self.addCleanup(self.other.kill)
+        inn.wait_until(lambda: not any(line.endswith(" front") for line, in self.bench.order("dump")), "another program")
+
+    def other_ends(self):
+        self.other.kill()
+        self.other.wait()
+
+    def ends(self):
+        self.notes.append(f"the program ended with {self.running.wait_exit()}")
+
+    def keys(self, *names):
+        self.xdotool("key", *names)
+
+    def type(self, text):
+        self.xdotool("type", text.replace("PORT", str(self.relay.port)))
+
+    def click(self, number, x="", y="", times="1"):
+        """On the middle of the child with this id, or at a place in it."""
+        left, top, right, bottom = self.area(number)
+        self.xdotool("mousemove", left + int(x or (right - left) // 2), top + int(y or (bottom - top) // 2),
+                     "click", "--repeat", times, "--delay", "10", "1")
+
+    def double(self, number, x, y):
+        self.click(number, x, y, "2")
+
+    def drag(self, number, x, y, by_x, by_y):
+        left, top, _, _ = self.area(number)
+        self.xdotool("mousemove", left + int(x), top + int(y), "mousedown", "1", "mousemove_relative", "--sync", "--",
+                     by_x, by_y, "mouseup", "1")
+
+    def page(self, number):
+        psm_setcursel = 0x465
+        self.window("12320")
+        self.bench.order("post", self.window("front"), psm_setcursel, number, 0)
+
+    def command(self, number):
+        self.bench.order("post", self.window("frame"), program.WM_COMMAND, number, 0)
+
+    def registry(self):
+        shown = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, check=True,
+                               capture_output=True, encoding="cp932").stdout
+        shown = shown.replace(f"{self.relay.port:#x}", "PORT")
+        self.notes += [line.strip() for line in shown.splitlines() if line.strip()]
+
+    def hold(self, *command):
+        self.relay.hold(" ".join(command))
+
+    def release(self):
+        self.relay.wait_held()
+        self.relay.release()
+
+    def look(self, number, *part):
+        self.looks.append((number, Screen.bands, *map(int, part)))
+
+    def draw(self, number, *part):
+        self.looks.append((number, Screen.drawing, *map(int, part)))
+
+    def write_groups(self):
+        """Two groups to read, one of them long, and one that waits for its first run."""
+        names = ("fj.test", "fj.pda", "alt.test")
+        self.put("group.dat", "\r\n".join(names))
+        for name, count in zip(names, (6, 40, 0)):
+            group = Group(name, status=f"{count}件の記事を取得しました。" if count else "", last_fetched=count or NONE,
+                          server_last=count + 3)
+            for number in range(1, count + 1):
+                group.append(number, article(name, number))
+            for record, flags in zip(group.records, (0, 1, 4, 2, 5, 3)):
+                record.flags = flags
+            (self.folder_path / f"{name}.idx").write_bytes(group.index())
+            (self.folder_path / f"{name}.log").write_bytes(group.log)
+
+    def lose(self, name):
+        (self.folder_path / name).unlink()
+
+    def put(self, name, *words):
+        (self.folder_path / name).write_bytes(" ".join(words).encode().decode("unicode_escape").encode("latin-1"))
+
+    # How it does that.
+
+    def xdotool(self, *words):
+        subprocess.run(["xdotool", *map(str, words)], env=self.bench.environment, check=True)
+
+    def window(self, number):
+        """The handle of the frame, of the topmost window or of the topmost visible child with that id."""
+        def found():
+            windows = self.bench.order("windows")
+            if number in ("frame", "front"):
+                return next((w[0] for w in windows if number == "front" or w[1] == "PelnorMainFrmWnd"), None)
+            items = (program.Item(*item) for window in windows for item in self.bench.order("items", window[0]))
+            return next((item.handle for item in items if item.id == number and item.visible == "1"), None)
+        return inn.wait_until(found, f"window {number}", self.patience)
+
+    def area(self, number):
+        return map(int, self.bench.order("area", self.window(number))[0])
+
+    def observe(self):
+        """The windows, as blocks of lines below the name of each; a page of the settings is one, too."""
+        blocks = {}
+        for line, in self.bench.order("dump"):
+            line = line.replace("\r\n", "|").replace("\n", "|").replace(str(self.relay.port), "PORT")
+            if not line.startswith(" ") or line.startswith("  #32770"):
+                name = line.strip().split(" at ")[0]
+                while name in blocks:
+                    name += "+"
+                block = blocks[name] = []
+            block.append(line)
+        return {name: self.without_faces(block) for name, block in blocks.items()}
+
+    @staticmethod
+    def without_faces(block):
+        """One line for the list of fonts: none twice, none for vertical writing."""
+        at = next((i for i, line in enumerate(block) if line.lstrip().startswith(f"ComboBox {FACES} ")), None)
+        if at is None:
+            return block
+        indent = len(block[at]) - len(block[at].lstrip()) + 2
+        faces = list(itertools.takewhile(lambda line: line.startswith(" " * indent + "choice"), block[at + 1:]))
+        names = [line.split('"')[1] for line in faces]
+        bad = [name for name in names if name.startswith("@") or names.count(name) > 1]
+        chosen = [line for line in faces if line.endswith(" selected")]
+        return block[:at + 1] + chosen + [f"{' ' * indent}bad faces: {bad}"] + block[at + 1 + len(faces):]
+
+    def report(self, now):
+        lines = list(self.notes)
+        for name, block in now.items():
+            before = self.shown.get(name)
+            if before is None:
+                lines += block
+            elif before == block:
+                lines.append(f"{name} as before")
+            elif len(set(before) & set(block)) < len(block) / 2:
+                lines += block
+            else:
+                lines += [line for line in difflib.ndiff(before, block) if line[0] in "-+"]
+        lines += [f"{name} has gone" for name in self.shown if name not in now]
+        for number, view, *part in self.looks:
+            lines += [f"seen of {number}:", *self.seen(number, view, *part)]
+        return lines
+
+    def seen(self, number, view, x=0, y=0, width=None, height=None):
+        try:
+            left, top, right, bottom = self.area(number)
+        except AssertionError as reason:
+            return [str(reason)]
+        return view(Screen(self.bench), left + x, top + y, left + x + width if width else right,
+                    top + y + height if height else bottom)
+
+    def take(self, step):
+        """Acts, and waits until the windows show what is expected; returns what they show in the end."""
+        self.notes, self.looks = [], []
+        for action in step.actions:
+            verb, *words = action[2:].split(" ")
+            try:
+                getattr(self, verb)(*words)
+            except AssertionError as reason:
+                if ACCEPT:
+                    raise
+                self.notes.append(f"{action[2:]}: {reason}")
+        found, since = None, time.monotonic()
+        while found is None or time.monotonic() - since < self.patience:
+            before, now = found, self.observe()
+            found = self.report(now)
+            if found == step.expected:
+                break
+            if found != before:
+                since = time.monotonic()
+            time.sleep(0.02)
+        else:
+            self.patience = 1
+        self.shown = now
+        return found
+
+    def prepare(self):
+        """A card with a folder of news for the drive Y:, and a program that starts there."""
+        card = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-card-"))
+        self.addCleanup(shutil.rmtree, card)
+        self.folder_path = card / "news"
+        for name in ("games", "news"):
+            (card / name).mkdir()
+        drive = self.bench.prefix / "dosdevices" / "y:"
+        drive.unlink(missing_ok=True)
+        drive.symlink_to(card)
+        self.addCleanup(drive.unlink)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(card)
+        self.bench.order("forget")
+
+    def test_the_walk(self):
+        self.prepare()
+        self.patience, self.shown = 0.5 if ACCEPT else 5, {}
+        steps, found = read_script(self.script), []
+        expected = [[step.title] + step.actions + step.expected for step in steps]
+        try:
+            for step in steps:
+                found.append([step.title] + step.actions + self.take(step))
+        finally:
+            if ACCEPT:
+                whole = sum(found + expected[len(found):], [])
+                self.script.write_text("".join(line + "\n" for line in whole), "utf-8")
+        difference = difflib.unified_diff(sum(expected, []), sum(found, []), self.script.name, "the program",
+                                             lineterm="")
+        if text := "\n".join(difference):
+            self.fail("the windows show something else:\n" + text)
+
+
+if __name__ == "__main__":
+    scenario.main()
