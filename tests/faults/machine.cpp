@@ -178,10 +178,6 @@ int WSAAPI WaitForBytes(int, fd_set*, fd_set*, fd_set*, const timeval* limit) {
     return 0;
 }
 
-int WSAAPI SetOption(SOCKET, int, int, const char*, int) {
-    return Breaks("setsockopt") ? SOCKET_ERROR : 0;
-}
-
 int WSAAPI CloseSocket(SOCKET socket) {
     return CloseMemoryHandle(reinterpret_cast<HANDLE>(socket)) ? 0 : SOCKET_ERROR;
 }
@@ -371,8 +367,7 @@ std::size_t HeldByProgram() {
 }
 
 bool UsesNetwork(std::string_view call) {
-    return call == "socket" || call == "connect" || call == "send" || call == "recv" || call == "select" ||
-           call == "setsockopt";
+    return call == "socket" || call == "connect" || call == "send" || call == "recv" || call == "select";
 }
 
 void Serve(std::function<std::string(const std::string& command)> reply) {
@@ -411,7 +406,6 @@ IN_PLACE_OF(connect, ConnectTo)
 IN_PLACE_OF(send, SendBytes)
 IN_PLACE_OF(recv, ReceiveBytes)
 IN_PLACE_OF(select, WaitForBytes)
-IN_PLACE_OF(setsockopt, SetOption)
 IN_PLACE_OF(closesocket, CloseSocket)
 IN_PLACE_OF(CreateThread, StartThread)
 IN_PLACE_OF(HeapCreate, MakeHeap)

@@ -4,7 +4,6 @@
 
 #include <sstream>
 
-#include "nntp/progress_dialog.h"
 #include "resources/resource.h"
 #include "store/group_changes.h"
 #include "store/index.h"
@@ -287,33 +286,6 @@ TEST(Conversations, AreAsWritten) {
         SCOPED_TRACE(row.sentence);
         CheckOutcome(row, Conversation(row).Outcome());
     }
-}
-
-// Esc hides the dialog of a run, which goes on, and shows it as the run left it.
-TEST(ProgressDialog, IsSeenAgainAfterEsc) {
-    const HWND owner = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 240, 240, nullptr,
-                                       nullptr, nullptr, nullptr);
-    ProgressDialog progress;
-    MakeProgressDialog(progress, GetModuleHandleW(nullptr), owner);
-    const HWND dialog = progress.dialog.Get();
-    const auto stands = [=] { return IsWindowVisible(dialog) && !IsWindowEnabled(owner); };
-    const auto isAway = [=] { return !IsWindowVisible(dialog) && IsWindowEnabled(owner); };
-    EXPECT_TRUE(isAway());
-    ShowProgress(progress);
-    EXPECT_TRUE(stands());
-    MSG escape = {dialog, WM_KEYDOWN, VK_ESCAPE, 0, 0, {}};
-    EXPECT_TRUE(TakeProgressKey(progress, escape));
-    EXPECT_TRUE(isAway());
-    StartGroup(progress, L"fj.test", 3, 9);
-    StepProgress(progress);
-    ShowProgress(progress);
-    EXPECT_TRUE(stands());
-    EXPECT_EQ(SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_GETPOS, 0, 0), 1);
-    CloseProgress(progress);
-    EXPECT_TRUE(isAway());
-    EndProgress(progress);
-    EXPECT_FALSE(IsWindow(dialog));
-    DestroyWindow(owner);
 }
 
 }  // namespace
