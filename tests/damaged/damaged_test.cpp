@@ -7,6 +7,7 @@
 #include "store/article_list.h"
 #include "store/delete_read.h"
 #include "store/group_changes.h"
+#include "store/index.h"
 #include "store/log.h"
 #include "tests/faults/operations.h"
 #include "tests/support/text_table.h"
@@ -66,6 +67,10 @@ std::string Change(const char* what, bool (*change)(GroupStore&)) {
     });
 }
 
+bool CatchUpOnServer(GroupStore& store) {
+    return ReadHeader(store) && WriteHeader(store);
+}
+
 // The article's number; "?" for a text that is none of them, "-" for none, "!" where it cannot be marked.
 std::string ReadRow(ArticleList& list, uint32_t row) {
     const IndexRecord record = list.page[row % 2];
@@ -109,6 +114,7 @@ std::string Evening() {
     report += Read();
     report += Change("filter", Refilter);
     report += Change("delete", DeleteRead);
+    report += Change("catch-up", CatchUpOnServer);
     report += Try("start", Start);
     report += Read();
     for (const auto& [path, bytes] : machine.storage.files)
