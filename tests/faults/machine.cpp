@@ -327,10 +327,6 @@ BOOL WINAPI DestroyHeap(HANDLE heap) {
     return destroy(heap);
 }
 
-}  // namespace
-
-namespace {
-
 // The test's own texts may hold the secret.
 void LookForSecret(void* block) {
     if (machine.secret.empty() || !held.count(block)) return;
