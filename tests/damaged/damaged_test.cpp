@@ -112,8 +112,8 @@ std::string Evening() {
     report += Read();
     report += Try("fetch", [] { return Download({kGroup}); });
     report += Read();
-    report += Change("filter", Refilter);
     report += Change("delete", DeleteRead);
+    report += Change("filter", Refilter);
     report += Change("catch-up", CatchUpOnServer);
     report += Try("start", Start);
     report += Read();
