@@ -10,7 +10,7 @@
 //   rows LIST                   a report list's rows, one field a column, left to right
 //   place LIST ROW              the middle of a row's text, in the list: x, y
 //   area WINDOW                 its edges on the screen: left, top, right, bottom
-//   post WINDOW MSG W L         PostMessage
+//   post WINDOW MSG W L         PostMessage, by its number or its registered name
 //   send WINDOW MSG W L         SendMessage; answers the result
 //   text WINDOW TEXT            WM_SETTEXT
 //   forget                      deletes the program's settings
@@ -58,6 +58,12 @@ HWND Window(const std::string& field) {
 
 long long Number(const std::string& field) {
     return std::strtoll(field.c_str(), nullptr, 10);
+}
+
+// By its number or its registered name.
+UINT Message(const std::string& field) {
+    const auto number = static_cast<UINT>(Number(field));
+    return number ? number : RegisterWindowMessageA(field.c_str());
 }
 
 std::string Handle(HWND window) {
@@ -493,7 +499,7 @@ bool Setting(const Fields& order) {
 
 bool Send(const Fields& order) {
     DWORD_PTR result = 0;
-    if (!Ask(Window(order[1]), static_cast<UINT>(Number(order[2])), static_cast<WPARAM>(Number(order[3])),
+    if (!Ask(Window(order[1]), Message(order[2]), static_cast<WPARAM>(Number(order[3])),
              static_cast<LPARAM>(Number(order[4])), &result)) {
         return false;
     }
@@ -517,8 +523,7 @@ bool Obey(Fields order) {
     if (name == "area") return Area(Window(order[1]));
     if (name == "send") return Send(order);
     if (name == "post") {
-        return PostMessageW(Window(order[1]), static_cast<UINT>(Number(order[2])),
-                            static_cast<WPARAM>(Number(order[3])),
+        return PostMessageW(Window(order[1]), Message(order[2]), static_cast<WPARAM>(Number(order[3])),
                             static_cast<LPARAM>(Number(order[4]))) != 0;
     }
     if (name == "text") {
