@@ -62,16 +62,13 @@ def answer_at_once(connection):
     connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_QUICKACK, 1)
 
 
-class NntpClient:
+class NntpClient(contextlib.AbstractContextManager):
     """Just enough of a client to feed innd and to see what nnrpd hands to a reader, byte for byte."""
 
     def __init__(self, port):
         self.socket = socket.create_connection(("127.0.0.1", port), timeout=WAIT)
         self.file = self.socket.makefile("rb")
         self.greeting = self.file.readline()
-
-    def __enter__(self):
-        return self
 
     def __exit__(self, *_):
         self.file.close()
@@ -104,7 +101,7 @@ class NntpClient:
             raise AssertionError(f"innd refused an article: {reply}\n{article}")
 
 
-class NewsServer:
+class NewsServer(contextlib.AbstractContextManager):
     def __init__(self, cache, groups):
         """Starts a server that has the newsgroups `groups`."""
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-inn-"))
@@ -123,9 +120,6 @@ class NewsServer:
             self.nnrpd = self._spawn("nnrpd", "-D", "-f", "-p", read, "-b", "127.0.0.1")
             self._await(self.nnrpd, self.port)
             undo.pop_all()
-
-    def __enter__(self):
-        return self
 
     def __exit__(self, *_):
         self.stop()
@@ -167,17 +161,15 @@ class NewsServer:
             port = probe.getsockname()[1]
             return str(port), port
 
-    def _run(self, program, *arguments):
-        done = subprocess.run([*self.enter, self.programs / program, *arguments], env=self.environment,
-                              cwd=self.home, capture_output=True, text=True, timeout=WAIT, **self.account)
-        if done.returncode:
-            raise AssertionError(f"{program} {' '.join(arguments)}: {done.stdout}{done.stderr}")
-
     def _spawn(self, program, *arguments):
         with open(self.home / f"{program}.out", "ab") as log:
             return subprocess.Popen([*self.enter, self.programs / program, *arguments], cwd=self.home,
                                     env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
                                     preexec_fn=end_with_parent, **self.account)
+
+    def _run(self, program, *arguments):
+        if self._spawn(program, *arguments).wait(WAIT):
+            raise AssertionError((self.home / f"{program}.out").read_text(errors="replace"))
 
     def _await(self, process, port):
         def listens():

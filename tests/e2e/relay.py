@@ -9,7 +9,7 @@ import threading
 import inn
 
 
-class Relay:
+class Relay(contextlib.AbstractContextManager):
     """Listens at `port` and passes everything on to 127.0.0.1:target."""
 
     def __init__(self, target):
@@ -23,9 +23,6 @@ class Relay:
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
         self._start(self._accept)
-
-    def __enter__(self):
-        return self
 
     def __exit__(self, *_):
         self._end(self._listener)
