@@ -138,18 +138,16 @@ class Dialogs(test_windows.Windows):
         self.running.click(dialog, DOWNLOAD)
         self.running.wait_dialog(FETCHING)
         self.begun.set()
-        self.end_of_fetch(dialog)
+        while (top := self.running.wait(self.front, "an end")).handle != dialog.handle:
+            self.notes += {repr(top.text)} - set(self.notes)  # a text that comes twice is noted once
+            self.running.press(top, "OK")
         self.notes.append(f"sent: {self.relay.sent}")
         self.show("active.dat", "category.dat")
 
-    def end_of_fetch(self, dialog):
-        """Each box is answered; one that comes twice is noted once."""
-        def front():
-            top = self.running.dialogs()[0]
-            return top.caption != FETCHING and top
-        while (top := self.running.wait(front, "an end")).handle != dialog.handle:
-            self.notes += [repr(top.text)] if repr(top.text) not in self.notes else []
-            self.running.press(top, "OK")
+    def front(self):
+        """The dialog in front, when it is not the one that fetches."""
+        top = self.running.dialogs()[0]
+        return top.caption != FETCHING and top
 
     def page(self, number):
         self.running.send(self.running.wait_dialog("プロパティ").handle, PSM_SETCURSEL, number)
