@@ -112,7 +112,7 @@ std::string_view RestOfWindow(const DataFile& file) {
 bool WriteFitsWindow(const DataFile& file) {
     if (file.windowLength == 0 || file.position < file.windowStart) return false;
     const uint32_t offset = file.position - file.windowStart;
-    return offset <= file.windowLength && offset < kBufferSize;
+    return offset <= file.windowLength && offset < file.bufferSize;
 }
 
 uint32_t Smaller(uint32_t a, uint32_t b) {
@@ -123,7 +123,7 @@ bool FillWindow(DataFile& file) {
     if (!FlushDataFile(file)) return false;
     DropWindow(file);
     uint32_t got = 0;
-    if (!SystemRead(file, file.position, file.buffer.get(), kBufferSize, got)) return false;
+    if (!SystemRead(file, file.position, file.buffer.get(), file.bufferSize, got)) return false;
     file.windowStart = file.position;
     file.windowLength = got;
     return true;
@@ -139,7 +139,7 @@ uint32_t CopyFromWindow(DataFile& file, char* destination, uint32_t count) {
 
 uint32_t CopyToWindow(DataFile& file, const char* source, uint32_t count) {
     const uint32_t offset = file.position - file.windowStart;
-    const uint32_t part = Smaller(count, kBufferSize - offset);
+    const uint32_t part = Smaller(count, file.bufferSize - offset);
     std::memcpy(file.buffer.get() + offset, source, part);
     const bool clean = file.dirtyStart == file.dirtyEnd;
     file.dirtyStart = clean ? offset : Smaller(file.dirtyStart, offset);
@@ -158,21 +158,29 @@ DataFile::~DataFile() {
 }
 
 bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode) {
-    CloseDataFile(file);
-    if (!file.buffer) file.buffer = NewArray<char>(kBufferSize);
-    if (!file.buffer) return false;
-    FileOwner handle(OpenHandle(path, ArgumentsOf(mode)));
-    if (!handle) return false;
+    if (!OpenForReading(file, path, mode, kBufferSize)) return false;
     DWORD high = 0;
-    const DWORD size = GetFileSize(handle.Get(), &high);
-    if (high != 0) return Fail(kErrorInvalidData);
-    if (size == kLargestPosition) return false;  // it could not be asked for
-    file.handle = std::move(handle);
+    const DWORD size = GetFileSize(file.handle.Get(), &high);
+    if (high == 0 && size != kLargestPosition) {
+        file.cutsAtClose = mode == FileMode::kRewrite;
+        file.size = file.cutsAtClose ? 0 : size;
+        return true;
+    }
+    file.handle.Reset();
+    return high != 0 ? Fail(kErrorInvalidData) : false;  // else it could not be asked for
+}
+
+bool OpenForReading(DataFile& file, const wchar_t* path, FileMode mode, uint32_t bufferSize) {
+    CloseDataFile(file);
+    file.buffer = NewArray<char>(bufferSize);
+    if (!file.buffer) return false;
+    file.bufferSize = bufferSize;
+    file.handle.Reset(OpenHandle(path, ArgumentsOf(mode)));
     file.position = file.systemPosition = 0;
-    file.cutsAtClose = mode == FileMode::kRewrite;
-    file.size = file.cutsAtClose ? 0 : size;
+    file.size = kLargestPosition;
+    file.cutsAtClose = false;
     DropWindow(file);
-    return true;
+    return IsOpen(file);
 }
 
 bool CloseDataFile(DataFile& file) {
@@ -200,7 +208,7 @@ bool ReadBytes(DataFile& file, void* destination, uint32_t count, uint32_t& got)
     got = 0;
     while (got < count) {
         if (!InWindow(file)) {
-            if (count - got >= kBufferSize) {
+            if (count - got >= file.bufferSize) {
                 uint32_t part = 0;
                 if (!FlushDataFile(file) || !SystemRead(file, file.position, out + got, count - got, part))
                     return false;

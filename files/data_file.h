@@ -24,6 +24,7 @@ enum class FileMode {
 struct DataFile {
     FileOwner handle;
     NarrowText buffer;
+    uint32_t bufferSize = 0;
     uint32_t position = 0;        // where the next read or write happens
     uint32_t size = 0;            // of the file, unwritten bytes of the buffer included
     uint32_t systemPosition = 0;  // the handle's own position
@@ -40,6 +41,11 @@ struct DataFile {
 };
 
 [[nodiscard]] bool OpenDataFile(DataFile& file, const wchar_t* path, FileMode mode);
+
+// For a short file, or the start of a long one: with a buffer of `bufferSize` bytes, and without asking for
+// the size, which then counts as endless. Nothing may be written.
+[[nodiscard]] bool OpenForReading(DataFile& file, const wchar_t* path, FileMode mode, uint32_t bufferSize);
+
 inline bool IsOpen(const DataFile& file) {
     return static_cast<bool>(file.handle);
 }

@@ -3,11 +3,18 @@
 #include "files/data_file.h"
 #include "text/last_error.h"
 
+namespace {
+
+constexpr uint32_t kKeywordsAtOnce = 2048;  // bytes of the file that are read at a time
+
+}  // namespace
+
 bool OpenKeywordFile(DataFile& file, const wchar_t* path) {
-    if (OpenDataFile(file, path, FileMode::kRead)) return true;
+    if (OpenForReading(file, path, FileMode::kRead, kKeywordsAtOnce)) return true;
     if (GetError() != kErrorFileNotFound) return false;
     const WideText saved = JoinPath(path, L"~");
-    return saved && RenameDataFile(saved.get(), path) && OpenDataFile(file, path, FileMode::kRead);
+    return saved && RenameDataFile(saved.get(), path) &&
+           OpenForReading(file, path, FileMode::kRead, kKeywordsAtOnce);
 }
 
 bool LoadKeywordFilter(KeywordFilter& filter, const wchar_t* path) {

@@ -117,25 +117,15 @@ std::string_view TakeLine(std::string_view& stream) {
     return line;
 }
 
-std::string_view WithoutEnd(std::string_view line) {
-    if (line.back() != '\n') return line;
-    line.remove_suffix(1);
-    return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
-}
-
-bool Contains(std::string_view longer, std::string_view shorter) {
-    return std::search(longer.begin(), longer.end(), shorter.begin(), shorter.end()) != longer.end() ||
-           shorter.empty();
-}
-
 uint32_t MatchModel(std::string_view filter, std::string_view subject) {
     uint32_t best = kPriorityNormal;
     while (!filter.empty()) {
-        std::string_view line = WithoutEnd(TakeLine(filter));
+        std::string_view line = WithoutLineEnd(TakeLine(filter));
         line = line.substr(0, line.find('\0'));
         if (line.size() < 2) continue;
         const std::string_view keyword = line.substr(2);
-        if (!Contains(subject, keyword) && !Contains(keyword, subject)) continue;
+        constexpr std::size_t kNowhere = std::string_view::npos;
+        if (subject.find(keyword) == kNowhere && keyword.find(subject) == kNowhere) continue;
         if (line.front() == '+') return kPriorityHigh;
         best = kPriorityLow;
     }

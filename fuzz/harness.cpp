@@ -57,6 +57,12 @@ std::string_view TakeUpTo(std::string_view& input, char end) {
     return taken;
 }
 
+std::string_view WithoutLineEnd(std::string_view line) {
+    if (line.empty() || line.back() != '\n') return line;
+    line.remove_suffix(1);
+    return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
+}
+
 std::string WholeCharacters(std::string_view material) {
     std::string text;
     for (std::size_t i = 0; i < material.size(); ++i) {

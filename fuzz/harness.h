@@ -24,6 +24,9 @@ uint8_t TakeByte(std::string_view& input);
 // Takes up to and without `end`, which is dropped; the whole rest when there is none.
 std::string_view TakeUpTo(std::string_view& input, char end);
 
+// Without the CR LF, or the LF alone, that it may end with.
+std::string_view WithoutLineEnd(std::string_view line);
+
 // The characters of `material` as well-formed Shift_JIS: what cannot begin or end a character is left out.
 // Every two-byte character has a place in JIS X 0208's table.
 std::string WholeCharacters(std::string_view material);

@@ -16,13 +16,16 @@ namespace {
 
 constexpr uint32_t kMostNumbers = 8;
 
+struct Article {
+    bool hasHead = true;
+    bool hasBody = true;
+    bool isDenied = false;  // the server denied once what it has
+};
+
 struct Group {
     std::wstring name;
     uint32_t first = 1;
-    uint32_t count = 0;
-    uint8_t missing = 0;      // a bit a number
-    uint8_t withoutBody = 0;  // the same
-    uint8_t doubted = 0;      // the server denied once what it has
+    std::vector<Article> articles;
     bool countsRight = true;
 };
 
@@ -43,28 +46,23 @@ struct Server {
 
 Server server;
 
-// What an article may hold to pass for a reply. Each line ends as it stands here.
-const std::string kNastyLines[] = {
-    "text\r\n",
-    "222 2\r\n",
-    "221 3 <a@b>\r\n",
-    "211 1 900000 900000 x\r\n",
-    "423 none\r\n",
-    ".\r\n",
-    ".x: y\r\n",
-    "..\r\n",
-    "a\rb\n",  // a lone LF ends this line, and the next begins behind no CR LF
-    "References: <a\r>\n",
-    "Subject:x\r\n",
-    " folded\r\n",
-    std::string("z\0.\r\n", 5),
-    "\x1b$B\r\n",
-    "=?iso-2022-jp?B?DQou\r\n",
-    "\r.\r\n",
-};
+// What an article may hold to pass for a reply. Each line ends as it stands here: a lone LF ends one, and the
+// next begins behind no CR LF.
+constexpr std::string_view kNasty(
+    "text\r\n|222 2\r\n|221 3 <a@b>\r\n|211 1 900000 900000 x\r\n|423 none\r\n|.\r\n|.x: y\r\n|..\r\n|a\rb\n|"
+    "References: <a\r>\n|Subject:x\r\n| folded\r\n|z\0.\r\n|\x1b$B\r\n|=?iso-2022-jp?B?DQou\r\n|\r.\r\n",
+    165);
+constexpr uint32_t kNastyLines = 16;
+
+std::string_view NastyLine(uint32_t number) {
+    std::string_view lines = kNasty;
+    for (; number > 0; --number)
+        TakeUpTo(lines, '|');
+    return TakeUpTo(lines, '|');
+}
 
 // Behind CR LF a server doubles a dot. What stands behind a lone LF it does not look at.
-void AppendLine(std::string& reply, const std::string& line) {
+void AppendLine(std::string& reply, std::string_view line) {
     const bool atLineStart = reply.size() < 2 || reply.compare(reply.size() - 2, 2, "\r\n") == 0;
     if (atLineStart && line[0] == '.') reply += '.';
     reply += line;
@@ -74,8 +72,8 @@ void AppendLine(std::string& reply, const std::string& line) {
 void AppendNastyLines(std::string& reply, bool isHead, uint32_t seed) {
     for (uint32_t count = seed % 5; count > 0; --count) {
         seed = seed * 1103515245 + 12345;
-        const std::string& line = kNastyLines[(seed >> 16) % std::size(kNastyLines)];
-        const bool endsRun = isHead && line.find('\0') != std::string::npos;
+        const std::string_view line = NastyLine((seed >> 16) % kNastyLines);
+        const bool endsRun = isHead && line.find('\0') != std::string_view::npos;
         if (!endsRun) AppendLine(reply, line);
     }
     // A server ends an article with CR LF.
@@ -92,38 +90,32 @@ std::string ContentOf(const Group& group, bool isHead, uint32_t number, uint32_t
     return content + ".\r\n";
 }
 
-bool Has(const Group& group, bool isHead, uint32_t number) {
-    const uint32_t place = number - group.first;
-    return place < group.count && !(group.missing >> place & 1) &&
-           (isHead || !(group.withoutBody >> place & 1));
-}
-
-void Deny(Group& group, uint32_t number) {
-    group.doubted |= static_cast<uint8_t>(1u << (number - group.first));
+uint32_t LastOf(const Group& group) {
+    return group.first + static_cast<uint32_t>(group.articles.size()) - 1;
 }
 
 std::string AnswerArticle(Group& group, bool isHead, uint32_t number, uint8_t choice) {
+    Article& article = group.articles[number - group.first];
+    if (!article.hasHead || (!isHead && !article.hasBody)) return "423 none\r\n";
+    const uint8_t kind = choice % kKinds;
     const uint32_t seed = choice / kKinds;
     const std::string content = ContentOf(group, isHead, number, seed);
     const std::string code = isHead ? "221 " : "222 ";
-    if (!Has(group, isHead, number)) return "423 none\r\n";
-    if (choice % kKinds <= kCutShort && choice % kKinds != kLoss) server.onlyLoses = false;
-    switch (choice % kKinds) {
+    if (kind <= kCutShort && kind != kLoss) server.onlyLoses = false;
+    if (kind == kRefusal || kind == kNoCommand) article.isDenied = true;
+    server.ended = kind == kEnd || kind == kCutShort;
+    switch (kind) {
         case kOtherNumber:
             return code + std::to_string(number + seed) + "\r\n" + content;
         case kNoNumber:
             return code + "ok\r\n" + content;
         case kRefusal:
-            Deny(group, number);
             return "430 gone\r\n";
         case kNoCommand:
-            Deny(group, number);
             return "503 what?\r\n";
         case kEnd:
-            server.ended = true;
             return "";
         case kCutShort:
-            server.ended = true;
             return code + std::to_string(number) + "\r\n" + content.substr(0, seed % content.size());
         default:
             return code + std::to_string(number) + " <x@y>\r\n" + content;
@@ -134,9 +126,9 @@ std::string AnswerGroup(const std::string& name) {
     for (Group& group : server.groups) {
         if (std::wstring(name.begin(), name.end()) != group.name) continue;
         server.group = &group;
-        const uint32_t count = group.countsRight ? group.count : 0;
+        const std::size_t count = group.countsRight ? group.articles.size() : 0;
         return "211 " + std::to_string(count) + " " + std::to_string(group.first) + " " +
-               std::to_string(group.first + group.count - 1) + " x\r\n";
+               std::to_string(LastOf(group)) + " x\r\n";
     }
     return "411 none\r\n";
 }
@@ -150,7 +142,8 @@ void Answer(const std::string& command, bool isEarly) {
     if (word != "HEAD " && word != "BODY ") return;
     if (isEarly && choice % kKinds == kLoss) return;
     const auto number = static_cast<uint32_t>(std::stoul(command.substr(5)));
-    Require(server.group && number - server.group->first < server.group->count, "numbers lie in the range");
+    Require(server.group && number - server.group->first < server.group->articles.size(),
+            "numbers lie in the range");
     server.toSend += AnswerArticle(*server.group, word == "HEAD ", number, choice);
 }
 
@@ -177,7 +170,7 @@ void CheckArticle(const Group& group, const IndexRecord& record, const std::stri
         "X-Local-Seq: " + std::to_string(record.articleNumber) + "\r\n\r\nbody " + mark + "\r\n";
     Require(Contains(article, seam), "with the body of its number behind it");
     for (const Group& other : server.groups) {
-        for (uint32_t number = other.first; number < other.first + other.count; ++number) {
+        for (uint32_t number = other.first; number <= LastOf(other); ++number) {
             const std::string wrong = Mark(other, number);
             Require(wrong == mark || (!Contains(article, "Subject: " + wrong + "\r") &&
                                       !Contains(article, "body " + wrong + "\r")),
@@ -186,41 +179,43 @@ void CheckArticle(const Group& group, const IndexRecord& record, const std::stri
     }
 }
 
+// Of the numbers up to `end`.
+void CheckPassedOver(const Group& group, uint32_t& number, uint32_t end) {
+    for (; number < end; ++number) {
+        const Article& article = group.articles[number - group.first];
+        Require(article.isDenied || !article.hasHead || !article.hasBody, "none is left out");
+    }
+}
+
 // Articles count when the index header does: a run that failed leaves the header as it was.
 void CheckGroup(const Group& group, bool done, uint32_t limit) {
     GroupStore store;
     Require(SetNames(store, L"D\\", group.name.c_str()) && ReadHeader(store), "the index stays whole");
     const std::string log = memoryFiles[L"D\\" + group.name + L".log"];
-    uint32_t before = 0, expected = group.first;
+    uint32_t next = group.first;
     IndexRecord record;
-    for (uint32_t i = 0; i < store.header.recordCount; ++i, before = record.articleNumber) {
-        Require(ReadRecord(store, record, i) && record.articleNumber > before, "each article once, in order");
+    for (uint32_t i = 0; i < store.header.recordCount; ++i, ++next) {
+        Require(ReadRecord(store, record, i) && record.articleNumber >= next, "each article once, in order");
         CheckArticle(group, record, log);
-        for (; expected < record.articleNumber; ++expected) {
-            const bool denied = group.doubted >> (expected - group.first) & 1;
-            Require(denied || !Has(group, true, expected) || !Has(group, false, expected),
-                    "none is left out");
-        }
-        ++expected;
+        CheckPassedOver(group, next, record.articleNumber);
     }
     Require(store.header.recordCount <= limit, "no more than allowed");
     if (!done) return;
-    const uint32_t last = group.first + group.count - 1;
-    Require(store.header.serverLast == last && store.header.lastFetched <= last,
+    Require(store.header.serverLast == LastOf(group) && store.header.lastFetched <= LastOf(group),
             "the header knows where its own group ends");
-    for (; expected <= store.header.lastFetched; ++expected) {
-        const bool denied = group.doubted >> (expected - group.first) & 1;
-        Require(denied || !Has(group, true, expected) || !Has(group, false, expected), "none is passed over");
-    }
+    Require(store.header.lastFetched == LastOf(group) || store.header.recordCount == limit,
+            "only the limit ends it before its last number");
+    CheckPassedOver(group, next, store.header.lastFetched + 1);
 }
 
 Group TakeGroup(const wchar_t* name, std::string_view& input) {
     Group group;
     group.name = name;
     group.first = 1 + TakeByte(input) % 4;
-    group.count = 1 + TakeByte(input) % kMostNumbers;
-    group.missing = TakeByte(input);
-    group.withoutBody = TakeByte(input);
+    group.articles.resize(1 + TakeByte(input) % kMostNumbers);
+    const uint8_t missing = TakeByte(input), withoutBody = TakeByte(input);  // a bit a number
+    for (std::size_t i = 0; i < group.articles.size(); ++i)
+        group.articles[i] = {(missing >> i & 1) == 0, (withoutBody >> i & 1) == 0};
     group.countsRight = TakeByte(input) % 2 != 0;
     return group;
 }

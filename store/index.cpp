@@ -80,7 +80,7 @@ bool ReadHeader(GroupStore& store) {
     Reset(store);
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;
-    return OpenDataFile(file, store.indexPath.get(), FileMode::kRead) &&
+    return OpenForReading(file, store.indexPath.get(), FileMode::kRead, kHeaderSize) &&
            TakeHeaderFrom(file, store, kAnyCount);
 }
 

@@ -230,7 +230,8 @@ bool UpgradeIndex(GroupStore& store, uint32_t version) {
 bool ProbeVersion(GroupStore& store, uint32_t& version) {
     if (!store.indexPath) return Fail(kErrorInvalidArgument);
     DataFile file;
-    if (!OpenDataFile(file, store.indexPath.get(), FileMode::kReadWriteExisting)) return false;
+    const auto mode = FileMode::kReadWriteExisting;
+    if (!OpenForReading(file, store.indexPath.get(), mode, sizeof(version))) return false;
     if (!ReadExactly(file, &version, sizeof(version))) return false;
     if (version > kLargestVersionWord) version = kTextVersion;
     return true;

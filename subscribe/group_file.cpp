@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr uint32_t kEmptyLine = 2;  // bytes of a line that holds no name, its line end included
+constexpr uint32_t kNamesAtOnce = 2048;  // bytes of the list that are read at a time
+constexpr uint32_t kEmptyLine = 2;       // bytes of a line that holds no name, its line end included
 
 // Skips the rest of a line whose first bytes fill the buffer. As in all lines, an LF ends it once a CR was
 // seen.
@@ -46,7 +47,7 @@ bool OpenGroupFile(GroupFile& groups, const wchar_t* folder) {
     const WideText path = JoinPath(folder, L"\\group.dat");
     groups.name.reset();
     groups.folderLength = wcslen(folder);
-    return path && OpenDataFile(groups.file, path.get(), FileMode::kRead);
+    return path && OpenForReading(groups.file, path.get(), FileMode::kRead, kNamesAtOnce);
 }
 
 const wchar_t* NextGroupName(GroupFile& groups) {

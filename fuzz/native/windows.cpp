@@ -1,12 +1,7 @@
-// What the disk in memory leaves to the suite, and the calls that need no more than a few words.
-#include <cstdlib>
-#include <set>
-
+// What the disk in memory leaves to the suite.
 #include "platform/platform.h"
 
 namespace {
-
-using Heap = std::set<void*>;
 
 std::map<std::wstring, std::string> files;
 
@@ -21,47 +16,4 @@ bool Fails(std::string_view) {
 BOOL CloseHandle(HANDLE handle) {
     if (!CloseMemoryHandle(handle)) std::abort();
     return 1;
-}
-
-HANDLE HeapCreate(DWORD, SIZE_T, SIZE_T) {
-    return new Heap;
-}
-
-void* HeapAlloc(HANDLE heap, DWORD, SIZE_T size) {
-    return *static_cast<Heap*>(heap)->insert(std::malloc(size)).first;
-}
-
-BOOL HeapFree(HANDLE heap, DWORD, void* memory) {
-    if (static_cast<Heap*>(heap)->erase(memory) == 0) std::abort();
-    std::free(memory);
-    return 1;
-}
-
-BOOL HeapDestroy(HANDLE heap) {
-    for (void* memory : *static_cast<Heap*>(heap))
-        std::free(memory);
-    delete static_cast<Heap*>(heap);
-    return 1;
-}
-
-UINT TextCodePage() {
-    return 932;
-}
-
-int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units) {
-    int count = 0;
-    while (count < units && text[count] != '\0') {
-        buffer[count] = static_cast<unsigned char>(text[count]);
-        ++count;
-    }
-    buffer[count] = L'\0';
-    return count + 1;
-}
-
-int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*) {
-    int count = 0;
-    for (; count < bytes && text[count] != L'\0'; ++count)
-        buffer[count] = static_cast<char>(text[count]);
-    buffer[count] = '\0';
-    return count + 1;
 }

@@ -7,9 +7,9 @@
 #include "store/article_list.h"
 #include "store/delete_read.h"
 #include "store/group_changes.h"
+#include "store/index.h"
 #include "store/log.h"
 #include "tests/faults/operations.h"
-#include "tests/faults/user.h"
 #include "tests/support/text_table.h"
 #include "text/convert.h"
 
@@ -32,6 +32,7 @@ std::string Damaged(std::string bytes, const std::string& harm, std::size_t at) 
     if (harm == "flipped") bytes[at] = static_cast<char>(~bytes[at]);
     if (harm == "zero") bytes[at] = '\0';
     if (harm == "doubled") bytes.insert(at, 1, bytes[at]);
+    if (harm == "lengthened") bytes.insert(at, 1100, 'x');
     if (harm == "cut") bytes.resize(at);
     return bytes;
 }
@@ -64,6 +65,10 @@ std::string Change(const char* what, bool (*change)(GroupStore&)) {
         GroupStore store;
         return Answer(SetNames(store, kFolder.c_str(), kGroup.c_str()) && change(store));
     });
+}
+
+bool CatchUpOnServer(GroupStore& store) {
+    return ReadHeader(store) && WriteHeader(store);
 }
 
 // The article's number; "?" for a text that is none of them, "-" for none, "!" where it cannot be marked.
@@ -107,10 +112,13 @@ std::string Evening() {
     report += Read();
     report += Try("fetch", [] { return Download({kGroup}); });
     report += Read();
-    report += Change("filter", Refilter);
     report += Change("delete", DeleteRead);
+    report += Change("filter", Refilter);
+    report += Change("catch-up", CatchUpOnServer);
     report += Try("start", Start);
     report += Read();
+    for (const auto& [path, bytes] : machine.storage.files)
+        if (path.back() == L'~') report += " " + Plain(path.substr(kFolder.size())) + " is left";
     return report + "\n";
 }
 

@@ -16,7 +16,7 @@ from unicorn import arm_const
 PAGE = 0x1000
 STACK_SIZE = 0x10000  # what the executable's headers ask for
 STACK = 0x20000000  # nothing on either side
-HEAP, HEAP_SIZE = 0x30000000, 0x2000000
+HEAP, HEAP_SIZE = 0x30000000, 0x8000000
 TRAPS, TRAPS_SIZE = 0x40000000, PAGE
 FENCE = 16  # bytes behind a block that nobody may touch
 RETURN_TO_CALLER = 0xE1A0F00E  # mov pc, lr
@@ -172,32 +172,23 @@ class Machine:
 
 
 class Heap:
-    """Blocks that hold rubbish when they are taken, and a fence behind each."""
+    """Blocks that hold rubbish when they are taken and when they were given back, a fence behind each."""
 
     def __init__(self, machine):
         self.machine = machine
         self.blocks = {}  # address: size
-        self.free = {}  # room: addresses
         self.end = HEAP
 
     def take(self, size):
-        room = -(-(size + FENCE) // 16) * 16
-        if self.free.get(room):
-            place = self.free[room].pop()
-        elif self.end + room > HEAP + HEAP_SIZE:
-            return 0
-        else:
-            place, self.end = self.end, self.end + room
-        self.machine.write(place, b"\xCD" * size + b"\xFD" * (room - size))
+        place, self.end = self.end, self.end + -(-(size + FENCE) // 16) * 16
+        self.machine.write(place, b"\xCD" * size + b"\xFD" * FENCE)
         self.blocks[place] = size
         return place
 
     def give_back(self, place):
-        if place not in self.blocks:
+        size = self.blocks.pop(place, None)
+        if size is None:
             raise Fault(f"{place:#x} is released and is no block")
-        size = self.blocks.pop(place)
-        room = -(-(size + FENCE) // 16) * 16
-        if self.machine.read(place + size, room - size).strip(b"\xFD"):
+        if self.machine.read(place + size, FENCE).strip(b"\xFD"):
             raise Fault(f"something wrote past the {size} bytes at {place:#x}")
         self.machine.write(place, b"\xDD" * size)
-        self.free.setdefault(room, []).append(place)

@@ -5,7 +5,6 @@ import fnmatch
 import functools
 import itertools
 import re
-import struct
 
 import machine
 
@@ -66,8 +65,12 @@ CALLS = {
     "CloseHandle": lambda s, m, handle: s.handles.pop(handle) is not None,
     "FindClose": lambda s, m, search: s.handles.pop(search) is not None,
     "GetFileSize": lambda s, m, file, high: (high and m.put_words(high, 0)) or len(s.files[s.handles[file][0]]),
+    "EventModify": lambda s, m, event, change: s.handles[event].__setitem__(0, change == SET_EVENT),
+    "GetFileAttributesW": lambda s, m, path: 0x80 if s.files.get(s.path(path)) is not None else (
+        0x10 if s.path(path) in s.files else s.fail(MISSING, FAILED)),
     "FindResourceW": lambda s, m, instance, number, kind: number,
     "LoadResource": lambda s, m, instance, number: number,
+    "GetWindowLongW": lambda s, m, window, offset: s.handles[window].words[signed(offset)],
     "EnableWindow": lambda s, m, window, enabled: setattr(s.handles[window], "enabled", enabled),
     "IsWindowEnabled": lambda s, m, window: s.handles[window].enabled,
     "GetWindow": lambda s, m, window, owner: s.handles[window].parent,
@@ -138,7 +141,7 @@ class Window:
 
     def __init__(self, kind, procedure, extra, parent, number, style=0):
         self.kind, self.procedure, self.parent, self.number = kind, procedure, parent, number
-        self.words, self.common = bytearray(extra), {USER_DATA: 0, STYLE: style}
+        self.words = {USER_DATA: 0, STYLE: style} | dict.fromkeys(range(0, extra, 4), 0)
         self.text, self.enabled, self.checked, self.top = "", 1, 0, 0
         self.rows, self.columns, self.selected = [], [], FAILED
 
@@ -291,12 +294,6 @@ class System:
         self.files[path] = self.files[path][:place].ljust(place, b"\0")
         return 1
 
-    def GetFileAttributesW(self, path):
-        path = self.path(path)
-        if path not in self.files:
-            return self.fail(MISSING, FAILED)
-        return 0x10 if self.files[path] is None else 0x80
-
     def DeleteFileW(self, path):
         return self.files.pop(self.path(path), None) is not None or self.fail(MISSING)
 
@@ -341,10 +338,6 @@ class System:
             before, self.error = self.error, 0
             yield self.threads.popleft()
             self.error = before
-
-    def EventModify(self, event, change):
-        self.handles[event][0] = change == SET_EVENT
-        return 1
 
     def WaitForSingleObject(self, event, _limit):
         if not self.handles[event][0]:
@@ -395,16 +388,9 @@ class System:
         return 1
 
     def SetWindowLongW(self, handle, offset, value):
-        offset, window = signed(offset), self.handles[handle]
-        if offset in window.common:
-            window.common[offset] = value
-        else:
-            struct.pack_into("<I", window.words, offset, value)
-        return 1
-
-    def GetWindowLongW(self, handle, offset):
-        offset, window = signed(offset), self.handles[handle]
-        return window.common[offset] if offset in window.common else struct.unpack_from("<I", window.words, offset)[0]
+        if signed(offset) not in self.handles[handle].words:
+            raise machine.Fault(f"a window of {self.handles[handle].kind} has no word at {signed(offset)}")
+        self.handles[handle].words[signed(offset)] = value
 
     def SHCreateMenuBar(self, record):
         size, parent, _, menu, *_ = self.machine.words(record, 8)

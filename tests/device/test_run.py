@@ -19,10 +19,9 @@ import program
 import server
 import system
 
-NEWS = "fj.made", "fj.test"
 LIMIT, READ, SHOW_NORMALLY = 70, 4, 5
 EXIT, GET_ARTICLES, DELETE_READ, SUBSCRIBE, CATCH_UP, KEYWORDS = 40001, 40003, 40004, 40007, 40011, 40014
-LIST, DOWNLOAD, CATCH_UP_LOCAL, PASSWORD, HIGH, OK = 1015, 1016, 1019, 1025, 1040, 1
+LIST, DOWNLOAD, CATCH_UP_LOCAL, PASSWORD, HIGH, OK, YES = 1015, 1016, 1019, 1025, 1040, 1, 6
 GROUP_VIEW, SUBJECT_VIEW, ARTICLE_VIEW, DOUBLE_CLICK = 101, 106, 104, -3
 ENTER, ESCAPE, TAB, SPACE, HOME, LEFT, UP, RIGHT, DOWN = 13, 27, 9, 32, 36, 37, 38, 39, 40
 FRAME, VIEWS = "PelnorMainFrmWnd", {SUBJECT_VIEW: "PELNORSubjectViewWnd", ARTICLE_VIEW: "PELNORArticleViewWnd"}
@@ -106,52 +105,28 @@ class OnDevice:
                     lambda: (self.system.window(VIEWS[view]), system.WM_PAINT, 0, 0))
 
     def press(self, number, **changed):
-        """Presses a button of the dialog, once a control has changed: its number and what of it."""
         def act():
             for name, (control, value) in changed.items():
                 setattr(self.system.control(self.system.modal[-1], control)[1], name, value)
             return self.system.modal[-1], system.WM_COMMAND, number, 0
         self.do(act)
 
+    def agree(self, _number):
+        """The system does."""
+
     def select(self, number, text):
-        """The window and the list, a row of which is now the chosen one: in the topmost dialog, else in the frame."""
+        """Of the topmost dialog or the frame: it, the list and what tells of a double click there."""
         parent = [self.system.window(FRAME), *self.system.modal][-1]
         handle, window = self.system.control(parent, number)
         window.selected = [row[0] for row in window.rows].index(text)
-        return parent, handle
+        self.machine.put_words(self.notice, handle, number, DOUBLE_CLICK)
+        return parent, system.WM_NOTIFY, number, self.notice
+
+    def choose(self, group):
+        self.do(lambda: self.select(GROUP_VIEW, group) and (0, 0, 0, 0))
 
     def double_click(self, number, text):
-        def act():
-            parent, handle = self.select(number, text)
-            self.machine.put_words(self.notice, handle, number, DOUBLE_CLICK)
-            return parent, system.WM_NOTIFY, number, self.notice
-        self.do(act)
-
-    def subscribe(self, category, groups):
-        self.command(SUBSCRIBE)
-        self.press(DOWNLOAD)
-        self.press(OK, text=(PASSWORD, "secret"))
-        for row in (category, *groups):
-            self.double_click(LIST, row)
-        self.press(OK)
-
-    def get_articles(self):
-        self.command(GET_ARTICLES)
-        self.press(OK, text=(PASSWORD, "secret"))
-
-    def open(self, group):
-        self.double_click(GROUP_VIEW, group)
-
-    def add_keyword(self):
-        self.command(KEYWORDS)
-        self.press(OK, checked=(HIGH, 1))
-
-    def delete_read(self):
-        self.command(DELETE_READ)
-
-    def catch_up(self, group):
-        self.do(lambda: (self.select(GROUP_VIEW, group)[0], system.WM_COMMAND, CATCH_UP, 0))
-        self.press(OK, checked=(CATCH_UP_LOCAL, 1))
+        self.do(lambda: self.select(number, text))
 
     def close(self):
         """Keeps the rows of the group list."""
@@ -169,76 +144,89 @@ class OnDesktop:
         for name, data in files.items():
             self.folder.write(name.replace("\\", "/"), data)
         self.running = program.Program(bench)
+        self.command = self.running.command
 
     def files(self):
         return {str(path.relative_to(self.folder.path)).replace("/", "\\"): path.read_bytes()
                 for path in self.folder.path.rglob("*") if path.is_file()}
 
-    def command(self, number):
-        """Gives the dialog that it opens."""
-        self.running.command(number)
-        return self.running.wait_box()
+    def dialog(self, *numbers):
+        """The topmost dialog that has these controls, when it shows."""
+        def shown():
+            return next((dialog for dialog in self.running.dialogs() if {str(number) for number in numbers} <=
+                         {item.id for item in self.running.items(dialog.handle)}), None)
+        return self.running.wait(shown, f"a dialog with {numbers}")
 
-    def give_password(self):
-        prompt = self.running.wait_dialog("ﾊﾟｽﾜｰﾄﾞの入力")
-        self.running.set_text(prompt, PASSWORD, "secret")
-        self.running.press(prompt, "OK")
+    def keys(self, view, *keys):
+        self.running.key(self.running.wait_pane(view), *keys)
 
-    def subscribe(self, category, groups):
-        dialog = self.command(SUBSCRIBE)
-        self.running.click(dialog, DOWNLOAD)
-        self.give_password()
-        self.running.wait(lambda: category in self.running.shows(dialog), "the categories")
-        self.running.double_click(dialog, category)
-        self.running.await_rows(dialog, groups)
-        for group in groups:
-            self.running.double_click(dialog, group)
-        self.running.press(dialog, "OK")
+    def press(self, number, text=None, checked=None):
+        dialog = self.dialog(number, *(changed[0] for changed in (text, checked) if changed))
+        if text:
+            self.running.set_text(dialog, *text)
+        if checked:
+            self.running.click(dialog, checked[0])
+        self.running.click(dialog, number)
+        if number in (OK, YES):
+            self.running.wait_gone(dialog)
 
-    def get_articles(self):
-        self.running.command(GET_ARTICLES)
-        self.give_password()
-        self.running.finish_run()
+    agree = press
 
-    def select(self, group):
+    def choose(self, group):
         row = [cells[0] for cells in self.running.rows()].index(group)
         self.running.key(self.running.group_list(), HOME, *[DOWN] * row)
 
-    def open(self, group):
-        self.select(group)
-        self.running.key(self.running.group_list(), ENTER)
+    def double_click(self, number, text):
+        if number == GROUP_VIEW:
+            self.choose(text)
+            self.running.key(self.running.group_list(), ENTER)
+        else:
+            dialog = self.dialog(number)
+            self.running.wait(lambda: text in self.running.shows(dialog), text)
+            self.running.double_click(dialog, text)
 
-    def keys(self, view, *keys):
-        """To a pane, when it shows."""
-        self.running.key(self.running.wait_pane(view), *keys)
 
-    def add_keyword(self):
-        self.keys(SUBJECT_VIEW)
-        dialog = self.command(KEYWORDS)
-        self.running.click(dialog, HIGH)
-        self.running.press(dialog, "OK")
+# What both do. A button is pressed once a control has changed: its number and what of it.
 
-    def delete_read(self):
-        self.running.press(self.command(DELETE_READ), "はい")
+def get_articles(user):
+    user.command(GET_ARTICLES)
+    user.press(OK, text=(PASSWORD, "secret"))
+    user.agree(OK)
 
-    def catch_up(self, group):
-        self.select(group)
-        dialog = self.command(CATCH_UP)
-        self.running.check(dialog, CATCH_UP_LOCAL)
-        self.running.press(dialog, "OK")
+
+def add_keyword(user):
+    user.command(KEYWORDS)
+    user.press(OK, checked=(HIGH, 1))
+
+
+def delete_read(user):
+    user.command(DELETE_READ)
+    user.agree(YES)
+
+
+def catch_up(user, group):
+    user.choose(group)
+    user.command(CATCH_UP)
+    user.press(OK, checked=(CATCH_UP_LOCAL, 1))
 
 
 def evening(user):
-    user.subscribe("fj", NEWS)
-    user.get_articles()
-    user.open("fj.made")
-    user.add_keyword()
+    user.command(SUBSCRIBE)
+    user.press(DOWNLOAD)
+    user.press(OK, text=(PASSWORD, "secret"))
+    for row in ("fj", "fj.made", "fj.test"):
+        user.double_click(LIST, row)
+    user.press(OK)
+    get_articles(user)
+    user.double_click(GROUP_VIEW, "fj.made")
+    user.keys(SUBJECT_VIEW)
+    add_keyword(user)
     user.keys(SUBJECT_VIEW, DOWN, UP, RIGHT, LEFT, ENTER)
     user.keys(ARTICLE_VIEW, DOWN, UP, *[SPACE] * 9, *[LEFT] * 9, *[TAB] * READ, ESCAPE)
     user.keys(SUBJECT_VIEW, ESCAPE)
-    user.delete_read()
-    user.catch_up("fj.made")
-    user.get_articles()
+    delete_read(user)
+    catch_up(user, "fj.made")
+    get_articles(user)
 
 
 class Run(unittest.TestCase):
@@ -283,7 +271,7 @@ class Run(unittest.TestCase):
     def test_a_silent_server_ends_the_run(self):
         device = OnDevice(server.NewsServer({b"fj.test": fed_articles(5)}, silent_at=b"BODY 3"),
                           {"group.dat": b"fj.test\r\n"})
-        device.get_articles()
+        get_articles(device)
         self.assert_ended_well(device)
         self.assertEqual([("fj.test", "受信に失敗しました(13).")], device.system.boxes)
         self.assertTrue(120 <= device.system.clock / 1000 <= 240, device.system.clock)

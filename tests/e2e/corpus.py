@@ -22,10 +22,15 @@ def halfwidth(text):
     return b"\x1b(I" + bytes(byte & 0x7F for byte in text.encode("cp932")) + b"\x1b(B"
 
 
-def _coded(match):
-    coding, times, text = (part.decode() if part else "1" for part in match.groups())
-    codings = {"ascii": str.encode, "jis": jis, "kana": halfwidth}
-    return codings.get(coding, lambda text: word(text, coding))(text * int(times))
+def spelled(row):
+    """The bytes of a row: Python's escapes, and {CODING text} or {CODING 9*text}."""
+    def coded(match):
+        coding, times, text = (part.decode("utf-8") if part else "1" for part in match.groups())
+        codings = {"jis": jis, "kana": halfwidth} | {name: lambda text, name=name: text.encode(name)
+                                                     for name in ("ascii", "cp932")}
+        return codings.get(coding, lambda text: word(text, coding))(text * int(times))
+    row = codecs.escape_decode(row.encode("utf-8"))[0]
+    return re.sub(rb"\{(\S+) (?:(\d+)\*)?(.*?)\}", coded, row, flags=re.DOTALL)
 
 
 def _tables():
@@ -34,8 +39,7 @@ def _tables():
         if line.startswith("= "):
             rows = tables[line[2:]] = []
         elif not line.startswith("# "):
-            row = codecs.escape_decode(line.encode("utf-8"))[0]
-            rows.append(re.sub(rb"\{(\S+) (?:(\d+)\*)?(.*?)\}", _coded, row, flags=re.DOTALL))
+            rows.append(spelled(line))
     return tables
 
 

@@ -8,9 +8,8 @@
 //   items WINDOW                its children: handle, id, class, enabled, visible, text
 //   dump                        the visible windows with all that is in them, for people to read
 //   rows LIST                   a report list's rows, one field a column, left to right
-//   place LIST ROW              the middle of a row's text, in the list: x, y
 //   area WINDOW                 its edges on the screen: left, top, right, bottom
-//   post WINDOW MSG W L         PostMessage
+//   post WINDOW MSG W L         PostMessage, by its number or its registered name
 //   send WINDOW MSG W L         SendMessage; answers the result
 //   text WINDOW TEXT            WM_SETTEXT
 //   forget                      deletes the program's settings
@@ -24,7 +23,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,12 @@ long long Number(const std::string& field) {
     return std::strtoll(field.c_str(), nullptr, 10);
 }
 
+// By its number or its registered name.
+UINT Message(const std::string& field) {
+    const auto number = static_cast<UINT>(Number(field));
+    return number ? number : RegisterWindowMessageA(field.c_str());
+}
+
 std::string Handle(HWND window) {
     return std::to_string(reinterpret_cast<UINT_PTR>(window));
 }
@@ -72,25 +79,21 @@ void Answer(const Fields& fields) {
     for (size_t i = 0; i < fields.size(); ++i) {
         answer += i == 0 ? "\"" : ",\"";
         for (const char byte : fields[i]) {
-            if (byte == '"' || byte == '\\') answer += '\\';
-            answer += byte < ' ' && byte >= 0
-                          ? "\\u00" + std::string(1, "01"[byte / 16]) + "0123456789abcdef"[byte % 16]
-                          : std::string(1, byte);
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(byte));
+            const bool plain = byte < 0 || (byte >= ' ' && byte != '"' && byte != '\\');
+            answer += plain ? std::string(1, byte) : escaped;
         }
         answer += '"';
     }
     answer += ']';
 }
 
-Fields Parse(const char* line) {
-    Fields fields(1);
-    for (; *line && *line != '\n'; ++line) {
-        if (*line == '\t') {
-            fields.emplace_back();
-        } else {
-            fields.back() += *line;
-        }
-    }
+Fields Parse(const std::string& line) {
+    Fields fields;
+    std::istringstream stream(line);
+    for (std::string field; std::getline(stream, field, '\t');)
+        fields.push_back(field);
     return fields;
 }
 
@@ -235,20 +238,6 @@ bool Rows(HWND list) {
         }
         Answer(cells);
     }
-    return true;
-}
-
-bool Place(HWND list, int row) {
-    RECT place = {LVIR_LABEL, 0, 0, 0};
-    DWORD_PTR found = 0;
-    const ForeignMemory& memory = MemoryOf(list);
-    if (!memory.address || !memory.Write(&place, sizeof place) ||
-        !Ask(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(memory.address),
-             &found) ||
-        !found || !memory.Read(&place, sizeof place)) {
-        return false;
-    }
-    Answer({std::to_string((place.left + place.right) / 2), std::to_string((place.top + place.bottom) / 2)});
     return true;
 }
 
@@ -503,7 +492,7 @@ bool Clipboard() {
 
 bool Send(const Fields& order) {
     DWORD_PTR result = 0;
-    if (!Ask(Window(order[1]), static_cast<UINT>(Number(order[2])), static_cast<WPARAM>(Number(order[3])),
+    if (!Ask(Window(order[1]), Message(order[2]), static_cast<WPARAM>(Number(order[3])),
              static_cast<LPARAM>(Number(order[4])), &result)) {
         return false;
     }
@@ -523,12 +512,10 @@ bool Obey(Fields order) {
     }
     if (name == "dump") return EnumWindows(DumpTop, 0) != 0;
     if (name == "rows") return Rows(Window(order[1]));
-    if (name == "place") return Place(Window(order[1]), static_cast<int>(Number(order[2])));
     if (name == "area") return Area(Window(order[1]));
     if (name == "send") return Send(order);
     if (name == "post") {
-        return PostMessageW(Window(order[1]), static_cast<UINT>(Number(order[2])),
-                            static_cast<WPARAM>(Number(order[3])),
+        return PostMessageW(Window(order[1]), Message(order[2]), static_cast<WPARAM>(Number(order[3])),
                             static_cast<LPARAM>(Number(order[4]))) != 0;
     }
     if (name == "text") {
@@ -546,8 +533,7 @@ bool Obey(Fields order) {
 }  // namespace
 
 int main() {
-    char line[8192];
-    while (std::fgets(line, sizeof line, stdin)) {
+    for (std::string line; std::getline(std::cin, line);) {
         answer.clear();
         if (Obey(Parse(line))) {
             std::printf("[%s]\n", answer.c_str());
@@ -556,5 +542,4 @@ int main() {
         }
         std::fflush(stdout);
     }
-    return 0;
 }

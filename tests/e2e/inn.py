@@ -62,16 +62,13 @@ def answer_at_once(connection):
     connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_QUICKACK, 1)
 
 
-class NntpClient:
+class NntpClient(contextlib.AbstractContextManager):
     """Just enough of a client to feed innd and to see what nnrpd hands to a reader, byte for byte."""
 
     def __init__(self, port):
         self.socket = socket.create_connection(("127.0.0.1", port), timeout=WAIT)
         self.file = self.socket.makefile("rb")
         self.greeting = self.file.readline()
-
-    def __enter__(self):
-        return self
 
     def __exit__(self, *_):
         self.file.close()
@@ -104,7 +101,7 @@ class NntpClient:
             raise AssertionError(f"innd refused an article: {reply}\n{article}")
 
 
-class NewsServer:
+class NewsServer(contextlib.AbstractContextManager):
     def __init__(self, cache, groups):
         """Starts a server that has the newsgroups `groups`."""
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-inn-"))
@@ -113,19 +110,15 @@ class NewsServer:
             undo.callback(self.stop)
             self._unpack(cache)
             self._configure()
-            feed, self.feed_port = self._free_port()
-            self.innd = self._spawn("innd", "-d", "-N", "-u", "-P", feed)
-            self._await(self.innd, self.feed_port)
+            self.feed_port, self.port = self._free_port(), self._free_port()
+            self.innd = self._spawn("innd", "-d", "-N", "-u", "-P", str(self.feed_port))
+            self._await(self.feed_port)
             wait_until((self.home / "run/control").exists, "innd's control socket")
             for group in groups:
                 self._run("ctlinnd", "-s", "newgroup", group, "y", "bench")
-            read, self.port = self._free_port()
-            self.nnrpd = self._spawn("nnrpd", "-D", "-f", "-p", read, "-b", "127.0.0.1")
-            self._await(self.nnrpd, self.port)
+            self.nnrpd = self._spawn("nnrpd", "-D", "-f", "-p", str(self.port), "-b", "127.0.0.1")
+            self._await(self.port)
             undo.pop_all()
-
-    def __enter__(self):
-        return self
 
     def __exit__(self, *_):
         self.stop()
@@ -149,29 +142,20 @@ class NewsServer:
             (self.home / name).mkdir(parents=True, exist_ok=True)
         for source in (pathlib.Path(__file__).parent / "inn_etc").iterdir():
             (self.home / "etc" / source.name).write_text(source.read_text().replace("@HOME@", str(self.home)))
-        for name in ("distrib.pats", "subscriptions", "moderators", "nntpsend.ctl", "passwd.nntp"):
-            (self.home / "etc" / name).touch()
         own = ("control", "control.cancel", "junk")  # innd does not start without them
         (self.home / "db/active").write_text("".join(f"{name} 0000000000 0000000001 n\n" for name in own))
-        for name in ("active.times", "newsgroups", "history"):
-            (self.home / "db" / name).touch()
+        for name in ("db/active.times", "db/newsgroups", "db/history", "etc/distrib.pats", "etc/subscriptions",
+                     "etc/moderators", "etc/nntpsend.ctl", "etc/passwd.nntp"):
+            (self.home / name).touch()
         if self.account:
             subprocess.run(["chown", "-R", "news:news", self.home], check=True)
         self._run("makedbz", "-i", "-o", "-s", "200000")
 
     @staticmethod
     def _free_port():
-        """As a text and as a number."""
         with socket.socket() as probe:
             probe.bind(("127.0.0.1", 0))
-            port = probe.getsockname()[1]
-            return str(port), port
-
-    def _run(self, program, *arguments):
-        done = subprocess.run([*self.enter, self.programs / program, *arguments], env=self.environment,
-                              cwd=self.home, capture_output=True, text=True, timeout=WAIT, **self.account)
-        if done.returncode:
-            raise AssertionError(f"{program} {' '.join(arguments)}: {done.stdout}{done.stderr}")
+            return probe.getsockname()[1]
 
     def _spawn(self, program, *arguments):
         with open(self.home / f"{program}.out", "ab") as log:
@@ -179,10 +163,12 @@ class NewsServer:
                                     env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
                                     preexec_fn=end_with_parent, **self.account)
 
-    def _await(self, process, port):
+    def _run(self, program, *arguments):
+        if self._spawn(program, *arguments).wait(WAIT):
+            raise AssertionError((self.home / f"{program}.out").read_text(errors="replace"))
+
+    def _await(self, port):
         def listens():
-            if process.poll() is not None:
-                raise AssertionError("\n".join(log.read_text(errors="replace") for log in self.home.glob("*.out")))
             with contextlib.suppress(OSError):
                 socket.create_connection(("127.0.0.1", port), timeout=1).close()
                 return True

@@ -13,7 +13,8 @@ from inn import end_with_parent, wait_until
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WM_CLOSE, WM_KEYDOWN, WM_CHAR, WM_COMMAND = 0x10, 0x100, 0x102, 0x111
-BM_SETCHECK, BM_CLICK, PBM_GETRANGE, PBM_GETPOS, LVM_ENSUREVISIBLE = 0xF1, 0xF5, 0x407, 0x408, 0x1013
+BM_SETCHECK, BM_CLICK, PBM_GETRANGE, PBM_GETPOS = 0xF1, 0xF5, 0x407, 0x408
+LVM_ENSUREVISIBLE, LVM_GETTOPINDEX, LVM_APPROXIMATEVIEWRECT = 0x1013, 0x1027, 0x1040
 DOUBLE_CLICK = (0x201, 0x202, 0x203, 0x202)  # down, up, double click, up
 VK_RETURN, VK_ESCAPE, VK_HOME, VK_DOWN = 0x0D, 0x1B, 0x24, 0x28
 EXIT, PROPERTIES, GET_ARTICLES, DELETE_READ, SUBSCRIBE, CATCH_UP = 40001, 40002, 40003, 40004, 40007, 40011
@@ -50,14 +51,12 @@ class Bench:
 
     def revive(self):
         """To be called after a program was killed: Wine's server now and then fails an assertion of its own then, and
-        takes everything with it, unsaved settings too. True when it had to be started again."""
+        takes everything with it, unsaved settings too."""
         try:
             self.order("windows")
-            return False
         except (AssertionError, OSError):
             self.stop_drive()
             self.start_drive()
-            return True
 
     def registry(self, key, *value):
         self.run_wine("reg", "add", key, *value, "/f").wait()
@@ -149,10 +148,7 @@ class Program:
             if not answer and self.process.poll() is not None:
                 raise AssertionError(f"the program ended ({self.process.returncode}) while it should show {what}")
             return answer
-        try:
-            return wait_until(alive, what)
-        except AssertionError as reason:
-            raise AssertionError(f"{reason}; on the display: {self.dialogs()}") from None
+        return wait_until(alive, what)
 
     # Windows.
 
@@ -258,9 +254,10 @@ class Program:
     def double_click(self, dialog, name):
         handle, row = self.list_of(dialog), self.shows(dialog).index(name)
         self.send(handle, LVM_ENSUREVISIBLE, row)
-        x, y = map(int, self.bench.order("place", handle, row)[0])
+        above = row - self.send(handle, LVM_GETTOPINDEX)
+        y = (self.send(handle, LVM_APPROXIMATEVIEWRECT, above + 2, -1) >> 16) - 4  # the header is as high as a row
         for message in DOUBLE_CLICK:
-            self.bench.order("post", handle, message, 0, y << 16 | x)
+            self.bench.order("post", handle, message, 0, y << 16 | 20)
 
     # What a user does.
 

@@ -9,23 +9,19 @@ import threading
 import inn
 
 
-class Relay:
+class Relay(contextlib.AbstractContextManager):
     """Listens at `port` and passes everything on to 127.0.0.1:target."""
 
     def __init__(self, target):
         self.target = target
         self.sent = []  # command lines, all connections together
         self.connections = 0
-        self.held, self._release, self.rung = threading.Event(), threading.Event(), threading.Event()
-        self._awaited = self._alarm = None
-        self._nameless = False
+        self.held, self._release = threading.Event(), threading.Event()
+        self._awaited, self._nameless = None, False
         self._sockets = []
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
         self._start(self._accept)
-
-    def __enter__(self):
-        return self
 
     def __exit__(self, *_):
         self._end(self._listener)
@@ -59,12 +55,6 @@ class Relay:
         """Sends it to the program, as if it came from the server."""
         self._sockets[-2].sendall(data)
 
-    def ring_after(self, count):
-        """`rung` is set once `count` more bytes of replies have gone to the program. Until then they go in small
-        pieces, so that the program is at work on one of the last when it rings."""
-        self.rung.clear()
-        self._alarm = count
-
     def hang_up(self):
         """Ends every connection on both sides; new ones are served as before."""
         while self._sockets:
@@ -97,11 +87,7 @@ class Relay:
     def _replies(self, server, client):
         with contextlib.suppress(OSError):
             inn.answer_at_once(server)
-            while data := server.recv(512 if self._alarm else 65536):
+            while data := server.recv(65536):
                 client.sendall(b"221 0" + data[4:] if self._nameless and data.startswith(b"221 ") else data)
                 inn.answer_at_once(server)
-                if self._alarm:
-                    self._alarm = max(self._alarm - len(data), 0)
-                    if not self._alarm:
-                        self.rung.set()
             client.shutdown(socket.SHUT_WR)

@@ -10,7 +10,7 @@
 
 #include "resources/resource.h"
 #include "tests/support/imports.h"
-#include "tests/support/memory_watch.h"
+#include "text/last_error.h"
 #include "text/messages.h"
 
 Machine machine;
@@ -178,10 +178,6 @@ int WSAAPI WaitForBytes(int, fd_set*, fd_set*, fd_set*, const timeval* limit) {
     return 0;
 }
 
-int WSAAPI SetOption(SOCKET, int, int, const char*, int) {
-    return Breaks("setsockopt") ? SOCKET_ERROR : 0;
-}
-
 int WSAAPI CloseSocket(SOCKET socket) {
     return CloseMemoryHandle(reinterpret_cast<HANDLE>(socket)) ? 0 : SOCKET_ERROR;
 }
@@ -212,36 +208,162 @@ void RunThreads() {
     EXPECT_TRUE(shared[0] == before[0] && shared[1] == before[1]);
 }
 
-// Memory.
+// The user.
 
 namespace {
 
-// By address, since the test's containers release through the program's operators too.
-std::set<void*> held;
+std::string boxes;
+std::function<void(HWND)> dialogUser;
+INT_PTR dialogResult = 0;
+bool refusesDialogs = false;
 
-constexpr MemoryWatch kWatch = {
-    [](std::size_t size) {
-        machine.largestBlock = std::max(machine.largestBlock, size);
-        return !Fails(kMemory);
-    },
-    [](void* memory, bool) { held.insert(memory); },
-    [](void* memory) { held.erase(memory); },
-};
+std::string Utf8(const wchar_t* text) {
+    char bytes[2048] = "?";
+    WideCharToMultiByte(CP_UTF8, 0, text ? text : L"(no text)", -1, bytes, sizeof(bytes), nullptr, nullptr);
+    return bytes;
+}
 
-struct Watching {
-    Watching() { memoryWatch = &kWatch; }
-    ~Watching() { memoryWatch = nullptr; }
-} watching;
+int WINAPI AnswerBox(HWND, const wchar_t* text, const wchar_t* caption, UINT) {
+    boxes += Utf8(caption) + ": " + Utf8(text) + "\n";
+    return IDOK;
+}
+
+HWND WINAPI MakeDialog(HINSTANCE instance, const DLGTEMPLATE* layout, HWND owner, DLGPROC procedure,
+                       LPARAM parameter) {
+    static const auto make = RealFunction<decltype(&MakeDialog)>("CreateDialogIndirectParamW", L"user32.dll");
+    return refusesDialogs ? nullptr : make(instance, layout, owner, procedure, parameter);
+}
+
+// The dialog is real, but its user needs no message loop: what was posted to it comes when he is done.
+INT_PTR WINAPI RunDialogForUser(HINSTANCE instance, const DLGTEMPLATE* layout, HWND owner, DLGPROC procedure,
+                                LPARAM parameter) {
+    dialogResult = -1;
+    const HWND dialog = MakeDialog(instance, layout, owner, procedure, parameter);
+    RunThreads();
+    const auto user = std::exchange(dialogUser, nullptr);
+    if (user && dialog) user(dialog);
+    MSG message;
+    while (dialog && dialogResult == -1 && PeekMessageW(&message, dialog, 0, 0, PM_REMOVE))
+        DispatchMessageW(&message);
+    if (dialog) DestroyWindow(dialog);
+    return dialogResult;
+}
+
+BOOL WINAPI NoteDialogResult(HWND, INT_PTR result) {
+    dialogResult = result;
+    return TRUE;
+}
+
+HCURSOR WINAPI KeepCursor(HCURSOR) {
+    return nullptr;
+}
 
 }  // namespace
+
+std::string TakeBoxes() {
+    return std::exchange(boxes, std::string());
+}
+
+void UseNextDialog(std::function<void(HWND)> user) {
+    dialogUser = std::move(user);
+}
+
+void RefuseDialogs(bool refuse) {
+    refusesDialogs = refuse;
+}
+
+// Memory. The linker makes these of the C library's functions, and calls of those reach what stands below.
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __real_realloc(void* block, std::size_t size);
+void __real_free(void* block);
+}
+
+// The test's own containers take theirs beside that; what they give back is none of the program's.
+void* operator new(std::size_t size) {
+    return __real_malloc(size);
+}
+
+namespace {
+
+std::set<void*> held;
+bool watching = false;
+
+struct Watch {
+    Watch() { watching = true; }
+    ~Watch() { watching = false; }
+} watch;
+
+// An allocation that fails does not set the last error.
+bool IsRefused(std::size_t size) {
+    const ErrorKeeper keeper;
+    machine.largestBlock = std::max(machine.largestBlock, size);
+    return watching && Fails(kMemory);
+}
+
+// The set's own memory does not count.
+void* Note(void* taken, void* released) {
+    const ErrorKeeper keeper;
+    if (!std::exchange(watching, false)) return taken;
+    held.erase(released);
+    if (taken) held.insert(taken);
+    watching = true;
+    return taken;
+}
+
+HANDLE WINAPI MakeHeap(DWORD options, SIZE_T initial, SIZE_T most) {
+    static const auto make = RealFunction<decltype(&MakeHeap)>("HeapCreate");
+    return IsRefused(initial) ? nullptr : Note(make(options, initial, most), nullptr);
+}
+
+void* WINAPI TakeFromHeap(HANDLE heap, DWORD options, SIZE_T size) {
+    static const auto take = RealFunction<decltype(&TakeFromHeap)>("HeapAlloc");
+    return IsRefused(size) ? nullptr : take(heap, options, size);
+}
+
+BOOL WINAPI DestroyHeap(HANDLE heap) {
+    static const auto destroy = RealFunction<decltype(&DestroyHeap)>("HeapDestroy");
+    Note(nullptr, heap);
+    return destroy(heap);
+}
+
+// The test's own texts may hold the secret.
+void LookForSecret(void* block) {
+    if (machine.secret.empty() || !held.count(block)) return;
+    std::string wide;
+    for (const char byte : machine.secret)
+        wide.append({byte, '\0'});
+    const std::string_view bytes(static_cast<char*>(block), _msize(block));
+    machine.secretsFreed += bytes.find(machine.secret) != bytes.npos || bytes.find(wide) != bytes.npos;
+}
+
+}  // namespace
+
+extern "C" {
+void* __wrap_malloc(std::size_t size) {
+    void* block = IsRefused(size) ? nullptr : __real_malloc(size);
+    if (block && !machine.secret.empty()) std::memset(block, 0, size);
+    return block ? Note(block, nullptr) : nullptr;
+}
+void* __wrap_realloc(void* block, std::size_t size) {
+    if (IsRefused(size)) return nullptr;
+    LookForSecret(block);
+    void* grown = __real_realloc(block, size);
+    return grown ? Note(grown, block) : nullptr;
+}
+void __wrap_free(void* block) {
+    LookForSecret(block);
+    Note(nullptr, block);
+    __real_free(block);
+}
+}
 
 std::size_t HeldByProgram() {
     return OpenHandles() + held.size();
 }
 
 bool UsesNetwork(std::string_view call) {
-    return call == "socket" || call == "connect" || call == "send" || call == "recv" || call == "select" ||
-           call == "setsockopt";
+    return call == "socket" || call == "connect" || call == "send" || call == "recv" || call == "select";
 }
 
 void Serve(std::function<std::string(const std::string& command)> reply) {
@@ -280,6 +402,13 @@ IN_PLACE_OF(connect, ConnectTo)
 IN_PLACE_OF(send, SendBytes)
 IN_PLACE_OF(recv, ReceiveBytes)
 IN_PLACE_OF(select, WaitForBytes)
-IN_PLACE_OF(setsockopt, SetOption)
 IN_PLACE_OF(closesocket, CloseSocket)
 IN_PLACE_OF(CreateThread, StartThread)
+IN_PLACE_OF(HeapCreate, MakeHeap)
+IN_PLACE_OF(HeapAlloc, TakeFromHeap)
+IN_PLACE_OF(HeapDestroy, DestroyHeap)
+IN_PLACE_OF(SetCursor, KeepCursor)
+IN_PLACE_OF(MessageBoxW, AnswerBox)
+IN_PLACE_OF(CreateDialogIndirectParamW, MakeDialog)
+IN_PLACE_OF(DialogBoxIndirectParamW, RunDialogForUser)
+IN_PLACE_OF(EndDialog, NoteDialogResult)

@@ -1,6 +1,7 @@
-// The machine on which the loops run the program: a disk, a registry, a network and memory that a test can
-// look into, set back, and make fail at any call. It stands in the place of the system's calls for all that
-// is linked into the suite, and knows one thread: what the program starts runs when RunThreads is called.
+// The machine on which the loops run the program: a disk, a registry, a network, memory and a user, which a
+// test can look into, set back, and make fail at any call. It stands in the place of the system's calls for
+// all that is linked into the suite, and knows one thread: what the program starts runs when RunThreads is
+// called.
 #pragma once
 
 #include <functional>
@@ -38,6 +39,10 @@ struct Machine {
     // reaches and with kMemory before memory is taken. 0 lets it happen, an error number makes it fail.
     std::function<DWORD(std::string_view call)> fault;
     std::size_t largestBlock = 0;  // of memory, that the program asked for
+    // A password of more than a few bytes, and how many blocks the program gave back with it in them, as
+    // 8-bit or as UTF-16 text.
+    std::string secret = {};
+    int secretsFreed = 0;
 };
 extern Machine machine;
 
@@ -55,3 +60,15 @@ void RunThreads();
 // The data folder, with a backslash at its end, and a file in it.
 extern const std::wstring kFolder;
 std::string& FileOf(const std::wstring& name);
+
+// The user.
+
+// "caption: text" of each message box since the last call, a line each. Boxes are answered with OK.
+std::string TakeBoxes();
+
+// What the user does in the next modal dialog, once it stands and the program's threads have run. The dialog
+// ends when its code ends it.
+void UseNextDialog(std::function<void(HWND)> user);
+
+// No dialog can be made, which saves time; the program goes on without it.
+void RefuseDialogs(bool refuse);

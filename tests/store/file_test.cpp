@@ -1,8 +1,10 @@
 #include "files/data_file.h"
 
+#include <gtest/gtest.h>
+
 #include <random>
 
-#include "tests/store/group_files.h"
+#include "tests/support/temp_folder.h"
 
 namespace {
 
@@ -56,22 +58,6 @@ TEST_F(FileTest, BehavesLikePlainMemory) {
         }
         ASSERT_EQ(file.size, memory.size()) << "step " << step;
     }
-}
-
-TEST_F(FileTest, WhatCouldNotBeWrittenIsForgotten) {
-    folder.Write(L"f", "old");
-    DataFile file;
-    ASSERT_TRUE(Open(file, FileMode::kReadWrite));
-    SeekToEnd(file);
-    ASSERT_TRUE(WriteBytes(file, "lost", 4));
-    {
-        const FileCalls calls(FileCall::kWrite, ERROR_IO_DEVICE);
-        EXPECT_FALSE(FlushDataFile(file));
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_IO_DEVICE});
-    }
-    SeekToEnd(file);
-    ASSERT_TRUE(WriteBytes(file, "new", 3) && CloseDataFile(file));
-    EXPECT_EQ(folder.Read(L"f"), "oldnew");
 }
 
 TEST_F(FileTest, PositionsBeyondTwoGigabytes) {

@@ -13,6 +13,8 @@ constexpr int kPieceMilliseconds = 3;
 constexpr int kResetMilliseconds = 20;
 // How soon a wait notices that it is pointless.
 constexpr int kSliceMilliseconds = 5;
+// For the client at each step.
+constexpr std::chrono::seconds kLimit(5);
 
 std::string Shown(std::string_view bytes) {
     std::string shown;
@@ -99,15 +101,13 @@ std::vector<std::string> ScriptedServer::Finish() {
 }
 
 void ScriptedServer::Run() {
-    bool going = Accept() && SayBytes("");
+    bool going = Accept();
     while (going && next_ < script_.size()) {
         going = Play(script_[next_]);
         if (going) ++next_;
     }
     if (going) {
         AwaitEnd();
-    } else if (faultDone_) {
-        Drain();
     } else {
         for (; next_ < script_.size(); ++next_) {
             if (script_[next_].act == Act::kHear) Complain("unused: " + Shown(script_[next_].bytes));
@@ -162,25 +162,7 @@ bool ScriptedServer::SayPieces(const Step& step) {
 }
 
 bool ScriptedServer::SayBytes(std::string_view bytes) {
-    if (hangUpAfter_ > said_ + bytes.size()) return SayUpToFault(bytes);
-    if (!SayUpToFault(bytes.substr(0, hangUpAfter_ - said_))) return false;
-    faultDone_ = true;
-    EndSending(client_);
-    return false;
-}
-
-bool ScriptedServer::SayUpToFault(std::string_view bytes) {
-    size_t before = 0;
-    if (cutAt_ > said_ && cutAt_ <= said_ + bytes.size()) {
-        // An urgent byte does not show in the stream, but no recv goes past the place where it stood.
-        before = cutAt_ - said_;
-        if (!SendAll(client_, bytes.substr(0, before)) || send(client_.Get(), "!", 1, MSG_OOB) != 1) {
-            Complain("the client closed during a reply");
-            return false;
-        }
-    }
-    said_ += bytes.size();
-    if (SendAll(client_, bytes.substr(before))) return true;
+    if (SendAll(client_, bytes)) return true;
     Complain("the client closed before " + Shown(bytes));
     return false;
 }
@@ -210,17 +192,9 @@ bool ScriptedServer::AwaitEnd() {
     return !open && rest.empty();
 }
 
-void ScriptedServer::Drain() {
-    std::string rest;
-    while (client_.IsOpen() && AwaitReadable(client_, stopping_)) {
-        if (!Receive(client_, 4096, rest)) client_.Close();
-    }
-    if (client_.IsOpen()) Complain("the client did not close the connection that the server ended");
-}
-
 bool ScriptedServer::AwaitReadable(const Socket& socket, const std::atomic<bool>& noLonger) {
     if (!socket.IsOpen()) return false;
-    const auto end = std::chrono::steady_clock::now() + limit_;
+    const auto end = std::chrono::steady_clock::now() + kLimit;
     for (;;) {
         // Asked before the look: what came while the flag was still clear is not missed.
         const bool lastLook = noLonger || stopping_ || std::chrono::steady_clock::now() >= end;

@@ -53,17 +53,6 @@ class ScriptedServer {
     explicit ScriptedServer(std::vector<Step> script) : script_(std::move(script)) {}
     ~ScriptedServer();
 
-    // Faults at a place in the whole stream of bytes that the server says. Call before Start.
-    //
-    // A recv of the client ends after exactly the k-th byte, however late the client reads. Once a server.
-    void CutAt(size_t k) { cutAt_ = k; }
-    // The server ends the stream after k bytes. The rest of the script is then not missed, and what the
-    // client still sends is not looked at.
-    void HangUpAfter(size_t k) { hangUpAfter_ = k; }
-
-    // How long to wait for the client at each step; 5000 unless set.
-    void SetLimit(int milliseconds) { limit_ = std::chrono::milliseconds(milliseconds); }
-
     // Begins to listen. Returns the port, 0 on failure (Finish then says so).
     unsigned short Start();
 
@@ -77,20 +66,12 @@ class ScriptedServer {
     bool Accept();
     bool SayPieces(const Step& step);
     bool SayBytes(std::string_view bytes);
-    bool SayUpToFault(std::string_view bytes);
     bool HearBytes(const std::string& expected);
     bool AwaitEnd();
-    void Drain();
     bool AwaitReadable(const Socket& socket, const std::atomic<bool>& noLonger);
     void Complain(std::string text);
 
-    static constexpr size_t kNever = static_cast<size_t>(-1);
-
     std::vector<Step> script_;
-    size_t cutAt_ = kNever;
-    size_t hangUpAfter_ = kNever;
-    std::chrono::milliseconds limit_{5000};
-
     Socket listener_;
     Socket client_;
     std::thread thread_;
@@ -99,7 +80,5 @@ class ScriptedServer {
 
     // The thread's until it has been joined.
     size_t next_ = 0;
-    size_t said_ = 0;
-    bool faultDone_ = false;
     std::vector<std::string> complaints_;
 };

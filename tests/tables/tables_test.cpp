@@ -1,15 +1,11 @@
-// Plays the tables of this folder. A line that begins with '#' says what is shown and begins with new files,
-// those of the group "g". "put NAME WORD..." gives a file its bytes, "and" adds to them; every other line is
-// one of the commands below. What comes of it stands behind '>': what the command says, then each file that
-// it changed, and "gone" for one that it removed. A table is right when the same lines come again.
+// Plays the tables of this folder. Each row begins with new files, those of the group "g". "put NAME WORD..."
+// gives a file its bytes, "and" adds to them; every other line is one of the commands below. What must come
+// of it: what the command says, then each file that it changed, and "gone" for one that it removed.
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
-#include <memory>
-#include <sstream>
 
 #include "store/article_list.h"
 #include "store/article_writer.h"
@@ -22,6 +18,7 @@
 #include "subscribe/group_file.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/text_table.h"
 #include "tests/tables/words.h"
 #include "text/convert.h"
 #include "text/jis.h"
@@ -45,7 +42,7 @@ struct Play {
 };
 
 void Say(Play& play, const std::string& what) {
-    play.said += "> " + what + "\n";
+    play.said += what + "\n";
 }
 
 void SayDone(Play& play, bool done) {
@@ -143,6 +140,12 @@ void SayGroups(Play& play) {
         Say(play, Quoted(ToNarrow(name).get()));
 }
 
+// group-name TEXT [LENGTH]: whether a folder whose path is so long takes its files
+void SayGroupName(Play& play) {
+    const uint32_t folder = play.words.size() > 2 ? play.Number(2) : 1;
+    Say(play, IsFileName(ToWide(play.Text()).get(), folder) ? "yes" : "no");
+}
+
 // strings +TEXT -TEXT...: what the set holds when these were added and removed
 void SayStrings(Play& play) {
     StringSet set;
@@ -207,7 +210,7 @@ const std::map<std::string, Command> kCommands = {
     {"select", [](Play& play) { play.list.currentInPage = play.Number(1); }},
     {"close-list", [](Play& play) { SayDone(play, CloseArticleList(play.list)); }},
     {"groups", SayGroups},
-    {"group-name", [](Play& play) { Say(play, IsFileName(ToWide(play.Text()).get(), 1) ? "yes" : "no"); }},
+    {"group-name", SayGroupName},
     {"strings", SayStrings},
     {"wide", SayWide},
     {"date", SayDate},
@@ -224,36 +227,23 @@ void PlayCommand(Play& play) {
     kCommands.at(play.words[0].text)(play);
 }
 
-std::string PlayLine(std::unique_ptr<Play>& play, const std::string& line) {
-    if (line[0] == '#') {
-        play = std::make_unique<Play>();
-        EXPECT_TRUE(SetNames(play->store, play->Path(), L"g"));
-    } else if (!line.empty()) {
-        play->words = WordsOf(line);
-        PlayCommand(*play);
-        SayChanges(*play);
-    }
-    return line + "\n" + std::exchange(play->said, "");
-}
-
-// What comes instead is left in the test's folder, so that a change that is meant can be read and taken over.
 class Tables : public testing::TestWithParam<const char*> {};
 
 TEST_P(Tables, SayWhatComes) {
-    std::ifstream file(PELNOR_TABLES + std::string(GetParam()));
-    std::ofstream found(GetParam(), std::ios::binary);
-    std::unique_ptr<Play> play;
-    std::string line, due, said;
-    for (; std::getline(file, line); due += line + "\n") {
-        if (line[0] == '>') continue;
-        EXPECT_EQ(due, said);
-        due.clear();
-        found << (said = PlayLine(play, line));
+    for (const TableRow& row : ReadTable(GetParam())) {
+        Play play;
+        EXPECT_TRUE(SetNames(play.store, play.Path(), L"g"));
+        for (const std::string& line : row.lines) {
+            play.words = WordsOf(line);
+            PlayCommand(play);
+            SayChanges(play);
+        }
+        CheckOutcome(row, play.said);
     }
-    EXPECT_EQ(due, said);
 }
 
 INSTANTIATE_TEST_SUITE_P(, Tables,
-                         testing::Values("text.txt", "groups.txt", "old_indexes.txt", "deletion.txt"));
+                         testing::Values("tables/text.txt", "tables/groups.txt", "tables/old_indexes.txt",
+                                         "tables/deletion.txt"));
 
 }  // namespace

@@ -2,63 +2,18 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <utility>
+#include <regex>
+
+#include "tests/support/text_table.h"
 
 namespace {
 
-constexpr std::string_view kBytes = {"\r\n\t\0\"\\", 6};
-constexpr std::string_view kNames = "rnt0\"\\";
 constexpr std::size_t kLongRun = 20;
 
-char TakeByte(std::string_view& line) {
-    const char byte = line[0];
-    line.remove_prefix(1);
-    if (byte != '\\') return byte;
-    const char name = line[0];
-    line.remove_prefix(1);
-    if (name != 'x') return kBytes[kNames.find(name)];
-    const std::string digits(line.substr(0, 2));
-    line.remove_prefix(2);
-    return static_cast<char>(std::strtoul(digits.c_str(), nullptr, 16));
-}
-
-// Behind the sign that the line begins with.
-std::size_t TakeNumber(std::string_view& line) {
-    line.remove_prefix(1);
-    const std::size_t length = std::min(line.find_first_not_of("0123456789"), line.size());
-    const std::string digits(line.substr(0, length));
-    line.remove_prefix(length);
-    return std::strtoul(digits.c_str(), nullptr, 10);
-}
-
-std::string TakePiece(std::string_view& line) {
-    std::string piece;
-    line.remove_prefix(1);
-    while (line[0] != '"')
-        piece += TakeByte(line);
-    line.remove_prefix(1);
-    if (!line.empty() && line[0] == ':') piece.resize(TakeNumber(line), '\0');
-    if (line.empty() || line[0] != '*') return piece;
-    std::string pieces;
-    for (std::size_t count = TakeNumber(line); count > 0; --count)
-        pieces += piece;
-    return pieces;
-}
-
-Word TakeWord(std::string_view& line) {
-    Word word{"", line[0] == '"'};
-    while (word.isQuoted && !line.empty() && line[0] == '"')
-        word.text += TakePiece(line);
-    if (word.isQuoted) return word;
-    word.text = line.substr(0, line.find(' '));
-    line.remove_prefix(word.text.size());
-    return word;
-}
-
-std::string Escaped(char byte) {
-    const std::size_t place = kBytes.find(byte);
-    if (place != std::string_view::npos) return {'\\', kNames[place]};
+std::string EscapedByte(char byte) {
+    if (byte == '\r') return "\\r";
+    if (byte == '\n') return "\\n";
+    if (byte == '"' || byte == '\\' || byte == '{') return {'\\', byte};
     if (byte >= ' ' && byte <= '~') return {byte};
     constexpr char kDigits[] = "0123456789ABCDEF";
     const auto value = static_cast<unsigned char>(byte);
@@ -85,28 +40,26 @@ std::string TakeFields(std::string_view& bytes, const std::vector<std::size_t>& 
 
 }  // namespace
 
-std::vector<Word> WordsOf(std::string_view line) {
+std::vector<Word> WordsOf(const std::string& line) {
+    static const std::regex kWord(R"_(("((?:\\.|[^"\\])*)"(?::(\d+))?)|\S+)_");
     std::vector<Word> words;
-    while (line.find_first_not_of(' ') != std::string_view::npos) {
-        line.remove_prefix(line.find_first_not_of(' '));
-        words.push_back(TakeWord(line));
+    for (std::sregex_iterator found(line.begin(), line.end(), kWord), end; found != end; ++found) {
+        const std::smatch& word = *found;
+        words.push_back({word[1].matched ? Unescaped(word[2]) : word.str(), word[1].matched});
+        if (word[3].matched) words.back().text.resize(std::stoul(word[3]));
     }
     return words;
 }
 
 std::string Quoted(std::string_view bytes) {
-    std::string quoted, piece;
+    std::string quoted = "\"";
     while (!bytes.empty()) {
-        const std::string byte = Escaped(bytes[0]);
+        const std::string byte = EscapedByte(bytes[0]);
         const std::size_t run = std::min(bytes.find_first_not_of(bytes[0]), bytes.size());
+        quoted += run < kLongRun ? byte : '{' + byte + '*' + std::to_string(run) + '}';
         bytes.remove_prefix(run < kLongRun ? 1 : run);
-        piece += byte;
-        if (run < kLongRun) continue;
-        piece.resize(piece.size() - byte.size());
-        if (!piece.empty()) quoted += '"' + std::exchange(piece, "") + '"';
-        quoted += '"' + byte + "\"*" + std::to_string(run);
     }
-    return piece.empty() && !quoted.empty() ? quoted : quoted + '"' + piece + '"';
+    return quoted + '"';
 }
 
 std::string BytesOf(const Word& word) {

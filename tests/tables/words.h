@@ -5,17 +5,16 @@
 #include <string_view>
 #include <vector>
 
-// Bytes in quotes, with \r, \n, \t, \0, \", \\ and \xNN in them: "x":48 is filled with 0 bytes up to 48,
-// "x"*40 and "x":48*40 stand 40 times, and pieces with nothing between are one word. Anything else up to a
+// Bytes in quotes, escaped as in all tables; "x":48 is filled with 0 bytes up to 48. Anything else up to a
 // blank is a name or a number.
 struct Word {
     std::string text;
     bool isQuoted = false;
 };
 
-std::vector<Word> WordsOf(std::string_view line);
+std::vector<Word> WordsOf(const std::string& line);
 
-// In quotes as above. A byte that comes many times stands once.
+// In quotes, so that WordsOf gives the same bytes.
 std::string Quoted(std::string_view bytes);
 
 // What stands in a file for the word: a number is four bytes, little-endian.

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <set>
 
 #include "text/last_error.h"
 
@@ -42,14 +44,43 @@ inline void SetLastError(DWORD error) {
 
 BOOL CloseHandle(HANDLE file);
 
-HANDLE HeapCreate(DWORD, SIZE_T initial, SIZE_T maximum);
-void* HeapAlloc(HANDLE heap, DWORD, SIZE_T size);
-BOOL HeapFree(HANDLE heap, DWORD, void* memory);
-BOOL HeapDestroy(HANDLE heap);
+// A heap is the set of its blocks.
+using MemoryHeap = std::set<void*>;
+inline HANDLE HeapCreate(DWORD, SIZE_T, SIZE_T) {
+    return new MemoryHeap;
+}
+inline void* HeapAlloc(HANDLE heap, DWORD, SIZE_T size) {
+    return *static_cast<MemoryHeap*>(heap)->insert(std::malloc(size)).first;
+}
+inline BOOL HeapFree(HANDLE heap, DWORD, void* memory) {
+    if (static_cast<MemoryHeap*>(heap)->erase(memory) == 0) std::abort();
+    std::free(memory);
+    return 1;
+}
+inline BOOL HeapDestroy(HANDLE heap) {
+    for (void* memory : *static_cast<MemoryHeap*>(heap))
+        std::free(memory);
+    delete static_cast<MemoryHeap*>(heap);
+    return 1;
+}
 
-UINT TextCodePage();
-int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units);
-int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*);
+inline UINT TextCodePage() {
+    return 932;
+}
+template <class To, class From>
+int CopyUnits(To* to, int room, const From* from) {
+    int count = 0;
+    for (; count < room && from[count] != 0; ++count)
+        to[count] = static_cast<To>(static_cast<std::make_unsigned_t<char>>(from[count]));
+    to[count] = 0;
+    return count + 1;
+}
+inline int MultiByteToWideChar(UINT, DWORD, const char* text, int, wchar_t* buffer, int units) {
+    return CopyUnits(buffer, units, text);
+}
+inline int WideCharToMultiByte(UINT, DWORD, const wchar_t* text, int, char* buffer, int bytes, void*, void*) {
+    return CopyUnits(buffer, bytes, text);
+}
 
 // A listing of the folder finds nothing here.
 constexpr DWORD ERROR_NO_MORE_FILES = 18;
