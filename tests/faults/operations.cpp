@@ -276,13 +276,21 @@ void PutSettings() {
     EXPECT_TRUE(SaveSettings(settings));
 }
 
-// What cannot be loaded is not stored.
-Outcome ChangeSettings() {
+bool LoadAndSave() {
     Settings settings;
     bool complete = false;
     const bool loaded = LoadSettings(settings, complete);
     settings.Limit = 30;
-    return {loaded && SaveSettings(settings), LastNumber()};
+    return loaded && SaveSettings(settings);
+}
+
+// What cannot be loaded is not stored, and no memory is given back with the password in it.
+Outcome ChangeSettings() {
+    machine.secret = "himitsu";
+    machine.secretsFreed = 0;
+    const bool done = LoadAndSave();
+    machine.secret.clear();
+    return {done, LastNumber(), machine.secretsFreed != 0};
 }
 
 // The machine works again after a start that failed, and the user goes on without a new one.

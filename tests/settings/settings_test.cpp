@@ -6,7 +6,6 @@
 #include <string>
 
 #include "settings/registry.h"
-#include "tests/support/secret_watch.h"
 #include "tests/support/temp_folder.h"
 #include "text/convert.h"
 
@@ -24,19 +23,6 @@ class SettingsTest : public testing::Test {
     Settings settings;
     bool complete = false;
 };
-
-TEST_F(SettingsTest, NoPasswordStaysInMemoryThatIsFree) {
-    Write(L"UserID", L"taro");
-    Write(L"Password", L"himitsu");
-    SecretWatch watch("himitsu");
-    Load();
-    EXPECT_FALSE(complete) << "no server";
-    EXPECT_STREQ(settings.Password.get(), "himitsu");
-    ASSERT_TRUE(SaveSettings(settings));
-    FreeSettings(settings);
-    EXPECT_GT(watch.freed, 0);
-    EXPECT_EQ(watch.found, 0);
-}
 
 TEST_F(SettingsTest, AnOrganisationIsBlankOnlyBesideAnAddress) {
     for (const wchar_t* address : {L"", L"a"}) {
