@@ -7,12 +7,12 @@
 #include "bench/groups.h"
 #include "bench/measure.h"
 #include "bench/memory.h"
+#include "demo/line_server.h"
 #include "platform/platform.h"
 #include "resources/resource.h"
 #include "subscribe/group_list.h"
 #include "subscribe/group_list_dialog.h"
 #include "subscribe/subscribe_dialog.h"
-#include "tests/support/line_server.h"
 
 namespace {
 

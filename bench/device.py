@@ -87,7 +87,7 @@ def group(count, read=lambda number: False, lines=22):
 
 def opened(count, *acts):
     device = Counted(group(count))
-    device.open("fj.test")
+    device.double_click(test_run.GROUP_VIEW, "fj.test")
     for act in acts:
         act(device)
     return device.ended()
@@ -121,6 +121,7 @@ def rows():
         yield from differ(what, "byte", more, less, (large - small) * (body or head))
     less, (more, body, head) = fetched(small)[0], fetched(large)
     yield from differ("storing an article", "byte", more, less, (large - small) * (body + head), 20)
+    yield from differ("the same", "article", more, less, large - small)
     heap, stack = more.heap, more.stack
 
     logs = [{name: data for name, data in group(count).items() if not name.endswith(".idx")} for count in (small, large)]
@@ -131,22 +132,22 @@ def rows():
 
     def refiltered(count):
         device = Counted(group(count) | {"fj.test.flt": keywords})
-        device.open("fj.test")
-        device.add_keyword()
+        device.double_click(test_run.GROUP_VIEW, "fj.test")
+        test_run.add_keyword(device)
         return device.ended()
 
     yield from differ("re-filtering, 20 keywords", "article", refiltered(large), refiltered(small), large - small)
 
     def marked(count):
         device = Counted(group(count))
-        device.catch_up("fj.test")
+        test_run.catch_up(device, "fj.test")
         return device.ended()
 
     yield from differ("marking all read", "article", marked(large), marked(small), large - small)
 
     def deleted(count):
         device = Counted(group(count, read=lambda number: number % 2))
-        device.delete_read()
+        test_run.delete_read(device)
         return device.ended()
 
     yield from differ("deleting every second", "article", deleted(large), deleted(small), large - small)

@@ -1,10 +1,18 @@
 #!/bin/bash
 # bench/run.sh [quick] [PART...]: builds the benchmarks, runs them and prints one table, which docs/performance.md
 # explains. Parts: layout choose store text startup download; all when none is named. `quick` has the download
-# measured once and with few articles. Installs what is missing; all that it starts ends with it.
+# measured once and with few articles. `bench/run.sh device` counts instead what the device's executable does and keeps
+# the counts in bench/device.txt. Installs what is missing; all that it starts ends with it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/environment.sh
+
+if [ "${1-}" = device ]; then
+    require_packages $device_packages python3-pefile python3-unicorn python3-distutils python3-pkg-resources
+    { cmake --preset device && cmake --build --preset device; } >&2
+    /usr/bin/python3 bench/device.py build/device | tee bench/device.txt
+    exit
+fi
 
 quick=
 if [ "${1-}" = quick ]; then

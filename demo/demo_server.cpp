@@ -26,7 +26,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/line_server.h"
+#include "demo/line_server.h"
 
 namespace {
 

@@ -32,36 +32,20 @@ Found FindLine(std::string_view stream, std::size_t capacity) {
 
 // The same bytes through the assembler, in a buffer of exactly the promised size and pieces of at most
 // `piece` bytes.
-struct Assembled {
-    NarrowText buffer;
-    LineAssembler line;
-    LineState state = LineState::kOpen;
-};
-
-Assembled Assemble(std::string_view stream, std::size_t capacity, std::size_t piece) {
-    Assembled result;
-    result.buffer = NewArray<char>(capacity + 1);
-    result.line = {result.buffer.get(), capacity};
-    while (!stream.empty() && result.state == LineState::kOpen) {
-        std::size_t added = 0;
-        const std::string_view part = stream.substr(0, piece);
-        result.state = AddToLine(result.line, part.data(), part.size(), added);
-        stream.remove_prefix(added);
-    }
-    return result;
-}
-
 void CheckFinished(std::string_view stream, std::size_t capacity, std::size_t piece, const Found& found,
                    bool cut) {
-    Assembled assembled = Assemble(stream, capacity, piece);
-    Require(assembled.state == found.state,
-            "the line ends at the LF behind its first CR, or at the capacity");
-    Require(std::string_view(assembled.buffer.get(), assembled.line.length) == found.bytes,
+    const NarrowText buffer = NewArray<char>(capacity + 1);
+    LineAssembler line{buffer.get(), capacity};
+    LineState state = LineState::kOpen;
+    for (std::size_t added = 0; !stream.empty() && state == LineState::kOpen; stream.remove_prefix(added))
+        state = AddToLine(line, stream.data(), std::min(piece, stream.size()), added);
+    Require(state == found.state, "the line ends at the LF behind its first CR, or at the capacity");
+    Require(std::string_view(buffer.get(), line.length) == found.bytes,
             "a line holds exactly the stream's bytes");
-    FinishLine(assembled.line, cut);
+    FinishLine(line, cut);
     const std::string_view expected = cut ? WithoutLineEnd(found.bytes) : found.bytes;
-    Require(assembled.line.length == expected.size(), "cutting takes the line end and nothing else");
-    Require(assembled.buffer[expected.size()] == '\0', "a finished line is terminated");
+    Require(line.length == expected.size(), "cutting takes the line end and nothing else");
+    Require(buffer[expected.size()] == '\0', "a finished line is terminated");
 }
 
 // Doubling a leading dot on the way out and taking one off on the way in is no change.

@@ -203,6 +203,8 @@ void CheckGroup(const Group& group, bool done, uint32_t limit) {
     if (!done) return;
     Require(store.header.serverLast == LastOf(group) && store.header.lastFetched <= LastOf(group),
             "the header knows where its own group ends");
+    Require(store.header.lastFetched == LastOf(group) || store.header.recordCount == limit,
+            "only the limit ends it before its last number");
     CheckPassedOver(group, next, store.header.lastFetched + 1);
 }
 
@@ -283,17 +285,11 @@ int wsprintfW(wchar_t* text, const wchar_t*, ...) {
     text[0] = L'\0';
     return 0;
 }
-void SetResult(RunResult& result, const wchar_t*, const wchar_t* text, uint32_t severity) {
-    result.text[0] = *text;
-    result.severity = severity;
+void CopyCut(wchar_t* to, std::size_t, const wchar_t*) {
+    to[0] = L'\0';
 }
-bool FailWithError(RunResult& result, const wchar_t*, UINT) {
-    result.severity = kError;
-    return false;
-}
-bool FailWithReply(RunResult& result, UINT, const char*) {
-    result.severity = kError;
-    return false;
+const wchar_t* FormatLastError(const wchar_t*, TextBuffer&) {
+    return L"text";
 }
 
 void FuzzOne(std::string_view input) {

@@ -150,12 +150,13 @@ bool TakeReplies(Fetch& fetch) {
 }
 
 void Summarise(const Fetch& fetch) {
-    TextBuffer resource, text;
+    TextBuffer resource;
+    RunResult& result = ResultOf(fetch);
     const ArticlePlan& plan = fetch.run->pipeline->plan;
     const bool limited = IsLimited(plan);
     const wchar_t* format = LoadResString(limited ? IDS_LIMIT_REACHED : IDS_ARTICLES_FETCHED, resource);
-    wsprintfW(text, format ? format : L"%d", limited ? plan.limit : plan.fetched);
-    SetResult(ResultOf(fetch), L"", text, kInformation);
+    SetResult(result, L"", L"", kInformation);
+    wsprintfW(result.text, format ? format : L"%d", limited ? plan.limit : plan.fetched);
 }
 
 // Warns with string `id` and the reply line, without its line end.
@@ -218,8 +219,7 @@ bool FetchNewArticles(Fetch& fetch, const GroupReply& reply, uint32_t& lastFetch
     uint32_t first = 0;
     lastFetched = reply.last;
     if (FindRange(fetch.store, reply, first)) return FetchRange(fetch, first, reply, lastFetched);
-    TextBuffer text;
-    SetResult(ResultOf(fetch), L"", LoadResString(IDS_NO_NEW_ARTICLES, text), kInformation);
+    SetResult(ResultOf(fetch), L"", IDS_NO_NEW_ARTICLES, kInformation);
     return true;
 }
 

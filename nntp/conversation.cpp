@@ -7,8 +7,7 @@
 namespace {
 
 bool FailPlainly(RunResult& result, const wchar_t* title, UINT id) {
-    TextBuffer text;
-    SetResult(result, title, LoadResString(id, text), kError);
+    SetResult(result, title, id, kError);
     return false;
 }
 

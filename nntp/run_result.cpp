@@ -9,6 +9,11 @@ void SetResult(RunResult& result, const wchar_t* title, const wchar_t* text, uin
     result.severity = severity;
 }
 
+void SetResult(RunResult& result, const wchar_t* title, UINT id, uint32_t severity) {
+    TextBuffer text;
+    SetResult(result, title, LoadResString(id, text), severity);
+}
+
 bool FailWithError(RunResult& result, const wchar_t* title, UINT id) {
     const ErrorKeeper keeper;
     TextBuffer format, text;

@@ -19,6 +19,9 @@ struct RunResult {
 
 void SetResult(RunResult& result, const wchar_t* title, const wchar_t* text, uint32_t severity);
 
+// The same with string `id` for its text.
+void SetResult(RunResult& result, const wchar_t* title, UINT id, uint32_t severity);
+
 // An error whose text is string `id` with the last error for its "%d". Keeps the last error. Returns false.
 bool FailWithError(RunResult& result, const wchar_t* title, UINT id);
 

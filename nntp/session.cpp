@@ -28,8 +28,7 @@ bool DownloadGroups(const Run& run, GroupCursor& cursor) {
 bool RunSession(const SessionRequest& request) {
     std::unique_ptr<Session> session(new (std::nothrow) Session);
     if (!session) {
-        TextBuffer text;
-        SetResult(*request.result, kProgramCaption, LoadResString(IDS_NO_MEMORY, text), kError);
+        SetResult(*request.result, kProgramCaption, IDS_NO_MEMORY, kError);
         return Fail(kErrorNoMemory);
     }
     Conversation& conversation = session->conversation;

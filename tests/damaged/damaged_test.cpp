@@ -7,6 +7,7 @@
 #include "store/article_list.h"
 #include "store/delete_read.h"
 #include "store/group_changes.h"
+#include "store/index.h"
 #include "store/log.h"
 #include "tests/faults/operations.h"
 #include "tests/support/text_table.h"
@@ -66,6 +67,10 @@ std::string Change(const char* what, bool (*change)(GroupStore&)) {
     });
 }
 
+bool CatchUpOnServer(GroupStore& store) {
+    return ReadHeader(store) && WriteHeader(store);
+}
+
 // The article's number; "?" for a text that is none of them, "-" for none, "!" where it cannot be marked.
 std::string ReadRow(ArticleList& list, uint32_t row) {
     const IndexRecord record = list.page[row % 2];
@@ -107,8 +112,9 @@ std::string Evening() {
     report += Read();
     report += Try("fetch", [] { return Download({kGroup}); });
     report += Read();
-    report += Change("filter", Refilter);
     report += Change("delete", DeleteRead);
+    report += Change("filter", Refilter);
+    report += Change("catch-up", CatchUpOnServer);
     report += Try("start", Start);
     report += Read();
     for (const auto& [path, bytes] : machine.storage.files)

@@ -194,6 +194,22 @@ def get_articles(user):
     user.agree(OK)
 
 
+def add_keyword(user):
+    user.command(KEYWORDS)
+    user.press(OK, checked=(HIGH, 1))
+
+
+def delete_read(user):
+    user.command(DELETE_READ)
+    user.agree(YES)
+
+
+def catch_up(user, group):
+    user.choose(group)
+    user.command(CATCH_UP)
+    user.press(OK, checked=(CATCH_UP_LOCAL, 1))
+
+
 def evening(user):
     user.command(SUBSCRIBE)
     user.press(DOWNLOAD)
@@ -204,16 +220,12 @@ def evening(user):
     get_articles(user)
     user.double_click(GROUP_VIEW, "fj.made")
     user.keys(SUBJECT_VIEW)
-    user.command(KEYWORDS)
-    user.press(OK, checked=(HIGH, 1))
+    add_keyword(user)
     user.keys(SUBJECT_VIEW, DOWN, UP, RIGHT, LEFT, ENTER)
     user.keys(ARTICLE_VIEW, DOWN, UP, *[SPACE] * 9, *[LEFT] * 9, *[TAB] * READ, ESCAPE)
     user.keys(SUBJECT_VIEW, ESCAPE)
-    user.command(DELETE_READ)
-    user.agree(YES)
-    user.choose("fj.made")
-    user.command(CATCH_UP)
-    user.press(OK, checked=(CATCH_UP_LOCAL, 1))
+    delete_read(user)
+    catch_up(user, "fj.made")
     get_articles(user)
 
 

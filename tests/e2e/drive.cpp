@@ -13,7 +13,8 @@
 //   send WINDOW MSG W L         SendMessage; answers the result
 //   text WINDOW TEXT            WM_SETTEXT
 //   forget                      deletes the program's settings
-//   setting NAME sz|dword VALUE writes one
+//   setting NAME sz|dword VALUE writes one; as binary, VALUE is hexadecimal
+//   clipboard                   its text
 #include <windows.h>
 
 #include <commctrl.h>
@@ -346,8 +347,8 @@ void DumpChoices(HWND combo, int depth) {
 void DumpMenu(const ForeignMemory& memory, HWND popup, int depth) {
     constexpr UINT kGetMenu = 0x1E1;  // MN_GETHMENU
     const auto menu = static_cast<UINT_PTR>(Ask(popup, kGetMenu));
-    const UINT_PTR count = memory.Call(GetMenuItemCount, menu);
-    for (UINT_PTR i = 0; i < count; ++i) {
+    const auto count = static_cast<int>(memory.Call(GetMenuItemCount, menu));  // below 0 once it has closed
+    for (int i = 0; i < count; ++i) {
         wchar_t text[256] = L"";
         MENUITEMINFOW item = {};
         item.cbSize = sizeof item;
@@ -355,7 +356,7 @@ void DumpMenu(const ForeignMemory& memory, HWND popup, int depth) {
         item.dwTypeData = reinterpret_cast<wchar_t*>(memory.address + kTextAt);
         item.cch = 256;
         (void)(memory.Write(text, sizeof text, kTextAt) && memory.Write(&item, sizeof item));
-        memory.Call(GetMenuItemInfoW, menu, i, TRUE, memory.At(0));
+        memory.Call(GetMenuItemInfoW, menu, static_cast<UINT_PTR>(i), TRUE, memory.At(0));
         (void)(memory.Read(&item, sizeof item) && memory.Read(text, sizeof text, kTextAt));
         Say(depth, item.fType & MFT_SEPARATOR ? "separator"
                                               : "item" + Quoted(Utf8(text)) + Decimal("command", item.wID) +
@@ -470,14 +471,23 @@ bool Setting(const Fields& order) {
         return false;
     const std::wstring name = Wide(order[1]), text = Wide(order[3]);
     const DWORD number = static_cast<DWORD>(std::strtoul(order[3].c_str(), nullptr, 10));
-    const LONG error =
-        order[2] == "dword"
-            ? RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
-                             sizeof number)
-            : RegSetValueExW(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    std::string bytes(reinterpret_cast<const char*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t));
+    if (order[2] == "dword") bytes.assign(reinterpret_cast<const char*>(&number), sizeof number);
+    if (order[2] == "binary") bytes.clear();
+    for (size_t i = 0; order[2] == "binary" && i < order[3].size(); i += 2)
+        bytes += static_cast<char>(std::strtoul(order[3].substr(i, 2).c_str(), nullptr, 16));
+    const DWORD type = order[2] == "sz" ? REG_SZ : order[2] == "dword" ? REG_DWORD : REG_BINARY;
+    const LONG error = RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
+                                      static_cast<DWORD>(bytes.size()));
     RegCloseKey(key);
     return error == ERROR_SUCCESS;
+}
+
+bool Clipboard() {
+    if (!OpenClipboard(nullptr)) return false;
+    const HANDLE text = GetClipboardData(CF_UNICODETEXT);
+    Answer({text ? Utf8(static_cast<const wchar_t*>(GlobalLock(text))) : ""});
+    return CloseClipboard() != 0;
 }
 
 bool Send(const Fields& order) {
@@ -512,6 +522,7 @@ bool Obey(Fields order) {
         const std::wstring text = Wide(order[2]);
         return Ask(Window(order[1]), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()), &result);
     }
+    if (name == "clipboard") return Clipboard();
     if (name == "forget") {
         const LONG error = RegDeleteTreeW(HKEY_CURRENT_USER, kKey);
         return error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND;

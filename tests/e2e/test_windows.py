@@ -14,6 +14,7 @@ import itertools
 import os
 import pathlib
 import shutil
+import struct
 import subprocess
 import tempfile
 import time
@@ -61,8 +62,8 @@ class Screen:
     """What a person sees of a part of the display."""
 
     def __init__(self, bench):
-        take = ["import", "-display", bench.display, "-window", "root", "-depth", "8", "ppm:-"]
-        shown = subprocess.run(take, check=True, capture_output=True).stdout
+        take = ["import", "-window", "root", "-depth", "8", "ppm:-"]
+        shown = subprocess.run(take, env=bench.environment, check=True, capture_output=True).stdout
         _, size, _, self.bytes = shown.split(b"\n", 3)
         self.width = int(size.split()[0])
 
@@ -111,8 +112,9 @@ class Windows(scenario.Scenario):
 
     # What the script says.
 
-    def setting(self, name, kind, value):
-        self.bench.order("setting", name, kind, str(self.relay.port) if value == "PORT" else value)
+    def setting(self, name, kind, *words):
+        value = " ".join(words).encode().decode("unicode_escape")
+        self.bench.order("setting", name, kind, {"PORT": self.relay.port, "LONG": "x" * 300}.get(value, value))
 
     def start(self):
         self.running = program.Program(self.bench, (program.FRAME, program.DIALOG))
@@ -122,6 +124,15 @@ class Windows(scenario.Scenario):
         second = self.bench.run_wine(self.bench.program)
         inn.wait_until(lambda: second.poll() is not None, "the second start to end")
         self.notes.append(f"the second start ended with {second.returncode}")
+
+    def start_two(self):
+        """At once: one stays."""
+        both = [self.bench.run_wine(self.bench.program) for _ in range(2)]
+        for process in both:
+            self.addCleanup(process.kill)
+        inn.wait_until(lambda: any(process.poll() is not None for process in both), "one of two to end")
+        self.running.process = next(process for process in both if process.poll() is None)
+        self.notes.append(f"of two starts at once one ended with {sum(p.returncode or 0 for p in both)}")
 
     def other_program(self):
         """Comes in front of this one."""
@@ -137,19 +148,28 @@ class Windows(scenario.Scenario):
         self.notes.append(f"the program ended with {self.running.wait_exit()}")
 
     def keys(self, *names):
+        self.await_focus()
         self.xdotool("key", *names)
 
     def type(self, text):
+        self.await_focus()
         self.xdotool("type", text.replace("PORT", str(self.relay.port)))
 
-    def click(self, number, x="", y="", times="1"):
+    def click(self, number, x=None, y=None, times=1, button=1):
         """On the middle of the child with this id, or at a place in it."""
         left, top, right, bottom = self.area(number)
-        self.xdotool("mousemove", left + int(x or (right - left) // 2), top + int(y or (bottom - top) // 2),
-                     "click", "--repeat", times, "--delay", "10", "1")
+        place = left + int(x or (right - left) // 2), top + int(y or (bottom - top) // 2)
+        self.xdotool("mousemove", *place)
+        if int(times):
+            self.xdotool("click", "--repeat", times, "--delay", "10", button)
+
+    def turn(self, number, *notches):
+        """The wheel; a notch above 0 is towards the user."""
+        for notch in map(int, notches):
+            self.click(number, times=abs(notch), button=5 if notch > 0 else 4)
 
     def double(self, number, x, y):
-        self.click(number, x, y, "2")
+        self.click(number, x, y, 2)
 
     def drag(self, number, x, y, by_x, by_y):
         left, top, _, _ = self.area(number)
@@ -163,6 +183,20 @@ class Windows(scenario.Scenario):
 
     def command(self, number):
         self.bench.order("post", self.window("frame"), program.WM_COMMAND, number, 0)
+
+    def message(self, number, *parameters):
+        self.bench.order("post", self.window("frame"), number, *parameters)
+
+    def clipboard(self):
+        self.looks.append(lambda: ["  " + line for line in self.bench.order("clipboard")[0][0].splitlines()])
+
+    def index(self, name):
+        """What the file holds: the header's numbers, and each record's flags."""
+        def look():
+            data = (self.folder_path / f"{name}.idx").read_bytes()
+            flags = "".join(str(data[at]) for at in range(100, len(data), 92))
+            return [f"{name}: {struct.unpack('<6I', data[:24])} {struct.unpack('<3I', data[88:100])} {flags}"]
+        self.looks.append(look)
 
     def registry(self):
         shown = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, check=True,
@@ -178,10 +212,10 @@ class Windows(scenario.Scenario):
         self.relay.release()
 
     def look(self, number, *part):
-        self.looks.append((number, Screen.bands, *map(int, part)))
+        self.looks.append(lambda: self.seen(number, Screen.bands, *map(int, part)))
 
     def draw(self, number, *part):
-        self.looks.append((number, Screen.drawing, *map(int, part)))
+        self.looks.append(lambda: self.seen(number, Screen.drawing, *map(int, part)))
 
     def write_groups(self):
         """Two groups to read, one of them long, and one that waits for its first run."""
@@ -205,8 +239,18 @@ class Windows(scenario.Scenario):
 
     # How it does that.
 
-    def xdotool(self, *words):
-        subprocess.run(["xdotool", *map(str, words)], env=self.bench.environment, check=True)
+    def xdotool(self, *words, check=True):
+        return subprocess.run(["xdotool", *map(str, words)], env=self.bench.environment, check=check,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, encoding="utf-8").stdout
+
+    def await_focus(self):
+        """The display gives the keys to a new window a moment after Windows does; sometimes a window manager is to."""
+        def given():
+            caption = next((window[3] for window in self.bench.order("windows")), None)
+            if caption is None or self.xdotool("getwindowfocus", "getwindowname", check=False) == caption + "\n":
+                return True
+            self.xdotool("search", "--onlyvisible", "--name", f"^{caption}$", "windowfocus", check=False)
+        inn.wait_until(given, "the focus", 5)
 
     def window(self, number):
         """The handle of the frame, of the topmost window or of the topmost visible child with that id."""
@@ -216,7 +260,7 @@ class Windows(scenario.Scenario):
                 return next((w[0] for w in windows if number == "front" or w[1] == "PelnorMainFrmWnd"), None)
             items = (program.Item(*item) for window in windows for item in self.bench.order("items", window[0]))
             return next((item.handle for item in items if item.id == number and item.visible == "1"), None)
-        return inn.wait_until(found, f"window {number}", self.patience)
+        return inn.wait_until(found, f"window {number}", 5)
 
     def area(self, number):
         return map(int, self.bench.order("area", self.window(number))[0])
@@ -260,17 +304,15 @@ class Windows(scenario.Scenario):
             else:
                 lines += [line for line in difflib.ndiff(before, block) if line[0] in "-+"]
         lines += [f"{name} has gone" for name in self.shown if name not in now]
-        for number, view, *part in self.looks:
-            lines += [f"seen of {number}:", *self.seen(number, view, *part)]
-        return lines
+        return lines + [line for look in self.looks for line in look()]
 
     def seen(self, number, view, x=0, y=0, width=None, height=None):
         try:
             left, top, right, bottom = self.area(number)
         except AssertionError as reason:
             return [str(reason)]
-        return view(Screen(self.bench), left + x, top + y, left + x + width if width else right,
-                    top + y + height if height else bottom)
+        return [f"seen of {number}:"] + view(Screen(self.bench), left + x, top + y, left + x + width if width else right,
+                                             top + y + height if height else bottom)
 
     def take(self, step):
         """Acts, and waits until the windows show what is expected; returns what they show in the end."""

@@ -152,7 +152,7 @@ std::string Word(uint32_t value) {
 
 uint32_t WordAt(const std::string& bytes, std::size_t offset) {
     uint32_t word = 0;
-    for (std::size_t i = 4; i-- > 0;)
+    for (std::size_t i = std::min<std::size_t>(4, bytes.size() - std::min(offset, bytes.size())); i-- > 0;)
         word = word << 8 | static_cast<unsigned char>(bytes[offset + i]);
     return word;
 }

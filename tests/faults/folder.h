@@ -42,7 +42,7 @@ std::string StoredText(const Article& article);
 
 constexpr std::size_t kHeaderBytes = 100, kRecordBytes = 92;  // of an index
 
-// A number as the files hold it, and the one at a place.
+// A number as the files hold it, and the one at a place; bytes that are not there count as 0.
 std::string Word(uint32_t value);
 uint32_t WordAt(const std::string& bytes, std::size_t offset);
 

@@ -1,6 +1,7 @@
 // The machine on which the loops run the program: a disk, a registry, a network, memory and a user, which a
-// test can look into, set back, and make fail at any call. It stands in the place of the system's calls for all
-// that is linked into the suite, and knows one thread: what the program starts runs when RunThreads is called.
+// test can look into, set back, and make fail at any call. It stands in the place of the system's calls for
+// all that is linked into the suite, and knows one thread: what the program starts runs when RunThreads is
+// called.
 #pragma once
 
 #include <functional>
@@ -38,6 +39,10 @@ struct Machine {
     // reaches and with kMemory before memory is taken. 0 lets it happen, an error number makes it fail.
     std::function<DWORD(std::string_view call)> fault;
     std::size_t largestBlock = 0;  // of memory, that the program asked for
+    // A password of more than a few bytes, and how many blocks the program gave back with it in them, as
+    // 8-bit or as UTF-16 text.
+    std::string secret = {};
+    int secretsFreed = 0;
 };
 extern Machine machine;
 

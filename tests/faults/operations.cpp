@@ -207,7 +207,7 @@ Outcome Read() {
 
 Outcome FetchListOf() {
     Serve(Reply);
-    return FetchList(L"127.0.0.1");
+    return FetchList();
 }
 
 // Whether the row bears the mark of a subscribed group then.
@@ -353,10 +353,10 @@ Outcome Download(const std::vector<std::wstring>& groups, const std::function<vo
 }
 
 // The texts of the conversation bear no number.
-Outcome FetchList(const wchar_t* server) {
+Outcome FetchList(const char* user, const char* password) {
     const std::wstring active = kFolder + L"active.dat", category = kFolder + L"category.dat";
     RunGroupListDownload(GetModuleHandleW(nullptr), nullptr,
-                         {active.c_str(), category.c_str(), server, 119, nullptr, nullptr});
+                         {active.c_str(), category.c_str(), L"127.0.0.1", 119, user, password});
     const std::string told = TakeBoxes();
     return {told.empty(), told, told.find('(') == std::string::npos};
 }

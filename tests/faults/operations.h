@@ -37,8 +37,8 @@ Outcome Start();
 // settings: 100 articles from 127.0.0.1, no user.
 Outcome Download(const std::vector<std::wstring>& groups, const std::function<void(Settings&)>& prepare = {});
 
-// The list of groups, through its dialog.
-Outcome FetchList(const wchar_t* server);
+// The list of groups, through its dialog; null: no login.
+Outcome FetchList(const char* user = nullptr, const char* password = nullptr);
 
 // A server's reply to GROUP, HEAD or BODY in a group that holds these articles.
 std::string ReplyOf(const std::vector<Article>& articles, const std::string& command);

@@ -140,6 +140,12 @@ void SayGroups(Play& play) {
         Say(play, Quoted(ToNarrow(name).get()));
 }
 
+// group-name TEXT [LENGTH]: whether a folder whose path is so long takes its files
+void SayGroupName(Play& play) {
+    const uint32_t folder = play.words.size() > 2 ? play.Number(2) : 1;
+    Say(play, IsFileName(ToWide(play.Text()).get(), folder) ? "yes" : "no");
+}
+
 // strings +TEXT -TEXT...: what the set holds when these were added and removed
 void SayStrings(Play& play) {
     StringSet set;
@@ -204,7 +210,7 @@ const std::map<std::string, Command> kCommands = {
     {"select", [](Play& play) { play.list.currentInPage = play.Number(1); }},
     {"close-list", [](Play& play) { SayDone(play, CloseArticleList(play.list)); }},
     {"groups", SayGroups},
-    {"group-name", [](Play& play) { Say(play, IsFileName(ToWide(play.Text()).get(), 1) ? "yes" : "no"); }},
+    {"group-name", SayGroupName},
     {"strings", SayStrings},
     {"wide", SayWide},
     {"date", SayDate},

@@ -1,5 +1,5 @@
-// What a small line-oriented server on 127.0.0.1 is made of; the scripted server of the tests and the
-// demonstration server share it. Nothing here listens on an address that another machine could reach.
+// What a small line-oriented server on 127.0.0.1 is made of: the demonstration's and the benchmarks'. Nothing
+// here listens on an address that another machine could reach.
 #pragma once
 
 #include <winsock2.h>

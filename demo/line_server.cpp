@@ -1,4 +1,4 @@
-#include "tests/support/line_server.h"
+#include "demo/line_server.h"
 
 #include <algorithm>
 #include <array>
