@@ -96,10 +96,11 @@ class Evenings(scenario.Scenario):
         subjects = running.wait_pane(SUBJECTS)
         running.key(subjects, VK_DOWN, VK_DOWN)
         self.make_keyword(running, folder, misc, misc.records[2])
-        running.key(subjects, VK_RETURN)
+        running.key(subjects, VK_DOWN, VK_RETURN)
         running.wait_pane(ARTICLE)
-        first = next(record for record in misc.records if record.flags == 4)  # those of high priority are on top now
-        first.flags |= 1
+        top = [record for record in misc.records if record.flags == 4]  # those of high priority are on top now
+        top[1].flags |= 1
+        misc.saved_position = 1
         running.command(TO_SUBJECTS)
         running.command(TO_GROUPS)
         self.assert_state(running, folder, groups, "after a keyword and reading")
