@@ -90,8 +90,9 @@ class Screen:
                 found[-1][2].setdefault(colour, set()).update(places)
             if colours:
                 found[-1][1] = y - top + 1
-        return [f"  {start}-{end}:" + "".join(f" {colour} {self.runs(places)}" for colour, places in sorted(inks.items()))
-                for start, end, inks in found]
+        def named(inks):
+            return "".join(f" {colour} {self.runs(places)}" for colour, places in sorted(inks.items()))
+        return [f"  {start}-{end}:{named(inks)}" for start, end, inks in found]
 
     @staticmethod
     def runs(places, gap=12):
@@ -138,7 +139,9 @@ class Windows(scenario.Scenario):
         """Comes in front of this one."""
         self.other = self.bench.run_wine("notepad")
         self.addCleanup(self.other.kill)
-        inn.wait_until(lambda: not any(line.endswith(" front") for line, in self.bench.order("dump")), "another program")
+        def behind():
+            return not any(line.endswith(" front") for line, in self.bench.order("dump"))
+        inn.wait_until(behind, "another program")
 
     def other_ends(self):
         self.other.kill()
