@@ -104,7 +104,10 @@ void NoteNoMemory(KeywordDialogState& state) {
 
 // From `start` to the file's end.
 bool KeepRest(KeywordDialogState& state, DataFile& file, uint32_t start) {
-    SeekToEnd(file);
+    char passed[kLineSize];
+    for (uint32_t got = kLineSize; got > 0;) {
+        if (!ReadBytes(file, passed, kLineSize, got)) return false;
+    }
     return KeepBytesFrom(file, start, state.rest);
 }
 
