@@ -2,10 +2,12 @@
 
 import collections
 import contextlib
+import faulthandler
 import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
 
@@ -22,6 +24,9 @@ FRAME, DIALOG = "PelnorMainFrmWnd", "#32770"
 
 Dialog = collections.namedtuple("Dialog", "handle caption text")
 Item = collections.namedtuple("Item", "handle id kind enabled visible text")
+
+
+faulthandler.register(signal.SIGALRM, chain=True)  # whoever ends it for hanging sees where
 
 
 class Bench:
