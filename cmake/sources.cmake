@@ -93,6 +93,7 @@ set(PELNOR_DESKTOP_SOURCES
   platform/desktop/menubar.cpp
   platform/desktop/popups.cpp
   platform/desktop/ras.cpp
+  platform/desktop/readable.cpp
   platform/desktop/wheel.cpp
   platform/desktop/window_place.cpp
 )

@@ -48,10 +48,30 @@ inline HMENU ChildId(int id) {
 // Sets up what a frame has on the desktop only; does nothing on the device, whose shell gives it the whole
 // screen. To be called once, while the window is being made and before its menu bars. It gets a border to
 // drag, a system menu, `icon` of its module as its large icon, the place where it was left last, the mouse
-// wheel, and dialogs that open over it. The place is kept in the value WindowPlace of `key` below
-// HKEY_CURRENT_USER; `wakeMessage` brings the window forward before the window itself handles it. `key` is
-// borrowed for the window's life. One frame at a time.
+// wheel, panes without an input method, and dialogs that open over it and stay there. The place is kept in
+// the value WindowPlace of `key` below HKEY_CURRENT_USER; `wakeMessage` brings the window forward before the
+// window itself handles it. `key` is borrowed for the window's life. One frame at a time.
 void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessage);
+
+// Names in the frame's title the group being read, null for none. Does nothing on the device, where the
+// shell's bar has room for the program's name only.
+void NameInTitle(HWND frame, const wchar_t* group);
+
+// -1 for the key that goes to a text's start, 1 for the one that goes to its end, else 0. The device has
+// neither.
+int EndKey(WPARAM key);
+
+// Whether a list's notification asks to open the selected row: a double tap or, on the desktop only, Space.
+bool OpensRow(const NMHDR& notice);
+
+// What a window that draws itself holds, for programs that read the screen aloud. `text` is asked for it on
+// the window's thread; what it returns stays good until it is asked again, and is null for nothing. Only the
+// desktop asks.
+using WindowText = const wchar_t* (*)(HWND window);
+void MakeReadable(HWND window, WindowText text);
+
+// Says that the text of such a window has changed.
+void AnnounceText(HWND window);
 
 // Puts a copy of `size` bytes on the open clipboard. Error 8 when memory runs out.
 [[nodiscard]] bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size);

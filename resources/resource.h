@@ -184,6 +184,11 @@
 #define IDS_SUBSCRIBE_REPLACE_FAILED 149
 #define IDS_SUBSCRIBE_WRITE_FAILED 151
 
+// Said of a row's marks where a program reads the screen aloud.
+#define IDS_MARK_READ 179
+#define IDS_MARK_HIGH 181
+#define IDS_MARK_LOW 183
+
 #define IDS_SET_USER_NAME 99
 #define IDS_SET_MAIL_ADDRESS 101
 #define IDS_PROPERTIES_MISSING 103

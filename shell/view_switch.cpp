@@ -76,6 +76,7 @@ void SwitchToGroupView(AppFrame& frame) {
     if (frame.currentView == ViewKind::kGroup) return;
     HideOtherPanes(frame, ViewKind::kGroup);
     LeaveOpenGroup(frame);
+    NameInTitle(frame.mainWindow, nullptr);
     ShowMenuBar(frame, frame.groupBar);
     frame.currentView = ViewKind::kGroup;
     ShowGroupView(*frame.groupView, SW_SHOW);
@@ -90,6 +91,7 @@ void SwitchToSubjectView(AppFrame& frame, const wchar_t* group, uint32_t row) {
         return;
     }
     frame.currentGroupRow = row;
+    NameInTitle(frame.mainWindow, group);
     ShowSubjects(frame);
 }
 
@@ -115,6 +117,7 @@ void OpenNextArticle(AppFrame& frame) {
 
 void SwitchToDrafts(AppFrame& frame) {
     if (frame.currentView == ViewKind::kDrafts) return;
+    NameInTitle(frame.mainWindow, nullptr);
     ShowMenuBar(frame, frame.groupBar);
     HideOtherPanes(frame, ViewKind::kDrafts);
     frame.currentView = ViewKind::kDrafts;

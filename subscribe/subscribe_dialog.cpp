@@ -120,7 +120,7 @@ void ToggleGroup(SubscribeState& state, LVITEMW& item) {
     SendMessageW(ListOf(state), LVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
-void OnDoubleClick(SubscribeState& state) {
+void OpenRow(SubscribeState& state) {
     wchar_t text[kLongestName] = {};
     LVITEMW item = {};
     const HWND list = ListOf(state);
@@ -255,8 +255,7 @@ INT_PTR OnCommand(SubscribeState& state, int id) {
 }
 
 INT_PTR OnNotify(SubscribeState& state, const NMHDR& notice) {
-    const bool doubleClick = notice.code == static_cast<UINT>(NM_DBLCLK);
-    if (notice.idFrom == IDC_SUBSCRIBE_LIST && doubleClick) OnDoubleClick(state);
+    if (notice.idFrom == IDC_SUBSCRIBE_LIST && OpensRow(notice)) OpenRow(state);
     return FALSE;
 }
 

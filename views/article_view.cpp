@@ -111,6 +111,10 @@ void OnSize(RowView& rows) {
     if (EnsureLayout(view)) ReturnTo(view, place);
 }
 
+const wchar_t* ArticleText(HWND window) {
+    return ArticleOf(*static_cast<RowView*>(GetWindowPointer(window, 0))).text.get();
+}
+
 constexpr RowViewKind kArticleKind = {
     L"PELNORArticleViewWnd",
     L"VSARTS",
@@ -137,7 +141,9 @@ bool RegisterArticleViewClass(HINSTANCE instance) {
 
 bool CreateArticleView(ArticleView& view, HINSTANCE instance, HWND parent, int id, const RECT& rectangle) {
     view.scroll.kind = ScrollKind::kText;
-    return CreateRowView(view, kArticleKind, instance, parent, id, rectangle);
+    if (!CreateRowView(view, kArticleKind, instance, parent, id, rectangle)) return false;
+    MakeReadable(view.window, ArticleText);
+    return true;
 }
 
 void SetArticleAppearance(ArticleView& view, const ArticleAppearance& appearance) {
@@ -161,6 +167,7 @@ void TakeArticleText(ArticleView& view, WideText text) {
     const ErrorKeeper keeper;
     InvalidateLayout(view);  // the layout points into the old text
     view.text = std::move(text);
+    AnnounceText(view.window);
 }
 
 bool SetShowAllHeaders(ArticleView& view, bool showAll) {

@@ -108,6 +108,16 @@ uint32_t ThumbPosition(const RowView& view, WORD position) {
     return known ? static_cast<uint32_t>(info.nTrackPos) : position;
 }
 
+void OnOtherKey(RowView& view, WPARAM key) {
+    const int end = EndKey(key);
+    if (end) {
+        GoToEnd(view.scroll, end);
+        ShowPage(view);
+    } else {
+        view.kind->onKey(view, key);
+    }
+}
+
 // A key may come before the first paint of what was just opened; so may the scroll bar.
 LRESULT OnKey(RowView& view, WPARAM key) {
     (void)EnsureLayout(view);
@@ -130,7 +140,7 @@ LRESULT OnKey(RowView& view, WPARAM key) {
             NotifyParent(view, kRowBack);
             break;
         default:
-            view.kind->onKey(view, key);
+            OnOtherKey(view, key);
     }
     return 0;
 }

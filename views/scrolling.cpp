@@ -96,6 +96,14 @@ ScrollResult CursorUp(ScrollState& list, bool lineScroll) {
     return ScrollResult::kNothing;
 }
 
+void GoToEnd(ScrollState& state, int direction) {
+    const bool list = state.kind == ScrollKind::kList;
+    const uint32_t shown = list ? state.page : state.page + state.page;  // the blank page with the last one
+    const uint32_t last = state.total > shown ? state.total - shown : 0;
+    state.top = direction > 0 ? last : 0;
+    state.cursor = direction > 0 && list && state.total > 0 ? state.total - 1 - last : 0;
+}
+
 void ResizePage(ScrollState& list, uint32_t page) {
     const uint32_t row = CursorRow(list);
     list.page = page;

@@ -46,6 +46,10 @@ bool EndIsVisible(const ScrollState& text);
 ScrollResult CursorDown(ScrollState& list, bool lineScroll);
 ScrollResult CursorUp(ScrollState& list, bool lineScroll);
 
+// Goes to a list's first or last row, or to a text's first or last page; `direction` is below 0 for the
+// first.
+void GoToEnd(ScrollState& state, int direction);
+
 // Gives the list pages of `page` rows. The cursor keeps its row of the list and stays in sight; the page
 // stays full.
 void ResizePage(ScrollState& list, uint32_t page);

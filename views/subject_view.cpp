@@ -7,6 +7,7 @@
 #include "store/group_changes.h"
 #include "text/convert.h"
 #include "text/last_error.h"
+#include "text/messages.h"
 #include "views/columns.h"
 
 namespace {
@@ -67,6 +68,7 @@ int FittingWidth(const SubjectView& view, int column) {
 // The list selects the cursor's record.
 void SelectCursor(SubjectView& view) {
     view.list.currentInPage = view.scroll.cursor;
+    AnnounceText(view.window);
 }
 
 bool LayOutList(RowView& rows, HDC) {
@@ -113,22 +115,31 @@ void DrawCell(const SubjectView& view, HDC dc, const ColumnEdges& edges, int col
 
 // NUL-padded; in a damaged index it may be full.
 template <std::size_t Size>
-void DrawField(const SubjectView& view, HDC dc, const ColumnEdges& edges, int column,
-               const char (&field)[Size]) {
+WideText TextOf(const char (&field)[Size]) {
     char terminated[Size + 1] = {};
     std::memcpy(terminated, field, Size);
-    const WideText text = ToWide(terminated);
+    return ToWide(terminated);
+}
+
+void DrawField(const SubjectView& view, HDC dc, const ColumnEdges& edges, int column, const WideText& text) {
     if (text) DrawCell(view, dc, edges, column, text.get(), -1);
 }
 
-void DrawTexts(const SubjectView& view, HDC dc, const ColumnEdges& edges, const IndexRecord& record) {
+struct ShownDate {
+    wchar_t text[6];
+};
+
+ShownDate DateOf(const IndexRecord& record) {
     const auto digit = [&](int i) {
         return static_cast<wchar_t>(static_cast<unsigned char>(record.date[i]));
     };
-    const wchar_t date[] = {digit(0), digit(1), L'/', digit(2), digit(3)};
-    DrawCell(view, dc, edges, kDateColumn, date, 5);
-    DrawField(view, dc, edges, kSenderColumn, record.from);
-    DrawField(view, dc, edges, kSubjectColumn, record.subject);
+    return {{digit(0), digit(1), L'/', digit(2), digit(3)}};
+}
+
+void DrawTexts(const SubjectView& view, HDC dc, const ColumnEdges& edges, const IndexRecord& record) {
+    DrawCell(view, dc, edges, kDateColumn, DateOf(record).text, 5);
+    DrawField(view, dc, edges, kSenderColumn, TextOf(record.from));
+    DrawField(view, dc, edges, kSubjectColumn, TextOf(record.subject));
 }
 
 void DrawMarks(const SubjectView& view, HDC dc, int x, const IndexRecord& record) {
@@ -220,6 +231,23 @@ void OnHeader(SubjectView& view, const NMHEADERW& notice) {
 
 // The window itself.
 
+// The cursor's row as it is read aloud.
+const wchar_t* RowText(HWND window) {
+    static wchar_t text[256];
+    TextBuffer read = L"";
+    TextBuffer priority = L"";
+    const auto& view = static_cast<const SubjectView&>(*static_cast<RowView*>(GetWindowPointer(window, 0)));
+    const IndexRecord* record = CurrentSubject(view);
+    const WideText from = record ? TextOf(record->from) : nullptr;
+    const WideText subject = record ? TextOf(record->subject) : nullptr;
+    if (!from || !subject) return nullptr;
+    if (IsRead(*record)) LoadResString(IDS_MARK_READ, read);
+    if (PriorityOf(*record) == kPriorityHigh) LoadResString(IDS_MARK_HIGH, priority);
+    if (PriorityOf(*record) == kPriorityLow) LoadResString(IDS_MARK_LOW, priority);
+    wsprintfW(text, L"%.32s%.32s%s, %s, %s", read, priority, DateOf(*record).text, from.get(), subject.get());
+    return text;
+}
+
 BitmapOwner LoadMark(const SubjectView& view, int id) {
     return BitmapOwner(LoadBitmapW(view.instance, MAKEINTRESOURCEW(id)));
 }
@@ -300,6 +328,7 @@ bool CreateSubjectView(SubjectView& view, HINSTANCE instance, HWND parent, int i
     view.list.showRead = viewRead;
     view.list.priorityLevel = level;
     if (!CreateRowView(view, kSubjectKind, instance, parent, id, rectangle)) return false;
+    MakeReadable(view.window, RowText);
     view.readMark = LoadMark(view, IDB_MARK_READ);
     view.highMark = LoadMark(view, IDB_MARK_HIGH);
     view.lowMark = LoadMark(view, IDB_MARK_LOW);
@@ -350,7 +379,9 @@ const IndexRecord* CurrentSubject(const SubjectView& view) {
 bool ToggleSubjectRead(SubjectView& view) {
     const IndexRecord* record = CurrentSubject(view);
     if (!record) return Fail(kErrorInvalidArgument);
-    return ChangeReadMark(view, !IsRead(*record));
+    const bool changed = ChangeReadMark(view, !IsRead(*record));
+    AnnounceText(view.window);
+    return changed;
 }
 
 bool MarkSubjectRead(SubjectView& view) {

@@ -26,6 +26,17 @@ void* GetWindowPointer(HWND window, int offset) {
     return reinterpret_cast<void*>(GetWindowLongPtrW(window, offset));
 }
 
+int EndKey(WPARAM key) {
+    if (key == VK_HOME) return -1;
+    return key == VK_END ? 1 : 0;
+}
+
+bool OpensRow(const NMHDR& notice) {
+    if (notice.code == static_cast<UINT>(NM_DBLCLK)) return true;
+    return notice.code == static_cast<UINT>(LVN_KEYDOWN) &&
+           reinterpret_cast<const NMLVKEYDOWN&>(notice).wVKey == VK_SPACE;
+}
+
 bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size) {
     Owner<GlobalTraits> block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size));
     void* memory = block ? GlobalLock(block.Get()) : nullptr;

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr WCHAR kPlacedProperty[] = L"PelnorDialogPlaced";
+constexpr WCHAR kDisabledProperty[] = L"PelnorDialogDisabled";  // the owner that is to stay so
 
 HWND placingFrame = nullptr;  // a hook gets no other context
 
@@ -35,19 +36,35 @@ void PlaceDialog(HWND dialog) {
     SetWindowPos(dialog, nullptr, place.left, place.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
+// A box without an owner would go behind the frame as soon as that comes forward.
+void GiveOwner(HWND dialog) {
+    if (GetWindow(dialog, GW_OWNER) || !Shows(placingFrame)) return;
+    HWND owner = GetLastActivePopup(placingFrame);
+    if (owner == dialog || !Shows(owner)) owner = placingFrame;
+    SetWindowLongPtrW(dialog, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(owner));
+    if (!IsWindowEnabled(owner)) SetPropW(dialog, kDisabledProperty, owner);
+}
+
 // Once: from then on the user moves it.
 void OnActivate(HWND window) {
     WCHAR name[32] = L"";
     GetClassNameW(window, name, 32);
     if (lstrcmpW(name, L"#32770") != 0 || GetPropW(window, kPlacedProperty)) return;
     SetPropW(window, kPlacedProperty, window);
+    GiveOwner(window);
     PlaceDialog(window);
+}
+
+// A dialog that ends enables its owner; what was disabled before the dialog had one stays so.
+void OnDestroy(HWND window) {
+    RemovePropW(window, kPlacedProperty);
+    if (HANDLE owner = RemovePropW(window, kDisabledProperty)) EnableWindow(static_cast<HWND>(owner), FALSE);
 }
 
 // A dialog is activated with its final size, just before it shows.
 LRESULT CALLBACK FollowActivation(int code, WPARAM wParam, LPARAM lParam) {
     if (code == HCBT_ACTIVATE) OnActivate(reinterpret_cast<HWND>(wParam));
-    if (code == HCBT_DESTROYWND) RemovePropW(reinterpret_cast<HWND>(wParam), kPlacedProperty);
+    if (code == HCBT_DESTROYWND) OnDestroy(reinterpret_cast<HWND>(wParam));
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 

@@ -5,9 +5,11 @@
 #include "platform/desktop/window_place.h"
 #include "platform/platform.h"
 
+#include <imm.h>
+
 namespace {
 
-constexpr SIZE kDeviceScreen = {240, 320};
+constexpr SIZE kFirstSize = {640, 480};     // all columns of the subject view are in sight
 constexpr UINT kMaximise = WM_APP + 0x100;  // beyond the frame's own messages
 
 struct DesktopFrame {
@@ -95,6 +97,11 @@ void AfterSetFocus(HWND window) {
     if (pane) SetFocus(pane);
 }
 
+// The panes' keys are commands, which an input method would take for the start of a word.
+void OnChild(HWND child, WORD event) {
+    if (event == WM_CREATE) ImmAssociateContext(child, nullptr);
+}
+
 LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     DesktopFrame& frame = desktopFrame;
     switch (message) {
@@ -103,6 +110,9 @@ LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
             return 0;
         case WM_SETCURSOR:
             if (OnSetCursor(reinterpret_cast<HWND>(wParam), LOWORD(lParam))) return TRUE;
+            break;
+        case WM_PARENTNOTIFY:
+            OnChild(reinterpret_cast<HWND>(lParam), LOWORD(wParam));
             break;
         case WM_ENDSESSION:
             OnEndSession(frame, wParam != 0);
@@ -124,6 +134,15 @@ LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
     return result;
 }
 
+// Larger where the system's texts are. It enlarges the window itself, and says that they are not, where it
+// does what the manifest asks for.
+SIZE FirstSize(HWND window) {
+    constexpr int kUsualDots = 96;  // an inch
+    const WindowDc dc(window);
+    const int dots = GetDeviceCaps(dc.Get(), LOGPIXELSY);
+    return {MulDiv(kFirstSize.cx, dots, kUsualDots), MulDiv(kFirstSize.cy, dots, kUsualDots)};
+}
+
 }  // namespace
 
 // The window's maker shows it at its normal size. Only then can it be maximised.
@@ -137,6 +156,17 @@ void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessa
     SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(FrameProcedure));
     AddBorder(window);
     SetLargeIcon(window, icon);
-    if (RestorePlace(window, key, kDeviceScreen)) PostMessageW(window, kMaximise, 0, 0);
+    if (RestorePlace(window, key, FirstSize(window))) PostMessageW(window, kMaximise, 0, 0);
     desktopFrame.dialogs = PlaceDialogsOver(window);
+}
+
+void NameInTitle(HWND frame, const wchar_t* group) {
+    constexpr int kLongestName = 100;
+    WCHAR name[kLongestName + 1] = L"";
+    WCHAR title[kLongestName + 10] = L"Pelnor";
+    if (group) {
+        lstrcpynW(name, group, kLongestName + 1);
+        wsprintfW(title, L"%s - Pelnor", name);
+    }
+    SetWindowTextW(frame, title);
 }

@@ -11,7 +11,7 @@ RECT MovedInto(const RECT& place, const RECT& area);
 // next start takes the one before.
 void SavePlace(HWND window, const WCHAR* key);
 
-// Moves the window to the place kept, brought into reach where monitors have gone since, or gives it the
-// client size `first` where no good place is kept. Does not show it. Returns whether it was left maximised,
-// which only a shown window can be.
+// Moves the window to the place kept, brought into reach where monitors have gone since. Where no good place
+// is kept it gets the client size `first`, or what the work area has room for. Does not show it. Returns
+// whether it was left maximised, which only a shown window can be.
 [[nodiscard]] bool RestorePlace(HWND window, const WCHAR* key, SIZE first);

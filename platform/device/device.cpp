@@ -14,6 +14,20 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
 // The shell gives the frame the whole screen.
 void SetUpDesktopFrame(HWND, int, const wchar_t*, UINT) {}
 
+void NameInTitle(HWND, const wchar_t*) {}
+
+int EndKey(WPARAM) {
+    return 0;
+}
+
+bool OpensRow(const NMHDR& notice) {
+    return notice.code == static_cast<UINT>(NM_DBLCLK);
+}
+
+void MakeReadable(HWND, WindowText) {}
+
+void AnnounceText(HWND) {}
+
 // Offset 0 is DWL_MSGRESULT.
 void SetDialogResult(HWND dialog, int result) {
     SetWindowLongW(dialog, 0, result);

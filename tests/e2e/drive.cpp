@@ -108,11 +108,14 @@ std::string ClassOf(HWND window) {
     return Utf8(name);
 }
 
-std::string TextOf(HWND window) {
+// Of a text longer than `most` units its start and its length.
+std::string TextOf(HWND window, size_t most = 2048) {
     wchar_t text[2048] = L"";
     DWORD_PTR length = 0;
     if (!Ask(window, WM_GETTEXT, 2048, reinterpret_cast<LPARAM>(text), &length)) return "";
-    return Utf8(text);
+    if (std::wcslen(text) <= most || !Ask(window, WM_GETTEXTLENGTH, 0, 0, &length)) return Utf8(text);
+    text[most] = L'\0';
+    return Utf8(text) + "..." + std::to_string(length);
 }
 
 std::string Flag(BOOL value) {
@@ -244,6 +247,7 @@ bool Rows(HWND list) {
 // The dump. Handles stay out of it: it is to be the same every time.
 
 constexpr size_t kTextAt = 1024;  // behind a record in ForeignMemory
+constexpr size_t kShown = 110;    // of a window's text
 
 LONG_PTR Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     DWORD_PTR result = 0;
@@ -426,23 +430,44 @@ void DumpContents(HWND window, const std::string& kind, int depth) {
     if (kind == "#32768") DumpMenu(memory, window, depth);
 }
 
+// A dialog that the frame can cover.
+bool IsAlone(HWND window, const std::string& kind, int depth) {
+    return depth == 0 && kind == "#32770" && !GetWindow(window, GW_OWNER);
+}
+
+// That library may have another place in the program.
+bool HasInputMethod(const ForeignMemory& memory, HWND window) {
+    (void)(memory.Write("imm32", 6) && memory.Write("ImmGetContext", 14, kTextAt));
+    const UINT_PTR library = memory.Call(GetModuleHandleA, memory.At(0));
+    const UINT_PTR function = memory.Call(GetProcAddress, library, memory.At(kTextAt));
+    return memory.Call(reinterpret_cast<UINT_PTR(WINAPI*)(HWND)>(function),
+                       reinterpret_cast<UINT_PTR>(window));
+}
+
+std::string FocusOf(HWND window, int depth) {
+    GUITHREADINFO thread = {};
+    thread.cbSize = sizeof thread;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+    if (thread.hwndFocus != window) return "";
+    const bool pane = depth == 1 && ClassOf(GetParent(window)) == Utf8(kFrameClass);
+    return pane && HasInputMethod(MemoryOf(window), window) ? " focus input method" : " focus";
+}
+
 // Class, id, text, place in its parent, style without what the words behind it say.
 void DumpWindow(HWND window, int depth) {
     const LONG style = GetWindowLongW(window, GWL_STYLE);
     const std::string kind = ClassOf(window);
-    GUITHREADINFO thread = {};
-    thread.cbSize = sizeof thread;
-    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
     RECT area = {};
     GetWindowRect(window, &area);
     MapWindowPoints(nullptr, depth ? GetParent(window) : nullptr, reinterpret_cast<POINT*>(&area), 2);
     std::string line =
         kind + (depth ? " " + std::to_string(static_cast<short>(GetDlgCtrlID(window))) : "") +
-        (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON ? "" : Quoted(TextOf(window))) +
+        (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON ? "" : Quoted(TextOf(window, kShown))) +
         Decimal("at", area.left) + "," + std::to_string(area.top) + Decimal("size", area.right - area.left) +
         "x" + std::to_string(area.bottom - area.top) + Hex("style", style & ~(WS_VISIBLE | WS_DISABLED)) +
         StateOf(MemoryOf(window), window, kind) + (style & WS_DISABLED ? " disabled" : "") +
-        (thread.hwndFocus == window ? " focus" : "") + (GetForegroundWindow() == window ? " front" : "");
+        (IsAlone(window, kind, depth) ? " alone" : "") + FocusOf(window, depth) +
+        (GetForegroundWindow() == window ? " front" : "");
     if (!(style & WS_VISIBLE)) return Say(depth, line + " hidden");
     Say(depth, line);
     DumpContents(window, kind, depth + 1);

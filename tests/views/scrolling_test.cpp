@@ -20,6 +20,11 @@ const std::map<std::string, Move> kMoves = {
     {"CursorDown", [](ScrollState& state, uint32_t byLine) { return CursorDown(state, byLine != 0); }},
     {"CursorUp", [](ScrollState& state, uint32_t byLine) { return CursorUp(state, byLine != 0); }},
     {"ThumbTo", ThumbTo},
+    {"GoToEnd",
+     [](ScrollState& state, uint32_t last) {
+         GoToEnd(state, last ? 1 : -1);
+         return ScrollResult::kMoved;
+     }},
     {"MoveTo",
      [](ScrollState& state, uint32_t row) {
          return MoveTo(state, row) ? ScrollResult::kMoved : ScrollResult::kNothing;
