@@ -46,7 +46,7 @@ class Dialogs(test_windows.Windows):
         """Ends at the first step that goes wrong: what comes after it would wait for windows in vain."""
         found = super().take(step)
         if not test_windows.ACCEPT:
-            self.assertEqual(found, step.expected, step.title)
+            self.assertEqual(found, step.expected, f"{step.title} (exit code {self.running.process.poll()})")
         return found
 
     # What the script says.
