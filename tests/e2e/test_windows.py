@@ -16,7 +16,6 @@ import pathlib
 import shutil
 import struct
 import subprocess
-import tempfile
 import time
 
 import corpus
@@ -120,6 +119,10 @@ class Windows(scenario.Scenario):
     def start(self):
         self.running = program.Program(self.bench, (program.FRAME, program.DIALOG))
         self.addCleanup(self.running.end)
+
+    def elsewhere(self):
+        """Programs start on another drive from here on."""
+        os.chdir("/")
 
     def start_again(self):
         second = self.bench.run_wine(self.bench.program)
@@ -343,18 +346,13 @@ class Windows(scenario.Scenario):
         return found
 
     def prepare(self):
-        """A card with a folder of news for the drive Y:, and a program that starts there."""
-        card = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-card-"))
-        self.addCleanup(shutil.rmtree, card)
-        self.folder_path = card / "news"
+        """A card with a folder of news, and a program that starts there."""
+        shutil.rmtree(self.bench.card)
+        self.folder_path = self.bench.card / "news"
         for name in ("games", "news"):
-            (card / name).mkdir()
-        drive = self.bench.prefix / "dosdevices" / "y:"
-        drive.unlink(missing_ok=True)
-        drive.symlink_to(card)
-        self.addCleanup(drive.unlink)
+            (self.bench.card / name).mkdir(parents=True)
         self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(card)
+        os.chdir(self.bench.card)
         self.bench.order("forget")
 
     def test_the_walk(self):
