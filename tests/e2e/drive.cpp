@@ -4,7 +4,7 @@
 // longer than kPatience for the other side.
 //
 //   windows                     visible top-level windows of the program, the topmost first: handle, class,
-//                               enabled, caption
+//                               enabled, caption, the display's number of it
 //   items WINDOW                its children: handle, id, class, enabled, visible, text
 //   dump                        the visible windows with all that is in them, for people to read; it and the
 //                               next are answered from within the program
@@ -136,7 +136,9 @@ BOOL CALLBACK ListTop(HWND window, LPARAM) {
     // Kept by the system, so this answers even while the window's own thread does not.
     wchar_t caption[1024] = L"";
     GetWindowTextW(window, caption, 1024);
-    Answer({Handle(window), ClassOf(window), Flag(IsWindowEnabled(window)), Utf8(caption)});
+    const auto shown = reinterpret_cast<UINT_PTR>(GetPropW(window, L"__wine_x11_whole_window"));
+    Answer({Handle(window), ClassOf(window), Flag(IsWindowEnabled(window)), Utf8(caption),
+            std::to_string(shown)});
     return TRUE;
 }
 

@@ -181,7 +181,7 @@ class Program:
     def dialogs(self):
         """Dialogs and message boxes, the topmost first; the text is that of the labels together."""
         found = []
-        for handle, kind, _, caption in self.bench.order("windows"):
+        for handle, kind, _, caption, _ in self.bench.order("windows"):
             if kind == DIALOG:
                 labels = [item.text for item in self.items(handle) if item.kind == "Static" and item.text]
                 found.append(Dialog(handle, caption, "\n".join(labels)))

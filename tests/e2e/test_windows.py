@@ -205,9 +205,9 @@ class Windows(scenario.Scenario):
         self.looks.append(look)
 
     def registry(self):
-        shown = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, check=True,
-                               capture_output=True, encoding="cp932").stdout
-        shown = shown.replace(f"{self.relay.port:#x}", "PORT")
+        query = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, capture_output=True,
+                               encoding="cp932", errors="replace")
+        shown = (query.stderr if query.returncode else query.stdout).replace(f"{self.relay.port:#x}", "PORT")
         self.notes += [line.strip() for line in shown.splitlines() if line.strip()]
 
     def hold(self, *command):
@@ -252,10 +252,10 @@ class Windows(scenario.Scenario):
     def await_focus(self):
         """The display gives the keys to a new window a moment after Windows does; sometimes a window manager is to."""
         def given():
-            caption = next((window[3] for window in self.bench.order("windows")), None)
-            if caption is None or self.xdotool("getwindowfocus", "getwindowname", check=False) == caption + "\n":
+            front = next((window[4] for window in self.bench.order("windows")), None)
+            if front is None or self.xdotool("getwindowfocus", "-f", check=False).strip() == front:
                 return True
-            self.xdotool("search", "--onlyvisible", "--name", f"^{caption}$", "windowfocus", check=False)
+            self.xdotool("windowfocus", front, check=False)
         inn.wait_until(given, "the focus", 5)
 
     def window(self, number):
