@@ -73,6 +73,16 @@ void MakeReadable(HWND window, WindowText text);
 // Says that the text of such a window has changed.
 void AnnounceText(HWND window);
 
+// Fills `roots` with the folders that hold all others, each with its backslash, and an empty one behind the
+// last: "\", and where there are drives these too.
+constexpr int kRootsSize = 26 * 4 + 3;
+void ListRoots(wchar_t (&roots)[kRootsSize]);
+
+// Has `path` name the same place wherever the program starts: with its drive, where there are drives. False
+// when it would be too long.
+constexpr int kPathSize = 260;  // UTF-16 units, the terminator included
+[[nodiscard]] bool CompletePath(wchar_t (&path)[kPathSize]);
+
 // Puts a copy of `size` bytes on the open clipboard. Error 8 when memory runs out.
 [[nodiscard]] bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size);
 

@@ -28,6 +28,14 @@ void MakeReadable(HWND, WindowText) {}
 
 void AnnounceText(HWND) {}
 
+void ListRoots(wchar_t (&roots)[kRootsSize]) {
+    std::memcpy(roots, L"\\\0", 3 * sizeof(wchar_t));
+}
+
+bool CompletePath(wchar_t (&)[kPathSize]) {
+    return true;
+}
+
 // Offset 0 is DWL_MSGRESULT.
 void SetDialogResult(HWND dialog, int result) {
     SetWindowLongW(dialog, 0, result);
