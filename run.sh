@@ -63,9 +63,9 @@ prepare_demonstration() {
     fi
     [ -e "$data/group.dat" ] || make_data
     wine reg query "$key" /v DataPath >/dev/null 2>&1 </dev/null || {
-        wine reg import "$(windows_path "$PWD/demo/settings.reg")" >/dev/null 2>&1 </dev/null
         setting DataPath REG_SZ "$(windows_path "$data")\\"
         setting FontName REG_SZ IPAゴシック
+        setting Limit REG_DWORD 30  # so that the busy group has articles left on the server
     }
     setting Server REG_SZ 127.0.0.1
     setting Port REG_DWORD "$1"
@@ -125,7 +125,7 @@ show() {
             echo "there is no display to show your own settings on" >&2
             exit 1
         }
-        start_display 348x348
+        start_display 680x540
         playing=yes
     fi
 

@@ -1,13 +1,16 @@
 # shellcheck shell=bash disable=SC2154
 # Sourced by run.sh: what the demonstration does when nobody is there to do it, and the pictures that it takes of that.
 
+# The frame, whatever group its title names.
+frame='(.* - )?Pelnor'
+
 # choose KEY...: opens the menu bar and walks to a command with these keys.
 choose() {
-    press Pelnor F10 "$@" Return
+    press "$frame" F10 "$@" Return
 }
 
 fetch() {
-    press Pelnor i
+    press "$frame" i
     wait_for 20 any_shown Articles Disconnect || fail "the download did not start"
     # The download is over in a moment: hold the server for as long as the picture takes.
     kill -STOP "$server_pid"
@@ -21,22 +24,22 @@ fetch() {
 
 # Three articles on the railway, so that the list has something read in it; then one with quotes of three depths.
 read_some() {
-    press Pelnor Down Down Down Down Return
-    press Pelnor Return Return Return
-    press Pelnor Escape
-    picture demo-4-subjects Pelnor
-    press Pelnor Escape
-    press Pelnor Up Up Return
-    press Pelnor Down Down Down Down Return
-    picture demo-5-article Pelnor
-    press Pelnor Escape Escape
-    picture demo-6-groups Pelnor
+    press "$frame" Down Down Down Down Return
+    press "$frame" Return Return Return
+    press "$frame" Escape
+    picture demo-4-subjects "$frame"
+    press "$frame" Escape
+    press "$frame" Up Up Return
+    press "$frame" Down Down Down Down Return
+    picture demo-5-article "$frame"
+    press "$frame" Escape Escape
+    picture demo-6-groups "$frame"
 }
 
 # The busy group, where the limit left articles on the server: what is offered to whoever cannot keep up.
 consider_catch_up() {
     local dialog='記事の読み飛ばし'
-    press Pelnor Down
+    press "$frame" Down
     choose Return Down Down Down
     find_window "$dialog"
     press "$dialog" space
@@ -67,7 +70,7 @@ look_at_settings() {
 play() {
     mkdir -p "$screens"
     rm -f "$screens"/demo-*.png
-    find_window Pelnor 60
+    find_window "$frame" 60
     picture demo-1-start
     fetch
     read_some
