@@ -273,8 +273,9 @@ bool EnsureLayout(RowView& view) {
 }
 
 uint32_t RowsPerPage(const RowView& view) {
-    const int rows = (view.rowArea.bottom - view.rowArea.top) / view.rowHeight;
-    return rows > 0 ? static_cast<uint32_t>(rows) : 1;
+    const int height = view.rowArea.bottom - view.rowArea.top;
+    return height > view.rowHeight ? static_cast<uint32_t>(height) / static_cast<uint32_t>(view.rowHeight)
+                                   : 1;
 }
 
 void InvalidateRows(const RowView& view) {
