@@ -1,5 +1,7 @@
 #include "views/row_view.h"
 
+#include <algorithm>
+
 #include "platform/platform.h"
 #include "text/last_error.h"
 
@@ -274,8 +276,7 @@ bool EnsureLayout(RowView& view) {
 
 uint32_t RowsPerPage(const RowView& view) {
     const int height = view.rowArea.bottom - view.rowArea.top;
-    return height > view.rowHeight ? static_cast<uint32_t>(height) / static_cast<uint32_t>(view.rowHeight)
-                                   : 1;
+    return static_cast<uint32_t>(std::max(height, view.rowHeight)) / static_cast<uint32_t>(view.rowHeight);
 }
 
 void InvalidateRows(const RowView& view) {
