@@ -1,6 +1,6 @@
 # The device with a MIPS processor of NEC's VR4100 family: MIPS II without floating point, ll and sc. Debian's compiler
-# is one for Linux; what makes it bare-metal stands below. The standard headers are those of the bare-metal ARM compiler,
-# all else is as in arm-none-eabi.cmake.
+# is one for Linux. So the standard headers are those of the bare-metal ARM compiler; and no helper of the compiler's is
+# linked, because its library has a later processor's instructions. All else is as in arm-none-eabi.cmake.
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR mips)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
@@ -9,11 +9,7 @@ set(CMAKE_C_COMPILER mipsel-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER mipsel-linux-gnu-g++)
 set(CMAKE_ASM_COMPILER mipsel-linux-gnu-gcc)
 
-# The two mends keep from a division or a product what some of that family get wrong.
-set(PELNOR_MACHINE -EL -mips2 -mfp32 -msoft-float
-  -G0 -mno-abicalls -mno-shared -fno-pic -fno-stack-protector
-  -nostdinc -nostdinc++ -Ulinux -U__linux -U__linux__ -U__gnu_linux__ -Uunix -U__unix -U__unix__
-  -D__arm__) # what the Windows headers ask for, which know no MIPS; nothing of the processor is used from them
+set(PELNOR_MACHINE -mips2 -msoft-float -mno-abicalls -fno-pic -nostdinc)
 set(PELNOR_LINK -static -Wl,--build-id=none)
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include
   OUTPUT_VARIABLE own OUTPUT_STRIP_TRAILING_WHITESPACE)
