@@ -18,23 +18,23 @@ PAGE = 0x1000
 STACK_SIZE = 0x10000  # what the executable's headers ask for
 STACK = 0x20000000  # nothing on either side
 HEAP, HEAP_SIZE = 0x30000000, 0x8000000
-TRAPS, TRAPS_SIZE, TRAP = 0x40000000, PAGE, 8
+TRAPS, TRAPS_SIZE, TRAP = 0x40000000, PAGE, 8  # each of two instructions, for the delay slot
 FENCE = 16  # bytes behind a block that nobody may touch
 
 # What a section's header says of it, and what the processor lets it be used for.
 RIGHTS = {0x20000000: unicorn.UC_PROT_EXEC, 0x40000000: unicorn.UC_PROT_READ, 0x80000000: unicorn.UC_PROT_WRITE}
-# Its emulation; the registers of the first arguments, the result and the rest; what returns to the caller, as two
-# instructions; and the bytes that a caller leaves free on the stack before the arguments that stand there. By PE machine.
+# By the machine that the headers name: its emulation; the registers of the first four arguments, of the result and the
+# rest; the instruction that returns to the caller; the bytes that a caller leaves free on the stack below the arguments.
 Processor = collections.namedtuple("Processor", "arch mode model arguments result sp lr pc back free")
 PROCESSORS = {
     0x1C0: Processor(
         unicorn.UC_ARCH_ARM, unicorn.UC_MODE_ARM, arm_const.UC_CPU_ARM_SA1110,
         range(arm_const.UC_ARM_REG_R0, arm_const.UC_ARM_REG_R4), arm_const.UC_ARM_REG_R0,
-        arm_const.UC_ARM_REG_SP, arm_const.UC_ARM_REG_LR, arm_const.UC_ARM_REG_PC, (0xE1A0F00E, 0), 0),
+        arm_const.UC_ARM_REG_SP, arm_const.UC_ARM_REG_LR, arm_const.UC_ARM_REG_PC, 0xE1A0F00E, 0),
     0x166: Processor(
         unicorn.UC_ARCH_MIPS, unicorn.UC_MODE_MIPS32, mips_const.UC_CPU_MIPS32_4KC,
         range(mips_const.UC_MIPS_REG_A0, mips_const.UC_MIPS_REG_T0), mips_const.UC_MIPS_REG_V0,
-        mips_const.UC_MIPS_REG_SP, mips_const.UC_MIPS_REG_RA, mips_const.UC_MIPS_REG_PC, (0x03E00008, 0), 16),
+        mips_const.UC_MIPS_REG_SP, mips_const.UC_MIPS_REG_RA, mips_const.UC_MIPS_REG_PC, 0x03E00008, 16),
 }
 
 
@@ -63,7 +63,7 @@ class Machine:
         self.cpu.mem_map(STACK, STACK_SIZE)
         self.cpu.mem_map(HEAP, HEAP_SIZE)
         self.cpu.mem_map(TRAPS, TRAPS_SIZE, unicorn.UC_PROT_READ | unicorn.UC_PROT_EXEC)
-        self.cpu.mem_write(TRAPS, struct.pack("<2I", *self.processor.back) * (TRAPS_SIZE // TRAP))
+        self.cpu.mem_write(TRAPS, struct.pack("<2I", self.processor.back, 0) * (TRAPS_SIZE // TRAP))
         self.cpu.reg_write(self.processor.sp, STACK + STACK_SIZE)
         self.cpu.hook_add(unicorn.UC_HOOK_CODE, self.on_trap, begin=TRAPS, end=TRAPS + TRAPS_SIZE - 1)
         self.cpu.hook_add(unicorn.UC_HOOK_MEM_READ | unicorn.UC_HOOK_MEM_WRITE, self.on_access)
@@ -89,7 +89,7 @@ class Machine:
         return name, function, function and len(inspect.signature(function).parameters)
 
     def on_trap(self, cpu, address, _size, _data):
-        if address % TRAP:
+        if address % TRAP:  # the delay slot
             return
         number = (address - TRAPS) // TRAP - 1
         if number < 0:  # where `run` lets the program's functions return to
