@@ -65,6 +65,7 @@ prepare_demonstration() {
     wine reg query "$key" /v DataPath >/dev/null 2>&1 </dev/null || {
         wine reg import "$(windows_path "$PWD/demo/settings.reg")" >/dev/null 2>&1 </dev/null
         setting DataPath REG_SZ "$(windows_path "$data")\\"
+        setting FontName REG_SZ IPAゴシック
     }
     setting Server REG_SZ 127.0.0.1
     setting Port REG_DWORD "$1"
@@ -129,6 +130,8 @@ show() {
     fi
 
     tools/wine_session make "$WINEPREFIX"
+    # The font that the program starts with, where Debian has it; Wine does not look there.
+    cp /usr/share/wine/fonts/tahoma*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" || true
     if [ -z "$own" ]; then
         start_server
         prepare_demonstration "$port"

@@ -27,26 +27,28 @@ void InsertFolder(HWND tree, HTREEITEM parent, const wchar_t* name) {
     if (item) InsertPlaceholder(tree, item);
 }
 
-// Puts `name` and a backslash before `place`, which moves back. False when there is no room.
+// Puts `name` before `place`, which moves back, with a backslash at its end; a root has one already. False
+// when there is no room.
 bool Prepend(const wchar_t* path, wchar_t*& place, const wchar_t* name) {
-    const std::size_t length = wcslen(name) + 1;
-    if (length > static_cast<std::size_t>(place - path)) return false;
-    place -= length;
-    std::memcpy(place, name, (length - 1) * sizeof(wchar_t));
-    place[length - 1] = L'\\';
+    const std::size_t length = wcslen(name);
+    const bool ended = length && name[length - 1] == L'\\';
+    const std::size_t size = ended ? length : length + 1;
+    if (size > static_cast<std::size_t>(place - path)) return false;
+    place -= size;
+    std::memcpy(place, name, length * sizeof(wchar_t));
+    place[size - 1] = L'\\';
     return true;
 }
 
-// A backslash, then each level below the root with one behind it. False when the buffer is too small.
+// Each level from the root on with a backslash behind it. False when the buffer is too small.
 bool BuildPath(HWND tree, HTREEITEM item, wchar_t (&path)[kChooserPathSize]) {
     wchar_t* place = path + kChooserPathSize - 1;
     *place = L'\0';
-    for (HTREEITEM parent; (parent = RelatedItem(tree, item, TVGN_PARENT)) != nullptr; item = parent) {
+    for (; item; item = RelatedItem(tree, item, TVGN_PARENT)) {
         wchar_t text[kChooserPathSize] = {};
         int image = 0;
         if (!ReadItem(tree, item, text, kChooserPathSize, image) || !Prepend(path, place, text)) return false;
     }
-    if (!Prepend(path, place, L"")) return false;
     std::memmove(path, place, (wcslen(place) + 1) * sizeof(wchar_t));
     return true;
 }
@@ -110,7 +112,7 @@ bool Choose(FileChooser& chooser, HTREEITEM item) {
     int image = 0;
     if (!item || !ReadItem(chooser.tree, item, text, kChooserPathSize, image)) return false;
     if (chooser.pattern && image != kFileImage) return false;
-    if (!BuildPath(chooser.tree, item, chooser.path)) return false;
+    if (!BuildPath(chooser.tree, item, chooser.path) || !CompletePath(chooser.path)) return false;
     const std::size_t length = wcslen(chooser.path);
     if (chooser.pattern) chooser.path[length - 1] = L'\0';  // a file's path has no backslash at its end
     return true;
@@ -126,8 +128,10 @@ INT_PTR OnInitDialog(HWND dialog, FileChooser* chooser) {
     chooser->tree = GetDlgItem(dialog, IDC_CHOOSER_TREE);
     UseFileImages(chooser->tree, chooser->imageList);
     SendMessageW(chooser->tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
-    const HTREEITEM root = Insert(chooser->tree, TVI_ROOT, L"\\", kRootImage, kRootImage);
-    InsertPlaceholder(chooser->tree, root);
+    wchar_t roots[kRootsSize];
+    ListRoots(roots);
+    for (const wchar_t* root = roots; *root; root += wcslen(root) + 1)
+        InsertPlaceholder(chooser->tree, Insert(chooser->tree, TVI_ROOT, root, kRootImage, kRootImage));
     SetWindowTextW(dialog, chooser->title);
     EnableOk(*chooser, false);
     return TRUE;

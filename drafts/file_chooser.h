@@ -4,7 +4,7 @@
 
 #include "platform/owners.h"
 
-constexpr int kChooserPathSize = 260;  // UTF-16 units, the terminator included
+constexpr int kChooserPathSize = kPathSize;
 
 struct FileChooser {
     ImageListOwner imageList;  // made on first use
@@ -17,8 +17,8 @@ struct FileChooser {
 };
 
 // Runs the chooser: IDOK when the user pressed OK, and `result` holds a folder's path with its trailing
-// backslash or a file's path; IDCANCEL on Cancel and when the images cannot be made. With a pattern ("*.exe")
-// a matching file is chosen, without one any folder.
+// backslash or a file's path, with its drive where there are drives; IDCANCEL on Cancel and when the images
+// cannot be made. With a pattern ("*.exe") a matching file is chosen, without one any folder.
 INT_PTR RunFileChooser(FileChooser& chooser, HINSTANCE instance, HWND owner, const wchar_t* title,
                        const wchar_t* pattern);
 

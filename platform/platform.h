@@ -53,6 +53,16 @@ inline HMENU ChildId(int id) {
 // borrowed for the window's life. One frame at a time.
 void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessage);
 
+// Fills `roots` with the folders that hold all others, each with its backslash, and an empty one behind the
+// last: "\", and where there are drives these too.
+constexpr int kRootsSize = 26 * 4 + 3;
+void ListRoots(wchar_t (&roots)[kRootsSize]);
+
+// Has `path` name the same place wherever the program starts: with its drive, where there are drives. False
+// when it would be too long.
+constexpr int kPathSize = 260;  // UTF-16 units, the terminator included
+[[nodiscard]] bool CompletePath(wchar_t (&path)[kPathSize]);
+
 // Puts a copy of `size` bytes on the open clipboard. Error 8 when memory runs out.
 [[nodiscard]] bool PutOnClipboard(UINT format, const void* bytes, SIZE_T size);
 

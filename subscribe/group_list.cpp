@@ -42,10 +42,11 @@ void BeforeReceive(void* context) {
 
 bool FailWith(GroupListJob& job, const wchar_t* text) {
     const ErrorKeeper keeper;
-    if (job.errorText || job.outOfMemory) return false;
-    job.lastError = GetError();
-    job.errorText = text ? CopyText(text) : nullptr;
-    job.outOfMemory = !job.errorText;
+    if (!job.errorText && !job.outOfMemory) {
+        job.lastError = GetError();
+        job.errorText = text ? CopyText(text) : nullptr;
+        job.outOfMemory = !job.errorText;
+    }
     return false;
 }
 

@@ -37,18 +37,11 @@ static_assert(sizeof(BarWords) == 4 && sizeof(ButtonWords) == 14, "words without
     return false;
 }
 
-// The resource's words, all of which exist; else null.
+// The resource's words, which are the program's own; null without such a resource.
 const BarWords* FindBarWords(HINSTANCE module, UINT id) {
     HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(id), MAKEINTRESOURCEW(10));  // RT_RCDATA
     HGLOBAL loaded = resource ? LoadResource(module, resource) : nullptr;
-    auto words = loaded ? static_cast<const BarWords*>(LockResource(loaded)) : nullptr;
-    if (!words) return nullptr;
-    const DWORD size = SizeofResource(module, resource);
-    if (size < sizeof(BarWords) || size < sizeof(BarWords) + words->count * sizeof(ButtonWords)) {
-        SetLastError(ERROR_INVALID_DATA);
-        return nullptr;
-    }
-    return words;
+    return loaded ? static_cast<const BarWords*>(LockResource(loaded)) : nullptr;
 }
 
 [[nodiscard]] bool LoadButton(const MenuBar& bar, HINSTANCE module, const ButtonWords& words,

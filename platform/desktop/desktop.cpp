@@ -17,6 +17,21 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
     SetWindowLongPtrW(window, offset, reinterpret_cast<LONG_PTR>(pointer));
 }
 
+// A drive without a disk is an empty folder, without a box that asks for one.
+void ListRoots(wchar_t (&roots)[kRootsSize]) {
+    SetErrorMode(SEM_FAILCRITICALERRORS);
+    std::memcpy(roots, L"\\\0", 3 * sizeof(wchar_t));
+    GetLogicalDriveStringsW(kRootsSize - 2, roots + 2);
+}
+
+bool CompletePath(wchar_t (&path)[kPathSize]) {
+    wchar_t whole[kPathSize];
+    const DWORD length = GetFullPathNameW(path, kPathSize, whole, nullptr);
+    if (length == 0 || length >= kPathSize) return false;
+    std::memcpy(path, whole, sizeof whole);
+    return true;
+}
+
 // Offset 0 is DWL_MSGRESULT.
 void SetDialogResult(HWND dialog, int result) {
     SetWindowLongPtrW(dialog, 0, result);

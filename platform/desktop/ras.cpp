@@ -19,7 +19,8 @@ bool Find(HMODULE library, const char* name, Function& function) {
 
 RasFunctions Load() {
     RasFunctions ras;
-    const HMODULE library = LoadLibraryW(L"rasapi32.dll");  // kept: a call may last to the end
+    // Never one that stands beside the program. Kept: a call may last to the end.
+    const HMODULE library = LoadLibraryExW(L"rasapi32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     ras.loaded = library && Find(library, "RasEnumEntriesW", ras.enumEntries) &&
                  Find(library, "RasEnumConnectionsW", ras.enumConnections) &&
                  Find(library, "RasGetEntryDialParamsW", ras.getEntryDialParams) &&

@@ -14,6 +14,14 @@ void SetWindowPointer(HWND window, int offset, void* pointer) {
 // The shell gives the frame the whole screen.
 void SetUpDesktopFrame(HWND, int, const wchar_t*, UINT) {}
 
+void ListRoots(wchar_t (&roots)[kRootsSize]) {
+    std::memcpy(roots, L"\\\0", 3 * sizeof(wchar_t));
+}
+
+bool CompletePath(wchar_t (&)[kPathSize]) {
+    return true;
+}
+
 // Offset 0 is DWL_MSGRESULT.
 void SetDialogResult(HWND dialog, int result) {
     SetWindowLongW(dialog, 0, result);

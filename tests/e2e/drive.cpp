@@ -4,9 +4,10 @@
 // longer than kPatience for the other side.
 //
 //   windows                     visible top-level windows of the program, the topmost first: handle, class,
-//                               enabled, caption
+//                               enabled, caption, the display's number of it
 //   items WINDOW                its children: handle, id, class, enabled, visible, text
-//   dump                        the visible windows with all that is in them, for people to read
+//   dump                        the visible windows with all that is in them, for people to read; it and the
+//                               next are answered from within the program
 //   rows LIST                   a report list's rows, one field a column, left to right
 //   area WINDOW                 its edges on the screen: left, top, right, bottom
 //   post WINDOW MSG W L         PostMessage, by its number or its registered name
@@ -19,12 +20,13 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <iostream>
-#include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -102,6 +104,11 @@ bool Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam, DWORD_PTR* res
     return SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kPatience, result) != 0;
 }
 
+LONG_PTR Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    DWORD_PTR result = 0;
+    return Ask(window, message, wParam, lParam, &result) ? static_cast<LONG_PTR>(result) : -1;
+}
+
 std::string ClassOf(HWND window) {
     wchar_t name[64] = L"";
     GetClassNameW(window, name, 64);
@@ -119,13 +126,19 @@ std::string Flag(BOOL value) {
     return value ? "1" : "0";
 }
 
-BOOL CALLBACK ListTop(HWND window, LPARAM) {
+bool IsTop(HWND window) {
     const std::string name = ClassOf(window);
-    if (!IsWindowVisible(window) || (name != Utf8(kFrameClass) && name != Utf8(kDialogClass))) return TRUE;
+    return IsWindowVisible(window) && (name == Utf8(kFrameClass) || name == Utf8(kDialogClass));
+}
+
+BOOL CALLBACK ListTop(HWND window, LPARAM) {
+    if (!IsTop(window)) return TRUE;
     // Kept by the system, so this answers even while the window's own thread does not.
     wchar_t caption[1024] = L"";
     GetWindowTextW(window, caption, 1024);
-    Answer({Handle(window), name, Flag(IsWindowEnabled(window)), Utf8(caption)});
+    const auto shown = reinterpret_cast<UINT_PTR>(GetPropW(window, L"__wine_x11_whole_window"));
+    Answer({Handle(window), ClassOf(window), Flag(IsWindowEnabled(window)), Utf8(caption),
+            std::to_string(shown)});
     return TRUE;
 }
 
@@ -135,120 +148,28 @@ BOOL CALLBACK ListChild(HWND window, LPARAM) {
     return TRUE;
 }
 
-// A function for the program to call in its own process: the system speaks of menus, icons and fonts only to
-// the process that they belong to.
-struct Errand {
-    void(WINAPI* sleep)(DWORD);
-    UINT_PTR(WINAPI* function)(UINT_PTR, UINT_PTR, UINT_PTR, UINT_PTR);
-    UINT_PTR arguments[4], result;
-    LONG due;
-};
-
-// Copied into the program, so it may name nothing of this one's, not even a counter of lines.
-__attribute__((no_profile_instrument_function)) DWORD WINAPI RunErrands(void* parameter) {
-    for (volatile Errand& errand = *static_cast<volatile Errand*>(parameter);;) {
-        while (!errand.due)
-            errand.sleep(1);
-        errand.result = errand.function(errand.arguments[0], errand.arguments[1], errand.arguments[2],
-                                        errand.arguments[3]);
-        errand.due = 0;
-    }
-}
-
-// Memory within the program, for messages whose pointers only its own process understands, and a thread that
-// runs errands there. They stay until the program ends: Wine's programs hang now and then when threads and
-// memory come and go from outside.
-struct ForeignMemory {
-    DWORD id = 0;
-    HANDLE process = nullptr;  // while it is open, no other process gets the id
-    char* address = nullptr;
-    static constexpr size_t kSize = 8192, kErrandAt = 6144, kCodeAt = 7168, kCodeSize = 512;
-
-    explicit ForeignMemory(DWORD owner) : id(owner), process(OpenProcess(PROCESS_ALL_ACCESS, FALSE, owner)) {
-        const Errand none = {Sleep, nullptr, {}, 0, 0};
-        void* room = VirtualAllocEx(process, nullptr, kSize, MEM_COMMIT, PAGE_EXECUTE_READWRITE);
-        address = static_cast<char*>(room);
-        if (!room || !Write(&none, sizeof none, kErrandAt) ||
-            !Write(reinterpret_cast<const void*>(RunErrands), kCodeSize, kCodeAt))
-            return;
-        CloseHandle(CreateRemoteThread(process, nullptr, 0,
-                                       reinterpret_cast<LPTHREAD_START_ROUTINE>(At(kCodeAt)),
-                                       address + kErrandAt, 0, nullptr));
-    }
-    ~ForeignMemory() { CloseHandle(process); }
-    ForeignMemory(const ForeignMemory&) = delete;
-    ForeignMemory& operator=(const ForeignMemory&) = delete;
-
-    bool Write(const void* data, size_t size, size_t offset = 0) const {
-        return WriteProcessMemory(process, address + offset, data, size, nullptr) != 0;
-    }
-    bool Read(void* data, size_t size, size_t offset = 0) const {
-        return ReadProcessMemory(process, address + offset, data, size, nullptr) != 0;
-    }
-    UINT_PTR At(size_t offset) const { return reinterpret_cast<UINT_PTR>(address + offset); }
-
-    // The system's libraries have the same place in each process.
-    template <class Function>
-    UINT_PTR Call(Function* function, UINT_PTR a, UINT_PTR b = 0, UINT_PTR c = 0, UINT_PTR d = 0) const {
-        Errand errand = {Sleep, nullptr, {a, b, c, d}, 0, 1};
-        errand.function = reinterpret_cast<decltype(errand.function)>(reinterpret_cast<void*>(function));
-        if (!Write(&errand, sizeof errand, kErrandAt)) return 0;
-        for (const DWORD start = GetTickCount(); errand.due && GetTickCount() - start < kPatience; Sleep(1)) {
-            if (!Read(&errand, sizeof errand, kErrandAt)) return 0;
-        }
-        return errand.result;
-    }
-};
-
-const ForeignMemory& MemoryOf(HWND window) {
-    static std::unique_ptr<ForeignMemory> memory;
-    DWORD id = 0;
-    GetWindowThreadProcessId(window, &id);
-    if (!memory || memory->id != id) memory = std::make_unique<ForeignMemory>(id);
-    return *memory;
-}
-
-bool Cell(const ForeignMemory& memory, HWND list, int row, int column, std::string* out) {
+std::string Cell(HWND list, int row, int column) {
     wchar_t text[2048] = L"";
     LVITEMW item = {};
     item.iSubItem = column;
     item.cchTextMax = 2048;
-    item.pszText = reinterpret_cast<wchar_t*>(memory.address + sizeof item);
-    DWORD_PTR length = 0;
-    const bool read = memory.Write(&item, sizeof item) &&
-                      Ask(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
-                          reinterpret_cast<LPARAM>(memory.address), &length) &&
-                      memory.Read(text, (length < 2047 ? length : 2047) * sizeof(wchar_t), sizeof item);
-    *out = Utf8(text);
-    return read;
+    item.pszText = text;
+    Ask(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    return Utf8(text);
 }
 
-bool Rows(HWND list) {
-    DWORD_PTR rows = 0, header = 0, columns = 0;
-    const ForeignMemory& memory = MemoryOf(list);
-    if (!memory.address || !Ask(list, LVM_GETITEMCOUNT, 0, 0, &rows) ||
-        !Ask(list, LVM_GETHEADER, 0, 0, &header) ||
-        !Ask(reinterpret_cast<HWND>(header), HDM_GETITEMCOUNT, 0, 0, &columns)) {
-        return false;
-    }
-    for (int row = 0; row < static_cast<int>(rows); ++row) {
-        Fields cells(columns);
-        for (int column = 0; column < static_cast<int>(columns); ++column) {
-            if (!Cell(memory, list, row, column, &cells[static_cast<size_t>(column)])) return false;
-        }
+void Rows(HWND list) {
+    const auto header = reinterpret_cast<HWND>(Ask(list, LVM_GETHEADER));
+    const LONG_PTR rows = Ask(list, LVM_GETITEMCOUNT), columns = Ask(header, HDM_GETITEMCOUNT);
+    for (int row = 0; row < rows; ++row) {
+        Fields cells;
+        for (int column = 0; column < columns; ++column)
+            cells.push_back(Cell(list, row, column));
         Answer(cells);
     }
-    return true;
 }
 
 // The dump. Handles stay out of it: it is to be the same every time.
-
-constexpr size_t kTextAt = 1024;  // behind a record in ForeignMemory
-
-LONG_PTR Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
-    DWORD_PTR result = 0;
-    return Ask(window, message, wParam, lParam, &result) ? static_cast<LONG_PTR>(result) : -1;
-}
 
 void Say(int depth, const std::string& line) {
     Answer({std::string(static_cast<size_t>(depth) * 2, ' ') + line});
@@ -269,29 +190,26 @@ std::string Quoted(const std::string& text) {
     return " \"" + text + "\"";
 }
 
-// Has the window fill in a record of its own process, with room for a text behind it.
 template <class Record>
-std::string AskText(const ForeignMemory& memory, HWND window, UINT message, LONG_PTR index, Record& record) {
+std::string AskText(HWND window, UINT message, LONG_PTR index, Record& record) {
     wchar_t text[1024] = L"";
-    record.pszText = reinterpret_cast<wchar_t*>(memory.address + kTextAt);
+    record.pszText = text;
     record.cchTextMax = 1024;
-    (void)(memory.Write(text, sizeof text, kTextAt) && memory.Write(&record, sizeof record));
-    Ask(window, message, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(memory.address));
-    (void)(memory.Read(&record, sizeof record) && memory.Read(text, sizeof text, kTextAt));
+    Ask(window, message, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&record));
     return Quoted(Utf8(text));
 }
 
-void DumpHeader(const ForeignMemory& memory, HWND header, int depth) {
+void DumpHeader(HWND header, int depth) {
     const LONG_PTR count = Ask(header, HDM_GETITEMCOUNT);
     for (LONG_PTR i = 0; i < count; ++i) {
         HDITEMW item = {};
         item.mask = HDI_TEXT | HDI_WIDTH | HDI_FORMAT;
-        const std::string text = AskText(memory, header, HDM_GETITEMW, i, item);
+        const std::string text = AskText(header, HDM_GETITEMW, i, item);
         Say(depth, "column" + text + Decimal("width", item.cxy) + Hex("format", item.fmt));
     }
 }
 
-void DumpRows(const ForeignMemory& memory, HWND list, int depth) {
+void DumpRows(HWND list, int depth) {
     const auto header = reinterpret_cast<HWND>(Ask(list, LVM_GETHEADER));
     const LONG_PTR rows = Ask(list, LVM_GETITEMCOUNT), columns = Ask(header, HDM_GETITEMCOUNT);
     for (LONG_PTR row = 0; row < rows; ++row) {
@@ -299,39 +217,36 @@ void DumpRows(const ForeignMemory& memory, HWND list, int depth) {
         item.mask = LVIF_TEXT | LVIF_IMAGE | LVIF_STATE;
         item.stateMask = static_cast<UINT>(-1);
         item.iItem = static_cast<int>(row);
-        std::string cells = AskText(memory, list, LVM_GETITEMW, 0, item);
-        for (int column = 1; column < columns; ++column) {
-            std::string cell;
-            (void)Cell(memory, list, static_cast<int>(row), column, &cell);
-            cells += Quoted(cell);
-        }
+        std::string cells = AskText(list, LVM_GETITEMW, 0, item);
+        for (int column = 1; column < columns; ++column)
+            cells += Quoted(Cell(list, static_cast<int>(row), column));
         Say(depth, "row" + cells + Decimal("image", item.iImage) +
                        (item.state & LVIS_SELECTED ? " selected" : "") +
                        (item.state & LVIS_FOCUSED ? " focused" : ""));
     }
 }
 
-void DumpTree(const ForeignMemory& memory, HWND tree, LONG_PTR item, int depth) {
+void DumpTree(HWND tree, LONG_PTR item, int depth) {
     for (; item; item = Ask(tree, TVM_GETNEXTITEM, TVGN_NEXT, item)) {
         TVITEMW record = {};
         record.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_CHILDREN;
         record.hItem = reinterpret_cast<HTREEITEM>(item);
         record.stateMask = static_cast<UINT>(-1);
-        const std::string text = AskText(memory, tree, TVM_GETITEMW, 0, record);
+        const std::string text = AskText(tree, TVM_GETITEMW, 0, record);
         Say(depth, "item" + text + Decimal("image", record.iImage) + Decimal("open", record.iSelectedImage) +
                        (record.cChildren ? " parent" : "") +
                        (record.state & TVIS_EXPANDED ? " expanded" : "") +
                        (record.state & TVIS_SELECTED ? " selected" : ""));
-        DumpTree(memory, tree, Ask(tree, TVM_GETNEXTITEM, TVGN_CHILD, item), depth + 1);
+        DumpTree(tree, Ask(tree, TVM_GETNEXTITEM, TVGN_CHILD, item), depth + 1);
     }
 }
 
-void DumpTabs(const ForeignMemory& memory, HWND tabs, int depth) {
+void DumpTabs(HWND tabs, int depth) {
     const LONG_PTR count = Ask(tabs, TCM_GETITEMCOUNT), shown = Ask(tabs, TCM_GETCURSEL);
     for (LONG_PTR i = 0; i < count; ++i) {
         TCITEMW item = {};
         item.mask = TCIF_TEXT;
-        Say(depth, "tab" + AskText(memory, tabs, TCM_GETITEMW, i, item) + (i == shown ? " selected" : ""));
+        Say(depth, "tab" + AskText(tabs, TCM_GETITEMW, i, item) + (i == shown ? " selected" : ""));
     }
 }
 
@@ -344,20 +259,18 @@ void DumpChoices(HWND combo, int depth) {
     }
 }
 
-void DumpMenu(const ForeignMemory& memory, HWND popup, int depth) {
+void DumpMenu(HWND popup, int depth) {
     constexpr UINT kGetMenu = 0x1E1;  // MN_GETHMENU
-    const auto menu = static_cast<UINT_PTR>(Ask(popup, kGetMenu));
-    const auto count = static_cast<int>(memory.Call(GetMenuItemCount, menu));  // below 0 once it has closed
+    const auto menu = reinterpret_cast<HMENU>(Ask(popup, kGetMenu));
+    const int count = GetMenuItemCount(menu);  // below 0 once it has closed
     for (int i = 0; i < count; ++i) {
         wchar_t text[256] = L"";
         MENUITEMINFOW item = {};
         item.cbSize = sizeof item;
         item.fMask = MIIM_STRING | MIIM_STATE | MIIM_ID | MIIM_FTYPE;
-        item.dwTypeData = reinterpret_cast<wchar_t*>(memory.address + kTextAt);
+        item.dwTypeData = text;
         item.cch = 256;
-        (void)(memory.Write(text, sizeof text, kTextAt) && memory.Write(&item, sizeof item));
-        memory.Call(GetMenuItemInfoW, menu, static_cast<UINT_PTR>(i), TRUE, memory.At(0));
-        (void)(memory.Read(&item, sizeof item) && memory.Read(text, sizeof text, kTextAt));
+        GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &item);
         Say(depth, item.fType & MFT_SEPARATOR ? "separator"
                                               : "item" + Quoted(Utf8(text)) + Decimal("command", item.wID) +
                                                     (item.fState & MFS_CHECKED ? " checked" : "") +
@@ -366,21 +279,22 @@ void DumpMenu(const ForeignMemory& memory, HWND popup, int depth) {
     }
 }
 
-std::string IconOf(const ForeignMemory& memory, HWND label) {
-    const auto icon = static_cast<UINT_PTR>(Ask(label, STM_GETICON));
-    const char* const names[] = {"stop", "question", "exclamation", "information"};
-    for (UINT_PTR i = 0; icon && i < 4; ++i) {
-        constexpr UINT_PTR kFirst = 32513;  // IDI_ERROR
-        if (memory.Call(LoadIconW, 0, kFirst + i) == icon) return std::string(" icon ") + names[i];
+std::string IconOf(HWND label) {
+    const auto icon = reinterpret_cast<HICON>(Ask(label, STM_GETICON));
+    const std::pair<LPCWSTR, const char*> named[] = {{IDI_ERROR, "stop"},
+                                                     {IDI_QUESTION, "question"},
+                                                     {IDI_EXCLAMATION, "exclamation"},
+                                                     {IDI_INFORMATION, "information"}};
+    for (const auto& [id, name] : named) {
+        if (icon && LoadIconW(nullptr, id) == icon) return std::string(" icon ") + name;
     }
     return icon ? " icon of its own" : "";
 }
 
-std::string FontOf(const ForeignMemory& memory, HWND window) {
+std::string FontOf(HWND window) {
     LOGFONTW font = {};
-    const UINT_PTR handle = memory.Call(SendMessageW, reinterpret_cast<UINT_PTR>(window), WM_GETFONT);
-    memory.Call(GetObjectW, handle, sizeof font, memory.At(0));
-    if (!handle || !memory.Read(&font, sizeof font)) return "";
+    const auto handle = reinterpret_cast<HFONT>(Ask(window, WM_GETFONT));
+    if (!GetObjectW(handle, sizeof font, &font)) return "";
     return " font " + Utf8(font.lfFaceName) + Decimal("of", font.lfHeight);
 }
 
@@ -399,17 +313,17 @@ std::string EditOf(HWND edit) {
            Decimal("selection", LOWORD(selection)) + Decimal("to", HIWORD(selection));
 }
 
-std::string StateOf(const ForeignMemory& memory, HWND window, const std::string& kind) {
+std::string StateOf(HWND window, const std::string& kind) {
     if (kind == "Button") return Ask(window, BM_GETCHECK) ? " checked" : "";
     if (kind == "Edit") return EditOf(window);
-    if (kind == "Static") return IconOf(memory, window);
+    if (kind == "Static") return IconOf(window);
     if (kind == "ScrollBar") return ScrollOf(window);
     if (kind == "msctls_progress32")
         return Decimal("from", Ask(window, PBM_GETRANGE, TRUE)) + Decimal("to", Ask(window, PBM_GETRANGE)) +
                Decimal("at", Ask(window, PBM_GETPOS));
     if (kind == "SysListView32") return Hex("extended", Ask(window, LVM_GETEXTENDEDLISTVIEWSTYLE));
-    if (kind == "SysHeader32") return FontOf(memory, window);
-    if (kind == "#32770") return FontOf(memory, window);
+    if (kind == "SysHeader32") return FontOf(window);
+    if (kind == "#32770") return FontOf(window);
     if (kind == Utf8(kFrameClass))
         return std::string(Ask(window, WM_GETICON, ICON_SMALL) ? " small icon" : "") +
                (Ask(window, WM_GETICON, ICON_BIG) ? " large icon" : "");
@@ -417,13 +331,12 @@ std::string StateOf(const ForeignMemory& memory, HWND window, const std::string&
 }
 
 void DumpContents(HWND window, const std::string& kind, int depth) {
-    const ForeignMemory& memory = MemoryOf(window);
-    if (kind == "SysHeader32") DumpHeader(memory, window, depth);
-    if (kind == "SysListView32") DumpRows(memory, window, depth);
-    if (kind == "SysTreeView32") DumpTree(memory, window, Ask(window, TVM_GETNEXTITEM, TVGN_ROOT), depth);
-    if (kind == "SysTabControl32") DumpTabs(memory, window, depth);
+    if (kind == "SysHeader32") DumpHeader(window, depth);
+    if (kind == "SysListView32") DumpRows(window, depth);
+    if (kind == "SysTreeView32") DumpTree(window, Ask(window, TVM_GETNEXTITEM, TVGN_ROOT), depth);
+    if (kind == "SysTabControl32") DumpTabs(window, depth);
     if (kind == "ComboBox") DumpChoices(window, depth);
-    if (kind == "#32768") DumpMenu(memory, window, depth);
+    if (kind == "#32768") DumpMenu(window, depth);
 }
 
 // Class, id, text, place in its parent, style without what the words behind it say.
@@ -441,7 +354,7 @@ void DumpWindow(HWND window, int depth) {
         (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON ? "" : Quoted(TextOf(window))) +
         Decimal("at", area.left) + "," + std::to_string(area.top) + Decimal("size", area.right - area.left) +
         "x" + std::to_string(area.bottom - area.top) + Hex("style", style & ~(WS_VISIBLE | WS_DISABLED)) +
-        StateOf(MemoryOf(window), window, kind) + (style & WS_DISABLED ? " disabled" : "") +
+        StateOf(window, kind) + (style & WS_DISABLED ? " disabled" : "") +
         (thread.hwndFocus == window ? " focus" : "") + (GetForegroundWindow() == window ? " front" : "");
     if (!(style & WS_VISIBLE)) return Say(depth, line + " hidden");
     Say(depth, line);
@@ -451,10 +364,73 @@ void DumpWindow(HWND window, int depth) {
 }
 
 BOOL CALLBACK DumpTop(HWND window, LPARAM) {
-    const std::string name = ClassOf(window);
-    if (IsWindowVisible(window) && (name == Utf8(kFrameClass) || name == "#32770" || name == "#32768"))
-        DumpWindow(window, 0);
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    const bool popup = IsWindowVisible(window) && ClassOf(window) == "#32768";
+    if (owner == GetCurrentProcessId() && (IsTop(window) || popup)) DumpWindow(window, 0);
     return TRUE;
+}
+
+// What lists, menus and fonts hold is known in the program's process alone. So this library goes there with a
+// hook, looks when its message comes, and leaves what it saw in memory that both processes share.
+struct Shared {
+    static constexpr DWORD kSize = 1 << 20;
+    HANDLE mapping =
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize, L"PelnorDrive");
+    char* text = static_cast<char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, kSize));
+
+    Shared() = default;
+    ~Shared() {
+        UnmapViewOfFile(text);
+        CloseHandle(mapping);
+    }
+    Shared(const Shared&) = delete;
+    Shared& operator=(const Shared&) = delete;
+};
+
+UINT LookMessage() {
+    return RegisterWindowMessageW(L"PelnorDrive");
+}
+
+LRESULT CALLBACK Look(int code, WPARAM wParam, LPARAM lParam) {
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+    if (code == HC_ACTION && sent.message == LookMessage()) {
+        answer.clear();
+        if (sent.wParam) {
+            Rows(reinterpret_cast<HWND>(sent.wParam));
+        } else {
+            EnumWindows(DumpTop, 0);
+        }
+        answer.resize(std::min(answer.size(), size_t{Shared::kSize - 1}));
+        std::strcpy(Shared().text, answer.c_str());
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+// Looks at the rows of `list`, or at all windows of the process of `window`. What is gone shows nothing.
+bool LookFrom(HWND window, HWND list) {
+    const DWORD thread = GetWindowThreadProcessId(window, nullptr);
+    if (!thread) return true;
+    const Shared shared;
+    const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, Look, GetModuleHandleW(L"drive.dll"), thread);
+    *shared.text = '\0';
+    DWORD_PTR result = 0;
+    const bool looked = hook && Ask(window, LookMessage(), reinterpret_cast<WPARAM>(list), 0, &result);
+    UnhookWindowsHookEx(hook);
+    answer += (answer.empty() || !*shared.text ? "" : ",") + std::string(shared.text);
+    return looked || !IsWindow(window);
+}
+
+BOOL CALLBACK DumpProcess(HWND window, LPARAM parameter) {
+    auto& seen = *reinterpret_cast<std::set<DWORD>*>(parameter);
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    return !IsTop(window) || !seen.insert(owner).second || LookFrom(window, nullptr);
+}
+
+bool Dump() {
+    std::set<DWORD> seen;
+    return EnumWindows(DumpProcess, reinterpret_cast<LPARAM>(&seen)) != 0;
 }
 
 bool Area(HWND window) {
@@ -510,8 +486,8 @@ bool Obey(Fields order) {
         EnumChildWindows(Window(order[1]), ListChild, 0);
         return true;
     }
-    if (name == "dump") return EnumWindows(DumpTop, 0) != 0;
-    if (name == "rows") return Rows(Window(order[1]));
+    if (name == "dump") return Dump();
+    if (name == "rows") return LookFrom(Window(order[1]), Window(order[1]));
     if (name == "area") return Area(Window(order[1]));
     if (name == "send") return Send(order);
     if (name == "post") {
@@ -532,7 +508,7 @@ bool Obey(Fields order) {
 
 }  // namespace
 
-int main() {
+extern "C" __declspec(dllexport) void Drive() {
     for (std::string line; std::getline(std::cin, line);) {
         answer.clear();
         if (Obey(Parse(line))) {

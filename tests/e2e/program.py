@@ -43,9 +43,19 @@ class Bench:
             closing.enter_context(self._start_display())
             self._session("make", "unmanaged")  # its server goes when the last program has
             closing.callback(self._session, "end")
+            self._insert_card()
             self.start_drive()
             closing.callback(lambda: self.stop_drive())
             self.close = closing.pop_all().close
+
+    def _insert_card(self):
+        """A drive Y: of the tests' own. Wine looks for drives when its server starts."""
+        self.card = self.prefix.parent / "card"
+        self.card.mkdir(exist_ok=True)
+        drive = self.prefix / "dosdevices/y:"
+        if not drive.is_symlink():
+            drive.symlink_to(self.card)
+            self._session("end")
 
     def start_drive(self):
         self.drive = self.run_wine(self.drive_path, stdin=subprocess.PIPE, stdout=subprocess.PIPE, encoding="utf-8")
@@ -171,7 +181,7 @@ class Program:
     def dialogs(self):
         """Dialogs and message boxes, the topmost first; the text is that of the labels together."""
         found = []
-        for handle, kind, _, caption in self.bench.order("windows"):
+        for handle, kind, _, caption, _ in self.bench.order("windows"):
             if kind == DIALOG:
                 labels = [item.text for item in self.items(handle) if item.kind == "Static" and item.text]
                 found.append(Dialog(handle, caption, "\n".join(labels)))

@@ -57,7 +57,7 @@ class OtherDesktop(program.Bench):
 
     def own_copy(self, path):
         """Wine chooses the desktop by the program's name."""
-        copied = shutil.copy(path, self.prefix.parent / f"other_{path.name}")
+        copied = shutil.copy(path, path.with_name(f"other_{path.name}"))
         self.registry(rf"HKCU\Software\Wine\AppDefaults\{copied.name}\Explorer", "/v", "Desktop", "/d", "other")
         return copied
 

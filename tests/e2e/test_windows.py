@@ -16,7 +16,6 @@ import pathlib
 import shutil
 import struct
 import subprocess
-import tempfile
 import time
 
 import corpus
@@ -121,6 +120,10 @@ class Windows(scenario.Scenario):
         self.running = program.Program(self.bench, (program.FRAME, program.DIALOG))
         self.addCleanup(self.running.end)
 
+    def elsewhere(self):
+        """Programs start on another drive from here on."""
+        os.chdir("/")
+
     def start_again(self):
         second = self.bench.run_wine(self.bench.program)
         inn.wait_until(lambda: second.poll() is not None, "the second start to end")
@@ -202,9 +205,9 @@ class Windows(scenario.Scenario):
         self.looks.append(look)
 
     def registry(self):
-        shown = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, check=True,
-                               capture_output=True, encoding="cp932").stdout
-        shown = shown.replace(f"{self.relay.port:#x}", "PORT")
+        query = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, capture_output=True,
+                               encoding="cp932", errors="replace")
+        shown = (query.stderr if query.returncode else query.stdout).replace(f"{self.relay.port:#x}", "PORT")
         self.notes += [line.strip() for line in shown.splitlines() if line.strip()]
 
     def hold(self, *command):
@@ -249,10 +252,10 @@ class Windows(scenario.Scenario):
     def await_focus(self):
         """The display gives the keys to a new window a moment after Windows does; sometimes a window manager is to."""
         def given():
-            caption = next((window[3] for window in self.bench.order("windows")), None)
-            if caption is None or self.xdotool("getwindowfocus", "getwindowname", check=False) == caption + "\n":
+            front = next((window[4] for window in self.bench.order("windows")), None)
+            if front is None or self.xdotool("getwindowfocus", "-f", check=False).strip() == front:
                 return True
-            self.xdotool("search", "--onlyvisible", "--name", f"^{caption}$", "windowfocus", check=False)
+            self.xdotool("windowfocus", front, check=False)
         inn.wait_until(given, "the focus", 5)
 
     def window(self, number):
@@ -343,18 +346,13 @@ class Windows(scenario.Scenario):
         return found
 
     def prepare(self):
-        """A card with a folder of news for the drive Y:, and a program that starts there."""
-        card = pathlib.Path(tempfile.mkdtemp(prefix="pelnor-card-"))
-        self.addCleanup(shutil.rmtree, card)
-        self.folder_path = card / "news"
+        """A card with a folder of news, and a program that starts there."""
+        shutil.rmtree(self.bench.card)
+        self.folder_path = self.bench.card / "news"
         for name in ("games", "news"):
-            (card / name).mkdir()
-        drive = self.bench.prefix / "dosdevices" / "y:"
-        drive.unlink(missing_ok=True)
-        drive.symlink_to(card)
-        self.addCleanup(drive.unlink)
+            (self.bench.card / name).mkdir(parents=True)
         self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(card)
+        os.chdir(self.bench.card)
         self.bench.order("forget")
 
     def test_the_walk(self):
