@@ -1,4 +1,4 @@
-"""The device's executable, read back with a reader that is not ours, and what the step that makes it refuses.
+"""The device's executables, read back with a reader that is not ours, and what the step that makes them refuses.
 
     test_executable.py DEVICE_BUILD DESKTOP_EXECUTABLE
 """
@@ -89,7 +89,8 @@ class Template:
 class Executable:
     @classmethod
     def setUpClass(cls):
-        cls.file, cls.program = (build / f"pelnor-{cls.processor}.exe", build / cls.processor / "platform/device/pelnor_device")
+        cls.file = build / f"pelnor-{cls.processor}.exe"
+        cls.program = build / cls.processor / "platform/device/pelnor_device"
         cls.exe = pefile.PE(str(cls.file))
         cls.dialogs = {number: Template(data) for (kind, number, _), data in resources(cls.exe).items()
                        if kind == RT_DIALOG}
@@ -117,7 +118,7 @@ class Executable:
                               if entry.name.decode() not in exports[library]])
 
     def test_the_code_is_the_machines(self):
-        """Every instruction is one that the processor has; a jump of MIPS is followed by one more, which is none."""
+        """Each instruction is one that the processor has. On MIPS a function goes on behind a jump, and not with one."""
         code = tool(self.processor, "objdump", "-dz", self.program)
         allowed = dict(row.split("\n", 1) for row in HERE.with_name("instructions.txt").read_text().split("\n== ")[1:])
         names = set(re.findall(r"^ +\w+:\t\w+ +\t(\S+)", code, re.M))

@@ -1,5 +1,5 @@
-"""The device's executable through a user's first evening: groups, articles, keywords, deletion, each through its own
-windows. It must leave the same files as the desktop's program does after the same doings with the same server.
+"""The device's executables through a user's first evening: groups, articles, keywords, deletion, each through its own
+windows. They must leave the same files as the desktop's program does after the same doings with the same server.
 
     test_run.py DEVICE_BUILD BUILD DESKTOP_EXECUTABLE DRIVE
 """
@@ -252,12 +252,12 @@ class Run(unittest.TestCase):
 
     def on_devices(self, doings, news, files):
         """One with each processor, after the same doings."""
-        devices = [OnDevice(processor, news, files) for processor in ("arm", "mips")]
-        for device in devices:
-            with self.subTest(device.machine.processor):
+        devices = {processor: OnDevice(processor, news, files) for processor in ("arm", "mips")}
+        for processor, device in devices.items():
+            with self.subTest(processor):
                 doings(device)
                 self.assert_ended_well(device)
-        return devices
+        return [*devices.values()]
 
     def test_an_evening_leaves_the_desktops_files(self):
         files = old_files()
