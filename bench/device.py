@@ -33,28 +33,28 @@ FROM = b"From: Taro Yamada <taro@example.jp>\r\n"
 
 class Counted(test_run.OnDevice):
     def __init__(self, files, news=server.NewsServer({})):
-        super().__init__(news, files)
+        super().__init__("arm", news, files)
         self.system.registry.update({name: test_run.packed(value) for name, value in (("Limit", 20000), ("UserID", ""))})
         self.instructions, self.calls, self.heap, self.stack = 0, collections.Counter(), 0, 0
         self.bottom, self.run_threads = machine.STACK + machine.STACK_SIZE, self.system.run_threads
         self.system.run_threads = self.on_threads
         base = self.machine.exe.OPTIONAL_HEADER.ImageBase
         self.machine.cpu.hook_add(unicorn.UC_HOOK_BLOCK, self.on_block, begin=base, end=machine.STACK - 1)
-        self.machine.cpu.hook_add(unicorn.UC_HOOK_CODE, self.on_call, begin=machine.TRAPS + 4,
+        self.machine.cpu.hook_add(unicorn.UC_HOOK_CODE, self.on_call, begin=machine.TRAPS + machine.TRAP,
                                   end=machine.TRAPS + machine.TRAPS_SIZE - 1)
 
     def on_block(self, cpu, _address, size, _data):
         self.instructions += size // 4
-        self.stack = max(self.stack, self.bottom - cpu.reg_read(machine.SP))
+        self.stack = max(self.stack, self.bottom - cpu.reg_read(self.machine.processor.sp))
 
     def on_threads(self):
         """They run on what the first thread has left of its stack; each is measured from there."""
-        bottom, self.bottom = self.bottom, self.machine.cpu.reg_read(machine.SP)
+        bottom, self.bottom = self.bottom, self.machine.cpu.reg_read(self.machine.processor.sp)
         yield from self.run_threads()
         self.bottom = bottom
 
     def on_call(self, _cpu, address, _size, _data):
-        self.calls[self.machine.methods[(address - machine.TRAPS) // 4 - 1][0]] += 1
+        self.calls[self.machine.methods[(address - machine.TRAPS) // machine.TRAP - 1][0]] += 1
         self.heap = max(self.heap, sum(self.machine.heap.blocks.values()))
 
     def ended(self):

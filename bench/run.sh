@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 
 if [ "${1-}" = device ]; then
     require_packages $device_packages python3-pefile python3-unicorn python3-distutils python3-pkg-resources
-    { cmake --preset device && cmake --build --preset device; } >&2
+    { cmake --preset device-arm && cmake --build --preset device-arm; } >&2
     /usr/bin/python3 bench/device.py build/device | tee bench/device.txt
     exit
 fi

@@ -76,8 +76,8 @@ void SeekToEnd(DataFile& file);
 // it does not stand there whole, in `buffer`. It lasts until the next call.
 [[nodiscard]] bool NextLine(DataFile& file, char* buffer, uint32_t size, std::string_view& line);
 
-// Passes by whole lines of fewer than `size` bytes that do not have `run` times the byte `mark` in a row: as
-// many as can be told at a glance, perhaps none. Answers their bytes.
+// Skips whole lines of fewer than `size` bytes that do not have `run` times the byte `mark` in a row: as many
+// as can be told at a glance, perhaps none. Returns how many bytes they have.
 uint32_t SkipLinesWithoutRun(DataFile& file, uint32_t size, char mark, std::size_t run);
 
 bool FileExists(const wchar_t* path);

@@ -129,7 +129,7 @@ bool TakeNewerHeader(GroupStore& store) {
     return true;
 }
 
-// Whether the index still has the page's record at its place: to mark another would lose it its article.
+// Whether the index still has the page's record at its place: a mark would overwrite another article's.
 bool StandsInIndex(ArticleList& list, uint32_t row) {
     IndexRecord standing;
     if (!ReadRecord(list.store, standing, list.rowMap[row])) return false;

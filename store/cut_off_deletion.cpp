@@ -25,13 +25,13 @@ bool IsOfDeletion(const wchar_t* name) {
     return (first == 'i' && second == 'd') || (first == 'l' && second == 'o');
 }
 
-// What a search says that has found all there is.
+// The error of a search that has found all there is.
 bool IsEndOfList(unsigned error) {
     return error == kErrorFileNotFound || error == ERROR_NO_MORE_FILES;
 }
 
 // The old log is gone: the new one takes its place, unless it has it already, and the old index goes, even if
-// the new log cannot follow. A group without an index is used by nobody until a start has finished this.
+// the new log cannot follow. Nothing uses a group without an index until a start has finished this.
 bool TakeLogsPlace(const TemporaryPaths& paths, const GroupStore& store, bool newLogWaits) {
     const bool taken = !newLogWaits || RenameDataFile(paths.log.get(), store.logPath.get());
     const unsigned error = GetError();

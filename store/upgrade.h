@@ -27,7 +27,7 @@ enum class CutOffUpgrade {
 CutOffUpgrade FinishUpgrade(const GroupStore& store);
 
 // Makes a missing index from the log. A log that holds a line which is too long gives the articles before it
-// and the failure 234; after any other failure there is no index still.
+// and the failure 234; after any other failure there is still no index.
 [[nodiscard]] bool MakeIndex(GroupStore& store);
 
 // Converts an index of version 1 to 4 to version 5. After a failure the old index stands.

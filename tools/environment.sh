@@ -5,7 +5,7 @@
 build_packages="cmake ninja-build g++-mingw-w64-x86-64-posix googletest"
 wine_packages="wine wine64 fonts-wine fonts-ipafont-gothic locales xvfb xdotool imagemagick"
 device_packages="cmake ninja-build python3 gcc-arm-none-eabi libnewlib-arm-none-eabi libstdc++-arm-none-eabi-newlib
-    binutils-mingw-w64-x86-64 mingw-w64-common"
+    g++-mipsel-linux-gnu binutils-mingw-w64-x86-64 mingw-w64-common"
 fuzz_packages="cmake ninja-build clang libclang-rt-14-dev"
 # The last two are python3-unicorn's, which does not ask for them.
 check_packages="$device_packages $fuzz_packages clang-format python3-pefile python3-unicorn

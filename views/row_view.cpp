@@ -1,5 +1,7 @@
 #include "views/row_view.h"
 
+#include <algorithm>
+
 #include "platform/platform.h"
 #include "text/last_error.h"
 
@@ -283,8 +285,8 @@ bool EnsureLayout(RowView& view) {
 }
 
 uint32_t RowsPerPage(const RowView& view) {
-    const int rows = (view.rowArea.bottom - view.rowArea.top) / view.rowHeight;
-    return rows > 0 ? static_cast<uint32_t>(rows) : 1;
+    const int height = view.rowArea.bottom - view.rowArea.top;
+    return static_cast<uint32_t>(std::max(height, view.rowHeight)) / static_cast<uint32_t>(view.rowHeight);
 }
 
 void InvalidateRows(const RowView& view) {

@@ -208,7 +208,7 @@ void OnKey(RowView& view, WPARAM key) {
 // False when no row of the list is there.
 bool PutCursorAt(SubjectView& view, int y) {
     if (y < view.rowArea.top) return false;
-    const auto row = static_cast<uint32_t>((y - view.rowArea.top) / view.rowHeight);
+    const auto row = static_cast<uint32_t>(y - view.rowArea.top) / static_cast<uint32_t>(view.rowHeight);
     if (row >= view.scroll.page || view.scroll.top + row >= view.scroll.total) return false;
     const uint32_t oldCursor = view.scroll.cursor;
     view.scroll.cursor = row;

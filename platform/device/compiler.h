@@ -6,6 +6,8 @@
 
 #define _WIN32 1
 #define WIN32 1
+// On MIPS too, which these headers do not know: the program uses nothing of the processor from them.
+#define __arm__ 1
 #define _ARM_ 1
 #define _M_ARM 1
 #define __MINGW32__ 1

@@ -12,7 +12,6 @@ MISSING, NO_PATH, NO_MORE, FILE_EXISTS, EXISTS, TOO_SMALL, MORE_DATA = 2, 3, 18,
 FAILED = 0xFFFFFFFF
 WM_CREATE, WM_DESTROY, WM_PAINT, WM_CLOSE, WM_QUIT, WM_NOTIFY, WM_KEYDOWN = 1, 2, 0xF, 0x10, 0x12, 0x4E, 0x100
 WM_COMMAND, WM_INITDIALOG, GET_SUBMENU = 0x111, 0x110, 0x591
-GET_CHECK, SET_CHECK, SELECT_TEXT = 0xF0, 0xF1, 0xB1
 USER_DATA, STYLE = -21, -16  # words that every window has
 DIALOG_WORDS = 12  # the result, the procedure, and one for the program
 YES_OR_NO, YES, OK, SET_EVENT = 4, 6, 1, 3
@@ -46,7 +45,6 @@ CALLS = {
     "strlen": lambda s, m, text: len(m.text(text)),
     "strcmp": lambda s, m, left, right: compare(m.text(left), m.text(right)),
     "strncmp": lambda s, m, left, right, size: compare(m.text(left)[:size], m.text(right)[:size]),
-    "strcpy": lambda s, m, to, source: m.write(to, m.text(source) + b"\0"),
     "strchr": lambda s, m, text, char: found(text, m.text(text) + b"\0", bytes([char & 0xFF])),
     "wcslen": lambda s, m, text: len(m.wide(text)),
     "wcscmp": lambda s, m, left, right: compare(m.wide(left), m.wide(right)),
@@ -59,7 +57,6 @@ CALLS = {
     "SetLastError": lambda s, m, error: s.fail(error),
     "InterlockedIncrement": lambda s, m, number: s.add(number, 1),
     "InterlockedDecrement": lambda s, m, number: s.add(number, -1),
-    "GetTickCount": lambda s, m: s.clock,
     "HeapCreate": lambda s, m, options, initial, most: s.handle([]),
     "CreateEventW": lambda s, m, security, manual, is_set, name: s.handle([is_set]),
     "CloseHandle": lambda s, m, handle: s.handles.pop(handle) is not None,
@@ -76,8 +73,6 @@ CALLS = {
     "GetWindow": lambda s, m, window, owner: s.handles[window].parent,
     "SetFocus": lambda s, m, window: setattr(s, "focus", window),
     "GetFocus": lambda s, m: s.focus,
-    "SetScrollPos": lambda s, m, window, bar, top, shows: setattr(s.handles[window], "top", top),
-    "GetScrollInfo": lambda s, m, window, bar, record: m.put_words(record + 20, s.handles[window].top),
     "GetClientRect": lambda s, m, window, record: m.put_words(record, *SCREEN),
     # The only one that the program asks for is a menu bar's.
     "GetWindowRect": lambda s, m, window, record: m.put_words(record, 0, SCREEN[3], SCREEN[2], SCREEN[3] + BAR_HEIGHT),
@@ -87,16 +82,15 @@ CALLS = {
     "GetDlgItem": lambda s, m, dialog, number: s.control(dialog, number)[0],
     "SetDlgItemTextW": lambda s, m, dialog, number, text: setattr(s.control(dialog, number)[1], "text", m.wide(text)),
     "EndDialog": lambda s, m, dialog, result: s.results.update({dialog: result}),
-    "IsDialogMessageW": lambda s, m, dialog, message: 0,
     "inet_addr": lambda s, m, text: FAILED,
     "htons": lambda s, m, port: port >> 8 & 0xFF | (port & 0xFF) << 8,
     "closesocket": lambda s, m, socket: s.handles.pop(socket) and 0,
 }
 # Only their success counts.
 CALLS.update(dict.fromkeys(
-    "InitCommonControls WSACleanup IsWindowVisible ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect ScrollWindowEx "
-    "SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject DeleteDC ReleaseDC GetTextColor "
-    "SetTextColor SetBkColor SetBkMode Rectangle PatBlt BitBlt EndPaint ImageList_Destroy InitializeCriticalSection "
+    "InitCommonControls WSACleanup IsWindowVisible ShowWindow UpdateWindow MoveWindow SetForegroundWindow InvalidateRect "
+    "SetScrollPos SetScrollRange TranslateMessage CheckMenuItem SetCursor SelectObject DeleteObject DeleteDC ReleaseDC GetTextColor "
+    "SetTextColor SetBkMode Rectangle PatBlt BitBlt EndPaint ImageList_Destroy InitializeCriticalSection "
     "EnterCriticalSection LeaveCriticalSection DeleteCriticalSection".split(), lambda s, m: 1))
 CALLS.update(dict.fromkeys("WSAStartup TranslateAcceleratorW RegCloseKey EnumWindows".split(), lambda s, m: 0))
 # And these only give a new handle.
@@ -142,7 +136,7 @@ class Window:
     def __init__(self, kind, procedure, extra, parent, number, style=0):
         self.kind, self.procedure, self.parent, self.number = kind, procedure, parent, number
         self.words = {USER_DATA: 0, STYLE: style} | dict.fromkeys(range(0, extra, 4), 0)
-        self.text, self.enabled, self.checked, self.top = "", 1, 0, 0
+        self.text, self.enabled, self.checked = "", 1, 0
         self.rows, self.columns, self.selected = [], [], FAILED
 
 

@@ -1,5 +1,5 @@
-"""The device's executable through a user's first evening: groups, articles, keywords, deletion, each through its own
-windows. It must leave the same files as the desktop's program does after the same doings with the same server.
+"""The device's executables through a user's first evening: groups, articles, keywords, deletion, each through its own
+windows. They must leave the same files as the desktop's program does after the same doings with the same server.
 
     test_run.py DEVICE_BUILD BUILD DESKTOP_EXECUTABLE DRIVE
 """
@@ -75,12 +75,12 @@ def made_up_articles(count):
 class OnDevice:
     """What the user does is kept until `run`."""
 
-    def __init__(self, news, files):
+    def __init__(self, processor, news, files):
         self.system = system.System({"": None, "\\data": None, "\\data\\draft": None} | {
             f"\\data\\{name}": data for name, data in files.items()}, news.talk)
         settings = {"Server": "news.example", "Port": 119, "DataPath": "\\data\\", "Limit": LIMIT, **SETTINGS}
         self.system.registry = {name: packed(value) for name, value in settings.items()}
-        self.machine = machine.Machine(build / "pelnor-arm.exe", self.system)
+        self.machine = machine.Machine(build / f"pelnor-{processor}.exe", self.system)
         self.notice = self.machine.heap.take(12)
 
     def run(self):
@@ -250,31 +250,38 @@ class Run(unittest.TestCase):
         self.addCleanup(user.running.end)
         return user
 
+    def on_devices(self, doings, news, files):
+        """One with each processor, after the same doings."""
+        devices = {processor: OnDevice(processor, news, files) for processor in ("arm", "mips")}
+        for processor, device in devices.items():
+            with self.subTest(processor):
+                doings(device)
+                self.assert_ended_well(device)
+        return [*devices.values()]
+
     def test_an_evening_leaves_the_desktops_files(self):
         files = old_files()
         news = server.NewsServer({b"fj.test": fed_articles(110) + [None, None],
                                   b"fj.made": [None, LONG_ARTICLE, *made_up_articles(100)]})
-        device = OnDevice(news, files)
-        evening(device)
-        self.assert_ended_well(device)
-        for text in ("From: Taro <t@a.jp>", "> quoted", *(line.decode() for line in LINES)):
-            self.assertIn(text, "".join(device.system.drawn))
+        devices = self.on_devices(evening, news, files)
         user = self.on_desktop(news, files)
         evening(user)
-        self.assertEqual(device.rows, user.running.wait_rows(device.rows))
+        rows = user.running.wait_rows(devices[0].rows)
         self.assertEqual(0, user.running.close())
-        here, there = device.files(), user.files()
-        self.assertEqual(there.keys(), here.keys())
-        for name, data in there.items():
-            self.assertEqual(data, here[name], name)
+        for device in devices:
+            for text in ("From: Taro <t@a.jp>", "> quoted", *(line.decode() for line in LINES)):
+                self.assertIn(text, "".join(device.system.drawn))
+            self.assertEqual(device.rows, rows)
+            here, there = device.files(), user.files()
+            self.assertEqual(there.keys(), here.keys())
+            for name, data in there.items():
+                self.assertEqual(data, here[name], name)
 
     def test_a_silent_server_ends_the_run(self):
-        device = OnDevice(server.NewsServer({b"fj.test": fed_articles(5)}, silent_at=b"BODY 3"),
-                          {"group.dat": b"fj.test\r\n"})
-        get_articles(device)
-        self.assert_ended_well(device)
-        self.assertEqual([("fj.test", "受信に失敗しました(13).")], device.system.boxes)
-        self.assertTrue(120 <= device.system.clock / 1000 <= 240, device.system.clock)
+        news = server.NewsServer({b"fj.test": fed_articles(5)}, silent_at=b"BODY 3")
+        for device in self.on_devices(get_articles, news, {"group.dat": b"fj.test\r\n"}):
+            self.assertEqual([("fj.test", "受信に失敗しました(13).")], device.system.boxes)
+            self.assertTrue(120 <= device.system.clock / 1000 <= 240, device.system.clock)
 
 
 if __name__ == "__main__":
