@@ -134,8 +134,8 @@ LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
     return result;
 }
 
-// Larger where the system's texts are. It enlarges the window itself, and says that they are not, where it
-// does what the manifest asks for.
+// Scaled with the system's texts, as Wine needs it. Windows enlarges the whole window instead, as the
+// manifest asks, and always answers the usual number of dots.
 SIZE FirstSize(HWND window) {
     constexpr int kUsualDots = 96;  // an inch
     const WindowDc dc(window);
@@ -161,12 +161,7 @@ void SetUpDesktopFrame(HWND window, int icon, const wchar_t* key, UINT wakeMessa
 }
 
 void NameInTitle(HWND frame, const wchar_t* group) {
-    constexpr int kLongestName = 100;
-    WCHAR name[kLongestName + 1] = L"";
-    WCHAR title[kLongestName + 10] = L"Pelnor";
-    if (group) {
-        lstrcpynW(name, group, kLongestName + 1);
-        wsprintfW(title, L"%s - Pelnor", name);
-    }
+    WCHAR title[128] = L"Pelnor";
+    if (group) wsprintfW(title, L"%.100s - Pelnor", group);
     SetWindowTextW(frame, title);
 }

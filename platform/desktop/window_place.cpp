@@ -49,18 +49,23 @@ bool IsReachable(const RECT& place) {
            MonitorFromPoint({middle, place.bottom - half}, MONITOR_DEFAULTTONULL);
 }
 
+// The one with most of the place; false when the system does not say.
+bool NearestMonitor(const RECT& place, MONITORINFO& monitor) {
+    monitor = {};
+    monitor.cbSize = sizeof(monitor);
+    return GetMonitorInfoW(MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST), &monitor) != 0;
+}
+
 // Monitors come and go and change their size. A window that would open out of reach moves to the nearest one.
 RECT BroughtIntoReach(const RECT& place) {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    if (IsReachable(place) || !GetMonitorInfoW(MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST), &monitor)) {
-        return place;
-    }
+    MONITORINFO monitor;
+    if (IsReachable(place) || !NearestMonitor(place, monitor)) return place;
     RECT area = monitor.rcWork;  // whose corner counts as 0, 0
     OffsetRect(&area, monitor.rcMonitor.left - area.left, monitor.rcMonitor.top - area.top);
     return MovedInto(place, area);
 }
 
+// Or less, where the work area has no room for it.
 void SetClientSize(HWND window, SIZE client) {
     RECT area = {0, 0, client.cx, client.cy};
     AdjustWindowRectEx(&area, static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)), FALSE,
@@ -69,10 +74,8 @@ void SetClientSize(HWND window, SIZE client) {
     GetWindowRect(window, &place);
     place.right = place.left + area.right - area.left;
     place.bottom = place.top + area.bottom - area.top;
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    if (GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor))
-        place = MovedInto(place, monitor.rcWork);
+    MONITORINFO monitor;
+    if (NearestMonitor(place, monitor)) place = MovedInto(place, monitor.rcWork);
     SetWindowPos(window, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
                  SWP_NOZORDER | SWP_NOACTIVATE);
 }

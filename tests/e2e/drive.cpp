@@ -364,12 +364,10 @@ void DumpWindow(HWND window, int depth) {
     RECT area = {};
     GetWindowRect(window, &area);
     MapWindowPoints(nullptr, depth ? GetParent(window) : nullptr, reinterpret_cast<POINT*>(&area), 2);
-    const bool article = kind == "PELNORArticleViewWnd";
+    const std::string text = kind == "PELNORArticleViewWnd" ? StartOf(window) : TextOf(window);
     std::string line =
         kind + (depth ? " " + std::to_string(static_cast<short>(GetDlgCtrlID(window))) : "") +
-        (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON
-             ? ""
-             : Quoted(article ? StartOf(window) : TextOf(window))) +
+        (kind == "Static" && (style & SS_TYPEMASK) == SS_ICON ? "" : Quoted(text)) +
         Decimal("at", area.left) + "," + std::to_string(area.top) + Decimal("size", area.right - area.left) +
         "x" + std::to_string(area.bottom - area.top) + Hex("style", style & ~(WS_VISIBLE | WS_DISABLED)) +
         StateOf(window, kind) + (style & WS_DISABLED ? " disabled" : "") + FaultOf(window, kind, depth) +
