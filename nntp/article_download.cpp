@@ -72,13 +72,27 @@ bool TakeHead(Fetch& fetch) {
     return FailToRead(fetch, IDS_RECEIVE_INCOMPLETE);
 }
 
+// The next line of the body as it is stored; empty at the reply's end.
+bool ReadBodyLine(Fetch& fetch, std::string_view& text) {
+    Conversation& conversation = *fetch.run->conversation;
+    NntpConnection& connection = conversation.connection;
+    const std::size_t plain = ConvertPlainLine(fetch.buffers, connection.readPosition, text);
+    if (plain != 0) {
+        PassLine(connection, plain);
+        return true;
+    }
+    if (!ReadLineOf(conversation)) return false;
+    text = IsFinalDot(conversation.line) ? std::string_view()
+                                         : ConvertBodyLine(fetch.buffers, conversation.line);
+    return true;
+}
+
 // The stored body ends at the first line that is a single dot, or before the first that holds a 0 byte.
 bool ReadBody(Fetch& fetch) {
-    Conversation& conversation = *fetch.run->conversation;
-    while (ReadLineOf(conversation)) {
-        if (IsFinalDot(conversation.line)) return FinishReply(fetch);
-        if (!WriteBodyLine(fetch.writer, ConvertBodyLine(fetch.buffers, conversation.line)))
-            return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
+    std::string_view line;
+    while (ReadBodyLine(fetch, line)) {
+        if (line.empty()) return FinishReply(fetch);
+        if (!WriteBodyLine(fetch.writer, line)) return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
     }
     if (GetError() == 0) return SkipRest(fetch);
     return FailToRead(fetch, IDS_RECEIVE_INCOMPLETE);

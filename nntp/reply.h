@@ -4,6 +4,7 @@
 #include <cstdint>
 
 constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
+constexpr uint32_t kReceiveBufferSize = 4096;
 
 // A buffer for one reply line.
 using ReplyLine = char[kReplyLineSize + 1];
