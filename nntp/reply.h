@@ -34,6 +34,9 @@ struct GroupReply {
 // False when one of the four numbers cannot be read.
 [[nodiscard]] bool ParseGroupReply(const char* line, GroupReply& reply);
 
+// "211 count first last name", with the name of `group` as it was asked for.
+bool NamesGroup(const char* line, const char* group);
+
 // The count says that no number from `first` to `last` is missing.
 inline bool HasEveryNumber(const GroupReply& reply) {
     return reply.count != 0 && reply.first <= reply.last && reply.count == reply.last - reply.first + 1;
