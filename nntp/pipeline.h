@@ -7,9 +7,8 @@
 //   HEAD n + 1  together with BODY n, unless n may be the last article that the limit allows
 //   BODY n      together with HEAD n where the group's count says that no number is missing. Should n be
 //               missing all the same, its BODY is refused too, and that refusal is dropped.
-//   GROUP       of the next row, once the range's last BODY has left, to a server whose GROUP replies name
-//   the
-//               group. Its reply ends the range, and shows that every refusal before it was in its place.
+//   GROUP       of the next row, once the range's last BODY has left and if the server's replies name groups.
+//               Its own reply ends the range, and shows that every refusal before it was in its place.
 // So what leaves is, command for command, what a client would send that waits for each reply.
 //
 // From then on a reply is in order when it names the oldest command's number or group or refuses with "4xx";
@@ -19,7 +18,7 @@
 // connection, and the range goes on after the last stored article, one command at a time to the end of the
 // run.
 //
-// At most kMostOnTheWay commands wait for their reply. They are less than 300 bytes, which any socket's
+// At most kMostOnTheWay commands wait for their reply. They are less than 600 bytes, which any socket's
 // buffers take in while the server is itself held up in sending, so the two never wait for each other.
 #pragma once
 
@@ -46,9 +45,9 @@ struct Pipeline {
     std::array<ArticleCommand, kMostOnTheWay> sent;  // without a reply, oldest first
     unsigned sentCount = 0;
     bool noneMissing = false;         // every number of the range is taken to exist
-    bool namesGroups = false;         // the range's own GROUP was answered with its name
-    const char* nextGroup = nullptr;  // asked for ahead; not owned
-    bool nextEntered = false;         // and answered
+    bool namesGroups = false;         // the reply to the range's own GROUP named it
+    const char* nextGroup = nullptr;  // whose GROUP is among the commands sent; not owned
+    bool nextEntered = false;         // that was answered; the reply is for the next range
 };
 
 // What follows a status line.
