@@ -199,11 +199,12 @@ bool RefuseGroup(const Fetch& fetch, UINT id) {
     return false;
 }
 
-// The reply is then the conversation's line.
+// The reply is then the conversation's line. After doubt about this very command there is no connection.
 bool AskGroup(const Fetch& fetch) {
     Conversation& conversation = *fetch.run->conversation;
     Pipeline& pipeline = *fetch.run->pipeline;
     if (std::exchange(pipeline.nextEntered, false)) return true;
+    if (!conversation.connection.socket && !Open(conversation)) return false;
     const NarrowText name = ToNarrow(fetch.group);
     const Asked asked =
         name ? Ask(conversation.connection, conversation.line, "GROUP ", name.get()) : Asked::kNotSent;
@@ -227,7 +228,7 @@ bool StartAnew(const Fetch& fetch) {
     CloseConnection(fetch.run->conversation->connection);
     StartAgain(*fetch.run->pipeline);
     GroupReply reply;
-    return Open(*fetch.run->conversation) && EnterGroup(fetch, reply);
+    return IsDone(*fetch.run->pipeline) || EnterGroup(fetch, reply);
 }
 
 bool FetchArticles(Fetch& fetch) {
