@@ -21,7 +21,7 @@ import delay_relay
 import inn
 import peers
 
-MANY, FAR, GAPS = "fj.many", "fj.far", "fj.gaps"
+MANY, FAR, GAPS, FEW = "fj.many", "fj.far", "fj.gaps", "fj.few"
 DELAY = 0.1  # seconds each way
 MEMORY_MOST = 8 << 20
 CALLS_MOST = 8
@@ -40,6 +40,7 @@ class Sizes:
         self.slow = 100 if quick else 1000
         self.far = 100 if quick else 400
         self.gaps = 100
+        self.groups, self.few = 50, 3
         self.calls = 100
 
 
@@ -72,8 +73,13 @@ class Programs:
 
     def pelnor(self, port, group, articles):
         """Milliseconds, and bytes of memory beyond the idle program's."""
-        time, memory = self.wine("download_bench", port, group, articles)
+        time, memory, _ = self.wine("download_bench", port, group, articles)
         return float(time), float(memory)
+
+    def pelnor_groups(self, port, group, articles, groups):
+        """Milliseconds of a run over so many groups, and of one that finds nothing new."""
+        time, _, again = self.wine("download_bench", port, group, articles, groups)
+        return float(time), float(again)
 
     def bare(self, port, group, articles):
         return float(self.wine("bare_client", port, group, articles)[0])
@@ -82,11 +88,11 @@ class Programs:
         return float(peers.run([self.native / "bare_client", str(port), group, str(articles)])[1])
 
 
-def row(subject, articles, shown, ours, against, theirs, goal=None):
+def row(subject, articles, shown, ours, against, theirs, goal=None, unit="articles"):
     """One line of the table: see measure.h."""
     ratio = ours / theirs
     goal = f"{goal:.2f} {'met' if ratio <= goal else 'MISSED'}" if goal else "-"
-    print(subject, f"{articles} articles", shown.format(ours), against, shown.format(theirs), f"{ratio:.2f}", "-",
+    print(subject, f"{articles} {unit}", shown.format(ours), against, shown.format(theirs), f"{ratio:.2f}", "-",
           goal, sep="\t", flush=True)
 
 
@@ -129,6 +135,21 @@ def bench_far(programs, server, sizes):
     row("the same, a tenth missing", sizes.gaps, "{:.1f} ms", gaps, "a round trip", round_trip, 1)
 
 
+def bench_groups(programs, server, sizes):
+    """One group is what the connection and the first article take."""
+    def more_groups(port):
+        one, many = (programs.pelnor_groups(port, FEW, sizes.few, count) for count in (1, 1 + sizes.groups))
+        return [(more - less) / sizes.groups for more, less in zip(many, one)]
+
+    with delay_relay.DelayRelay(server.port, DELAY) as line:
+        far = more_groups(line.port)
+    near = more_groups(server.port)
+    for what, time, goal in (("a group of 3 over a long line", far[0], 1.3), ("one with nothing new", far[1], 1.05)):
+        row(what, sizes.groups, "{:.1f} ms", time, "a round trip", 2000 * DELAY, goal, "groups")
+    row("a group of 3 on this machine", sizes.groups, "{:.1f} ms", near[0], "one with nothing new", near[1],
+        unit="groups")
+
+
 def count_calls(programs, server, articles):
     """Runs the download once with Wine noting its calls."""
     key = r"HKCU\Software\Wine\Debug"
@@ -151,13 +172,16 @@ def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended by a signal"))  # so that the server ends too
     build, sizes = pathlib.Path(sys.argv[1]).resolve(), Sizes("quick" in sys.argv[2:])
     programs = Programs(build)
-    with inn.NewsServer(build / "inn", (MANY, FAR, GAPS)) as server:
-        for group, count in ((MANY, sizes.many), (FAR, sizes.far), (GAPS, sizes.gaps)):
+    few = [f"{FEW}{number}" for number in range(1, sizes.groups + 2)]
+    with inn.NewsServer(build / "inn", (MANY, FAR, GAPS, *few)) as server:
+        for group, count in ((MANY, sizes.many), (FAR, sizes.far), (GAPS, sizes.gaps),
+                             *((group, sizes.few) for group in few)):
             feed(server, group, count)
         for number in missing(sizes):
             server.remove(GAPS, number)
         bench_near(programs, server, sizes)
         bench_far(programs, server, sizes)
+        bench_groups(programs, server, sizes)
         bench_calls(programs, server, sizes)
 
 

@@ -1,6 +1,6 @@
 #!/bin/bash
 # bench/run.sh [quick] [PART...]: builds the benchmarks, runs them and prints one table, which docs/performance.md
-# explains. Parts: layout choose store text startup download; all when none is named. `quick` has the download
+# explains. Parts: layout choose fill store text startup download; all when none is named. `quick` has the download
 # measured once and with few articles. `bench/run.sh device` counts instead what the device's executable does and keeps
 # the counts in bench/device.txt. Installs what is missing; all that it starts ends with it.
 set -euo pipefail
@@ -19,7 +19,7 @@ if [ "${1-}" = quick ]; then
     quick=quick
     shift
 fi
-parts=${*:-layout choose store text startup download}
+parts=${*:-layout choose fill store text startup download}
 
 build=$PWD/build/bench
 display_pid=

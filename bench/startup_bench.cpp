@@ -92,7 +92,7 @@ void BenchStart(const std::wstring& many, const std::wstring& none) {
         UseDataFolder(path);
         return Start(program);
     };
-    Rows rows("starting, 1,000 articles each", "starting without a group");
+    Rows rows("starting, 1,000 articles each", "starting without a group", 1.5);
     rows.AddTimes(kGroups, "groups", SideBySide([&] { return start(many); }, [&] { return start(none); }));
 }
 

@@ -6,6 +6,7 @@
 
 #include "drafts/file_items.h"
 #include "files/data_file.h"
+#include "platform/drawing_pause.h"
 #include "resources/resource.h"
 #include "text/convert.h"
 #include "text/name_list.h"
@@ -95,14 +96,13 @@ void DeleteChildren(HWND tree, HTREEITEM item) {
 // A folder is read anew each time it is opened.
 void OnExpanding(const FileChooser& chooser, const NMTREEVIEWW& notice) {
     const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-    SendMessageW(chooser.tree, WM_SETREDRAW, FALSE, 0);
+    const DrawingPause pause(chooser.tree);
     DeleteChildren(chooser.tree, notice.itemNew.hItem);
     if (notice.action == TVE_EXPAND) {
         FillFolder(chooser, notice.itemNew.hItem);
     } else {
         InsertPlaceholder(chooser.tree, notice.itemNew.hItem);
     }
-    SendMessageW(chooser.tree, WM_SETREDRAW, TRUE, 0);
     SetCursor(before);
 }
 

@@ -128,7 +128,7 @@ std::string AnswerGroup(const std::string& name) {
         server.group = &group;
         const std::size_t count = group.countsRight ? group.articles.size() : 0;
         return "211 " + std::to_string(count) + " " + std::to_string(group.first) + " " +
-               std::to_string(LastOf(group)) + " x\r\n";
+               std::to_string(LastOf(group)) + " " + name + "\r\n";
     }
     return "411 none\r\n";
 }
@@ -138,9 +138,9 @@ void Answer(const std::string& command, bool isEarly) {
     const std::string word = command.substr(0, 5);
     Require(word == "GROUP" || word == "HEAD " || word == "BODY " || command == "QUIT",
             "the client says nothing else");
+    if (command == "QUIT" || (isEarly && choice % kKinds == kLoss)) return;
     if (word == "GROUP") server.toSend += AnswerGroup(command.substr(6));
-    if (word != "HEAD " && word != "BODY ") return;
-    if (isEarly && choice % kKinds == kLoss) return;
+    if (word == "GROUP") return;
     const auto number = static_cast<uint32_t>(std::stoul(command.substr(5)));
     Require(server.group && number - server.group->first < server.group->articles.size(),
             "numbers lie in the range");

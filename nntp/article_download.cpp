@@ -1,5 +1,7 @@
 #include "nntp/article_download.h"
 
+#include <utility>
+
 #include "nntp/article_lines.h"
 #include "resources/resource.h"
 #include "store/article_writer.h"
@@ -14,6 +16,8 @@ namespace {
 struct Fetch {
     const Run* run = nullptr;
     const wchar_t* group = nullptr;
+    const wchar_t* next = nullptr;
+    NarrowText nextName;  // of the next group, when it may be asked for ahead
     GroupStore store;
     ArticleWriter writer;
     LineBuffers buffers;
@@ -72,13 +76,27 @@ bool TakeHead(Fetch& fetch) {
     return FailToRead(fetch, IDS_RECEIVE_INCOMPLETE);
 }
 
+// The next line of the body as it is stored; empty at the reply's end.
+bool ReadBodyLine(Fetch& fetch, std::string_view& text) {
+    Conversation& conversation = *fetch.run->conversation;
+    NntpConnection& connection = conversation.connection;
+    const std::size_t plain = ConvertPlainLine(fetch.buffers, connection.readPosition, text);
+    if (plain != 0) {
+        PassLine(connection, plain);
+        return true;
+    }
+    if (!ReadLineOf(conversation)) return false;
+    text = IsFinalDot(conversation.line) ? std::string_view()
+                                         : ConvertBodyLine(fetch.buffers, conversation.line);
+    return true;
+}
+
 // The stored body ends at the first line that is a single dot, or before the first that holds a 0 byte.
 bool ReadBody(Fetch& fetch) {
-    Conversation& conversation = *fetch.run->conversation;
-    while (ReadLineOf(conversation)) {
-        if (IsFinalDot(conversation.line)) return FinishReply(fetch);
-        if (!WriteBodyLine(fetch.writer, ConvertBodyLine(fetch.buffers, conversation.line)))
-            return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
+    std::string_view line;
+    while (ReadBodyLine(fetch, line)) {
+        if (line.empty()) return FinishReply(fetch);
+        if (!WriteBodyLine(fetch.writer, line)) return FailGroup(fetch, IDS_WRITE_LOG_FAILED);
     }
     if (GetError() == 0) return SkipRest(fetch);
     return FailToRead(fetch, IDS_RECEIVE_INCOMPLETE);
@@ -115,12 +133,22 @@ void SendCommands(const Run& run) {
     if (length > 0) SendText(run.conversation->connection, text.data(), length);
 }
 
+void AskNextGroup(Fetch& fetch) {
+    Pipeline& pipeline = *fetch.run->pipeline;
+    if (!fetch.nextName || !MayAskNextGroup(pipeline)) return;
+    if (Say(fetch.run->conversation->connection, "GROUP ", fetch.nextName.get()))
+        NoteGroupAsked(pipeline, fetch.nextName.get());
+}
+
 // Before each recv, also inside a reply, sends what may go ahead.
 void SendAhead(void* context) {
-    const Run& run = *static_cast<const Fetch*>(context)->run;
+    Fetch& fetch = *static_cast<Fetch*>(context);
+    const Run& run = *fetch.run;
     const bool ahead = run.pipeline->pace == Pace::kAhead;
     run.conversation->connection.silence = ahead ? kLongestSilenceAhead : kLongestSilence;
-    if (ahead) SendCommands(run);
+    if (!ahead) return;
+    SendCommands(run);
+    AskNextGroup(fetch);
 }
 
 bool BeginExpectedArticle(Fetch& fetch) {
@@ -171,8 +199,12 @@ bool RefuseGroup(const Fetch& fetch, UINT id) {
     return false;
 }
 
-bool EnterGroup(const Fetch& fetch, GroupReply& reply) {
+// The reply is then the conversation's line. After doubt about this very command there is no connection.
+bool AskGroup(const Fetch& fetch) {
     Conversation& conversation = *fetch.run->conversation;
+    Pipeline& pipeline = *fetch.run->pipeline;
+    if (std::exchange(pipeline.nextEntered, false)) return true;
+    if (!conversation.connection.socket && !Open(conversation)) return false;
     const NarrowText name = ToNarrow(fetch.group);
     const Asked asked =
         name ? Ask(conversation.connection, conversation.line, "GROUP ", name.get()) : Asked::kNotSent;
@@ -180,6 +212,13 @@ bool EnterGroup(const Fetch& fetch, GroupReply& reply) {
     if (asked == Asked::kNotAnswered) {
         return FailWithError(ResultOf(fetch), L"Socket ERROR", IDS_RECEIVE_FAILED);
     }
+    pipeline.namesGroups = NamesGroup(conversation.line, name.get());
+    return true;
+}
+
+bool EnterGroup(const Fetch& fetch, GroupReply& reply) {
+    Conversation& conversation = *fetch.run->conversation;
+    if (!AskGroup(fetch)) return false;
     if (!IsSuccess(conversation.line)) return RefuseGroup(fetch, IDS_CANNOT_ENTER_GROUP);
     return ParseGroupReply(conversation.line, reply) || RefuseGroup(fetch, IDS_UNEXPECTED_REPLY);
 }
@@ -189,17 +228,25 @@ bool StartAnew(const Fetch& fetch) {
     CloseConnection(fetch.run->conversation->connection);
     StartAgain(*fetch.run->pipeline);
     GroupReply reply;
-    return Open(*fetch.run->conversation) && EnterGroup(fetch, reply);
+    return IsDone(*fetch.run->pipeline) || EnterGroup(fetch, reply);
 }
 
 bool FetchArticles(Fetch& fetch) {
     return TakeReplies(fetch) || (IsInDoubt(fetch) && StartAnew(fetch) && TakeReplies(fetch));
 }
 
+// The next group's name, when its index can be read: without one it is not asked for.
+NarrowText NameOfNext(const Fetch& fetch) {
+    GroupStore store;
+    const bool ready = fetch.next && SetNames(store, fetch.run->folder, fetch.next) && ReadHeader(store);
+    return ready ? ToNarrow(fetch.next) : nullptr;
+}
+
 // Fetches the group's articles from `first` on. `lastFetched` is set only when the range was processed.
 bool FetchRange(Fetch& fetch, uint32_t first, const GroupReply& reply, uint32_t& lastFetched) {
     const Run& run = *fetch.run;
     StartGroup(*run.progress, fetch.group, reply.last - first, run.limit);
+    fetch.nextName = NameOfNext(fetch);
     StartRange(*run.pipeline, PlanArticles(first, reply.last, run.limit), HasEveryNumber(reply));
     if (!FetchArticles(fetch)) return false;
     lastFetched = LastProcessed(run.pipeline->plan);
@@ -259,7 +306,7 @@ void RecordRefusal(Fetch& fetch) {
 
 }  // namespace
 
-void DownloadGroup(const Run& run, const wchar_t* group) {
+void DownloadGroup(const Run& run, const wchar_t* group, const wchar_t* next) {
     std::unique_ptr<Fetch> fetch(new (std::nothrow) Fetch);
     if (!fetch) {
         SetError(kErrorNoMemory);
@@ -268,5 +315,6 @@ void DownloadGroup(const Run& run, const wchar_t* group) {
     }
     fetch->run = &run;
     fetch->group = group;
+    fetch->next = next;
     if (!FetchGroup(*fetch) && ResultOf(*fetch).severity == kWarning) RecordRefusal(*fetch);
 }

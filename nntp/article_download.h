@@ -19,4 +19,5 @@ struct Run {
 // articles again after kError, which leaves the header unchanged, and after kWarning (the server refused the
 // group), which changes only the text. When the server's replies leave doubt, the conversation is opened
 // anew.
-void DownloadGroup(const Run& run, const wchar_t* group);
+// `next` is the group of the row that comes next, null for none: its GROUP may leave ahead (nntp/pipeline.h).
+void DownloadGroup(const Run& run, const wchar_t* group, const wchar_t* next);

@@ -60,3 +60,14 @@ std::string_view ConvertBodyLine(LineBuffers& buffers, ReplyLine& line) {
     LineFromJis(Unstuffed(line), buffers.converted);
     return AppendLineEnd(buffers.converted, endLength);
 }
+
+std::size_t ConvertPlainLine(LineBuffers& buffers, const char* received, std::string_view& converted) {
+    if (*received == '.') return 0;
+    const char* end = received;
+    char* convertedEnd = TextFromJis(end, buffers.converted, '\r');
+    const std::size_t length = static_cast<std::size_t>(end - received) + 2;
+    if (end[0] != '\r' || end[1] != '\n' || length > kReplyLineSize) return 0;
+    std::memcpy(convertedEnd, end, 2);
+    converted = {buffers.converted, static_cast<std::size_t>(convertedEnd + 2 - buffers.converted)};
+    return length;
+}

@@ -14,7 +14,7 @@ struct ArticlePlan {
     bool exhausted = false;    // every number of the range was asked for
 };
 
-enum class CommandKind { kNone, kHead, kBody };
+enum class CommandKind { kNone, kHead, kBody, kGroup };  // the plan names no kGroup
 
 struct ArticleCommand {
     CommandKind kind = CommandKind::kNone;

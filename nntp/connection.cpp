@@ -34,6 +34,13 @@ void FindZero(NntpConnection& connection) {
     connection.zeroPosition = zero ? static_cast<char*>(zero) : connection.endPosition;
 }
 
+void SetReceived(NntpConnection& connection, int count) {
+    connection.readPosition = connection.buffer;
+    connection.endPosition = connection.buffer + count;
+    *connection.endPosition = '\0';
+    FindZero(connection);
+}
+
 bool Refill(NntpConnection& connection) {
     if (connection.endOfStream) return Fail(kErrorEndOfFile);
     if (connection.beforeReceive) connection.beforeReceive(connection.context);
@@ -44,9 +51,7 @@ bool Refill(NntpConnection& connection) {
         return Fail(kErrorEndOfFile);
     }
     if (received == SOCKET_ERROR) return Fail(kErrorInvalidData);
-    connection.readPosition = connection.buffer;
-    connection.endPosition = connection.buffer + received;
-    FindZero(connection);
+    SetReceived(connection, received);
     return true;
 }
 
@@ -55,7 +60,7 @@ bool Refill(NntpConnection& connection) {
 void InitConnection(NntpConnection& connection) {
     CloseConnection(connection);
     connection.readerSocket = INVALID_SOCKET;
-    connection.readPosition = connection.endPosition = connection.buffer;
+    SetReceived(connection, 0);
 }
 
 bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
@@ -70,7 +75,7 @@ bool Connect(NntpConnection& connection, const char* host, uint16_t port) {
         return false;
     }
     connection.readerSocket = connection.socket.Get();
-    connection.readPosition = connection.endPosition = connection.buffer;
+    SetReceived(connection, 0);
     connection.endOfStream = false;
     connection.atLineStart = true;
     return true;

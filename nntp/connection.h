@@ -10,14 +10,13 @@
 #include "platform/owners.h"
 #include "text/owned.h"
 
-constexpr uint32_t kReceiveBufferSize = 4096;
 constexpr long kLongestSilence = 120;      // seconds without a byte
 constexpr long kLongestSilenceAhead = 10;  // while commands are on the way: then a new connection is tried
 
 struct NntpConnection {
     SocketOwner socket;
     SOCKET readerSocket = INVALID_SOCKET;  // the receive side's copy
-    char buffer[kReceiveBufferSize];       // received bytes not yet handed out
+    char buffer[kReceiveBufferSize + 1];   // received bytes not yet handed out, and a NUL
     char* readPosition = nullptr;
     char* endPosition = nullptr;
     char* zeroPosition = nullptr;  // the first 0 byte not yet handed out, which ends a line; else endPosition
@@ -49,6 +48,12 @@ void SendText(NntpConnection& connection, const char* text, std::size_t length);
 // fit, 38 when the peer closed, 13 when receiving failed or nothing came for `silence` seconds. A 0 byte
 // fails too, with error 0.
 [[nodiscard]] bool ReadReplyLine(NntpConnection& connection, ReplyLine& line, bool strip);
+
+// Takes a whole line, which the caller has read at `readPosition` itself.
+inline void PassLine(NntpConnection& connection, std::size_t length) {
+    connection.readPosition += length;
+    connection.atLineStart = true;
+}
 
 // Whether the line read last, with its line end, is the dot that ends a multi-line reply (RFC 3977, section
 // 3.1.1). A server doubles dots after CR LF only, so a dot after a lone LF is the article's own.

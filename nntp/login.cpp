@@ -21,10 +21,14 @@ Opening LogIn(NntpConnection& connection, const ServerAccount& server, ReplyLine
 
 }  // namespace
 
+bool Say(NntpConnection& connection, const char* word, const char* argument, const char* end) {
+    const Secret command = MakeCommand(word, argument, end);
+    return command && SendLine(connection, command.get());
+}
+
 Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument,
           const char* end) {
-    const Secret command = MakeCommand(word, argument, end);
-    if (!command || !SendLine(connection, command.get())) return Asked::kNotSent;
+    if (!Say(connection, word, argument, end)) return Asked::kNotSent;
     return ReadReplyLine(connection, line, false) ? Asked::kAnswered : Asked::kNotAnswered;
 }
 

@@ -13,10 +13,14 @@ struct ServerAccount {
     const char* loginEnd = "";  // follows each login command, before its line end
 };
 
+// Sends `word`, `argument` and `end` as one line. False when memory runs out or the line is too long.
+[[nodiscard]] bool Say(NntpConnection& connection, const char* word, const char* argument,
+                       const char* end = "");
+
 // What became of one command.
 enum class Asked { kAnswered, kNotSent, kNotAnswered };
 
-// Sends `word`, `argument` and `end` as one line and reads the status line.
+// Says it and reads the status line.
 Asked Ask(NntpConnection& connection, ReplyLine& line, const char* word, const char* argument,
           const char* end = "");
 

@@ -28,6 +28,11 @@ bool Names(std::string_view status, const ArticleCommand& command) {
     return rest.empty() || rest.front() < '0' || rest.front() > '9';
 }
 
+bool Refuses(const char* status, const ArticleCommand& command) {
+    const bool noSuchGroup = std::strncmp(status, "411", 3) == 0;
+    return *status == '4' && noSuchGroup == (command.kind == CommandKind::kGroup);
+}
+
 unsigned BodiesOnTheWay(const Pipeline& pipeline) {
     const auto begin = pipeline.sent.begin();
     return static_cast<unsigned>(
@@ -39,6 +44,7 @@ unsigned BodiesOnTheWay(const Pipeline& pipeline) {
 ArticleCommand FollowUp(const Pipeline& pipeline) {
     const ArticlePlan& plan = pipeline.plan;
     const ArticleCommand newest = pipeline.sent[pipeline.sentCount - 1];
+    if (newest.kind == CommandKind::kGroup) return {};
     if (newest.kind == CommandKind::kHead) {
         if (!pipeline.noneMissing) return {};
         return {CommandKind::kBody, newest.number};
@@ -109,10 +115,27 @@ std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kC
     return length;
 }
 
+bool MayAskNextGroup(const Pipeline& pipeline) {
+    if (pipeline.pace != Pace::kAhead || !pipeline.namesGroups) return false;
+    if (pipeline.sentCount == 0 || pipeline.sentCount == kMostOnTheWay) return false;
+    return IsSame(pipeline.sent[pipeline.sentCount - 1], {CommandKind::kBody, pipeline.plan.last});
+}
+
+void NoteGroupAsked(Pipeline& pipeline, const char* group) {
+    pipeline.nextGroup = group;
+    pipeline.sent[pipeline.sentCount++] = {CommandKind::kGroup, 0};
+}
+
 ReplyContent TakeReply(Pipeline& pipeline, const char* status) {
-    const bool named = Names(status, pipeline.sent[0]);
-    if (pipeline.pace == Pace::kAhead && !named && *status != '4') return ReplyContent::kDoubt;
+    const bool isGroup = pipeline.sent[0].kind == CommandKind::kGroup;
+    const bool named = isGroup ? NamesGroup(status, pipeline.nextGroup) : Names(status, pipeline.sent[0]);
+    if (pipeline.pace == Pace::kAhead && !named && !Refuses(status, pipeline.sent[0]))
+        return ReplyContent::kDoubt;
     const ArticleCommand command = TakeOldest(pipeline);
+    if (isGroup) {
+        pipeline.nextEntered = true;
+        return ReplyContent::kNothing;
+    }
     const bool hasArticle = IsSuccess(status);
     if (hasArticle) NotePace(pipeline, command, named);
     // A body that was asked for together with its head is not wanted when the head was missing.

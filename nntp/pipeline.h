@@ -7,15 +7,18 @@
 //   HEAD n + 1  together with BODY n, unless n may be the last article that the limit allows
 //   BODY n      together with HEAD n where the group's count says that no number is missing. Should n be
 //               missing all the same, its BODY is refused too, and that refusal is dropped.
+//   GROUP       of the next row, once the range's last BODY has left and if the server's replies name groups.
+//               Its own reply ends the range, and shows that every refusal before it was in its place.
 // So what leaves is, command for command, what a client would send that waits for each reply.
 //
-// From then on a reply is in order when it names the oldest command's number or refuses with "4xx". Any other
-// is doubt. Since replies come in the commands' order, a reply that names its number shows that every command
-// before it was answered, too; refusals after the last stored article may belong to other commands. After
-// doubt nothing is guessed: the caller opens a new connection, and the range goes on after the last stored
-// article, one command at a time to the end of the run.
+// From then on a reply is in order when it names the oldest command's number or group or refuses with "4xx";
+// "411" refuses GROUP and nothing else. Any other is doubt. Since replies come in the commands' order, a
+// reply that names its number shows that every command before it was answered, too; refusals after the last
+// stored article may belong to other commands. After doubt nothing is guessed: the caller opens a new
+// connection, and the range goes on after the last stored article, one command at a time to the end of the
+// run.
 //
-// At most kMostOnTheWay commands wait for their reply. They are less than 300 bytes, which any socket's
+// At most kMostOnTheWay commands wait for their reply. They are less than 600 bytes, which any socket's
 // buffers take in while the server is itself held up in sending, so the two never wait for each other.
 #pragma once
 
@@ -41,7 +44,10 @@ struct Pipeline {
     ArticlePlan stored;                              // as the plan stood when the last article was stored
     std::array<ArticleCommand, kMostOnTheWay> sent;  // without a reply, oldest first
     unsigned sentCount = 0;
-    bool noneMissing = false;  // every number of the range is taken to exist
+    bool noneMissing = false;         // every number of the range is taken to exist
+    bool namesGroups = false;         // the reply to the range's own GROUP named it
+    const char* nextGroup = nullptr;  // whose GROUP is among the commands sent; not owned
+    bool nextEntered = false;         // that was answered; the reply is for the next range
 };
 
 // What follows a status line.
@@ -62,6 +68,11 @@ void StartRange(Pipeline& pipeline, const ArticlePlan& plan, bool noneMissing);
 // piece back until the one before was acknowledged, and only what a client sends carries its acknowledgement
 // at once.
 std::size_t TakeCommands(Pipeline& pipeline, std::array<char, kMostOnTheWay * kCommandSize>& text);
+
+// Whether GROUP of the next row may leave, with NoteGroupAsked to count it as sent. `group` lasts until the
+// range is done.
+bool MayAskNextGroup(const Pipeline& pipeline);
+void NoteGroupAsked(Pipeline& pipeline, const char* group);
 
 // Matches a status line with the oldest command on the way, and moves the plan on. There must be such a
 // command.

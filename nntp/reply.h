@@ -4,6 +4,7 @@
 #include <cstdint>
 
 constexpr uint32_t kReplyLineSize = 1024;  // longest reply line, CR LF included; buffers have one spare byte
+constexpr uint32_t kReceiveBufferSize = 4096;
 
 // A buffer for one reply line.
 using ReplyLine = char[kReplyLineSize + 1];
@@ -32,6 +33,9 @@ struct GroupReply {
 
 // False when one of the four numbers cannot be read.
 [[nodiscard]] bool ParseGroupReply(const char* line, GroupReply& reply);
+
+// "211 count first last name", with the name of `group` as it was asked for.
+bool NamesGroup(const char* line, const char* group);
 
 // The count says that no number from `first` to `last` is missing.
 inline bool HasEveryNumber(const GroupReply& reply) {

@@ -1,5 +1,7 @@
 #include "nntp/session.h"
 
+#include <utility>
+
 #include "nntp/article_download.h"
 #include "resources/resource.h"
 #include "text/last_error.h"
@@ -9,16 +11,23 @@ namespace {
 struct Session {
     Conversation conversation;
     Pipeline pipeline;
+    GroupCursor ahead;
 };
 
-bool DownloadGroups(const Run& run, GroupCursor& cursor) {
+// Two cursors take turns, so that the next row is read only once, and early.
+bool DownloadGroups(const Run& run, GroupCursor* cursor, GroupCursor* ahead) {
     RunResult& result = *run.conversation->result;
-    ResetCursor(cursor);
-    while (const wchar_t* group = CurrentGroup(cursor)) {
+    ResetCursor(*cursor);
+    const wchar_t* group = CurrentGroup(*cursor);
+    while (group) {
+        *ahead = *cursor;
+        AdvanceCursor(*ahead);
+        const wchar_t* next = CurrentGroup(*ahead);
         result.severity = kInformation;
-        DownloadGroup(run, group);
+        DownloadGroup(run, group, next);
         if (result.severity == kError) return false;
-        AdvanceCursor(cursor);
+        std::swap(cursor, ahead);
+        group = next;
     }
     return true;
 }
@@ -35,7 +44,7 @@ bool RunSession(const SessionRequest& request) {
     conversation.server = request.server;
     conversation.result = request.result;
     const Run run = {&conversation, &session->pipeline, request.folder, request.limit, request.progress};
-    const bool done = Open(conversation) && DownloadGroups(run, *request.cursor);
+    const bool done = Open(conversation) && DownloadGroups(run, request.cursor, &session->ahead);
     const ErrorKeeper keeper;
     Close(conversation);
     return done;

@@ -3,12 +3,13 @@
 
 #include "platform/platform.h"
 
-// While it lives, a window that is on the screen is not drawn, which costs a list more than its rows do; then
-// it is drawn whole. One that is not seen would come into sight at the end, so it is left alone. The last
-// error survives.
+// While it lives, a window is not drawn, which costs a list more than its rows do, even where a parent hides
+// it; then it is drawn whole. One that is hidden itself would come into sight at the end, so it is left
+// alone. The last error survives.
 class DrawingPause {
   public:
-    explicit DrawingPause(HWND window) : window_(IsWindowVisible(window) ? window : nullptr) {
+    explicit DrawingPause(HWND window)
+        : window_(GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE ? window : nullptr) {
         if (window_) SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
     }
     ~DrawingPause() {

@@ -47,6 +47,17 @@ bool ReadSubjectLine(DataFile& log, uint32_t start, const HeaderBlock& head, Nar
     return read;
 }
 
+// Most groups have no keywords, and need no look at the subject.
+bool FindPriority(GroupStore& store, uint32_t start, const HeaderBlock& head, const KeywordFilter& filter,
+                  uint32_t& priority) {
+    priority = kPriorityNormal;
+    if (!filter.high && !filter.low) return true;
+    NarrowText line;
+    if (!ReadSubjectLine(store.log, start, head, line)) return false;
+    priority = PriorityOfSubject(filter, line);
+    return true;
+}
+
 }  // namespace
 
 bool BeginArticle(ArticleWriter& writer, uint32_t number) {
@@ -83,15 +94,14 @@ bool FinishArticle(ArticleWriter& writer) {
 
 bool AppendRecord(GroupStore& store, uint32_t start, uint32_t end, const HeaderBlock& head,
                   const KeywordFilter& filter) {
-    NarrowText subjectLine;
-    if (!ReadSubjectLine(store.log, start, head, subjectLine)) return false;
+    uint32_t priority = 0;
+    if (!FindPriority(store, start, head, filter, priority)) return false;
     IndexRecord record;
     record.articleNumber = head.sequence;
     record.logOffset = start;
     record.logLength = end - start;
     FillHeadFields(record, head);
     FillSubjectRange(record, head, start);
-    const uint32_t priority = PriorityOfSubject(filter, subjectLine);
     SetPriority(record, priority);
     if (!WriteRecord(store, record, store.header.recordCount)) return false;
     ++store.header.recordCount;

@@ -122,11 +122,10 @@ bool ChangeRecords(GroupStore& store, bool (*change)(GroupStore&)) {
 bool RebuildFromLog(GroupStore& store) {
     const bool rebuilt = RebuildRecords(store);
     const unsigned error = GetError();
+    const bool saved = WriteHeader(store);
     const bool closed = CloseDataFile(store.index);
     CloseDataFile(store.log);
-    if (!closed) return false;
-    const bool saved = WriteHeader(store);
-    return (rebuilt || Fail(error)) && saved;
+    return (rebuilt || Fail(error)) && saved && closed;
 }
 
 bool Refilter(GroupStore& store) {

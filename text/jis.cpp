@@ -8,45 +8,30 @@ namespace {
 
 constexpr char kEscape = 0x1B;
 
+using Byte = unsigned char;
+
 enum class Mode { kSingleByte, kTwoByte, kKatakana };
 
 unsigned ByteAt(const char* text) {
     return static_cast<unsigned char>(*text);
 }
-bool IsJis(unsigned byte) {
-    return byte >= 0x21 && byte <= 0x7E;
-}
-bool IsEuc(unsigned byte) {
-    return byte >= 0xA1 && byte <= 0xFE;
-}
 
-void PutJisAsSjis(unsigned j1, unsigned j2, char* destination) {
-    if (j1 % 2 != 0) {
-        j2 += j2 < 0x60 ? 0x1F : 0x20;
-    } else {
-        j2 += 0x7E;
-    }
-    j1 = (j1 + (j1 < 0x5F ? 0xE1 : 0x161)) / 2;
-    destination[0] = static_cast<char>(j1);
-    destination[1] = static_cast<char>(j2);
-}
+// A row or a cell of JIS X 0208, counted from 0; in EUC the top bit is set.
+constexpr unsigned kCells = 94;
+constexpr unsigned kFirstJis = 0x21;
+constexpr unsigned kFirstEuc = 0xA1;
 
-// The two loops that nearly all text passes through. Whatever else there is stops them: an ESC, the end, odd
-// bytes.
-void CopySingleBytes(const char*& source, char*& destination) {
-    while (ByteAt(source) > kEscape)
-        *destination++ = *source++;
-}
-
-void ConvertPairs(const char*& source, char*& destination) {
-    for (; IsJis(ByteAt(source)) && IsJis(ByteAt(source + 1)); source += 2, destination += 2)
-        PutJisAsSjis(ByteAt(source), ByteAt(source + 1), destination);
+// Two rows share a lead byte. Lead bytes leave out 0xA0 to 0xDF, trail bytes 0x7F.
+void PutAsSjis(unsigned row, unsigned cell, Byte* destination) {
+    const unsigned firstTrail = row % 2 != 0 ? 0x9F : cell < 0x7F - 0x40 ? 0x40 : 0x41;
+    destination[0] = static_cast<Byte>((row / 2 + 0xA1) ^ 0x20);
+    destination[1] = static_cast<Byte>(firstTrail + cell);
 }
 
 // `source` points just after an ESC. Returns the length of the sequence that it begins, 0 for an unknown one.
-unsigned TakeEscape(const char* source, Mode& mode) {
-    const char kind = source[0];
-    const char set = kind != '\0' ? source[1] : '\0';
+unsigned TakeEscape(const Byte* source, Mode& mode) {
+    const Byte kind = source[0];
+    const Byte set = kind != '\0' ? source[1] : '\0';
     if (kind == 'K' || (kind == '$' && (set == 'B' || set == '@'))) {
         mode = Mode::kTwoByte;
     } else if (kind == 'H' || (kind == '(' && (set == 'B' || set == 'J' || set == 'H'))) {
@@ -59,18 +44,26 @@ unsigned TakeEscape(const char* source, Mode& mode) {
     return kind == 'K' || kind == 'H' ? 1 : 2;
 }
 
-// Converts one unit of the two-byte mode. Returns the bytes taken, as many as were written: 1 or 2.
-unsigned TakeTwoByte(const char* source, char* destination) {
-    const unsigned first = ByteAt(source);
-    destination[0] = source[0];
-    if (!IsJis(first) && !IsEuc(first)) return 1;
-    const unsigned second = ByteAt(source + 1);
-    if (second == 0) return 1;  // the line ends inside a pair: what is there is kept
-    destination[1] = source[1];
-    if ((IsJis(first) && IsJis(second)) || (IsEuc(first) && IsEuc(second))) {
-        PutJisAsSjis(first & 0x7F, second & 0x7F, destination);
+// Copies one byte and all that follow but control bytes.
+void TakeSingleBytes(const Byte*& source, Byte*& destination) {
+    do {
+        *destination++ = *source++;
+    } while (*source > kEscape);
+}
+
+// Converts the pairs that there are; else copies one unit, which is 1 or 2 bytes.
+void TakeTwoBytes(const Byte*& source, Byte*& destination, Byte end) {
+    const Byte* const start = source;
+    const unsigned first = *source < kFirstEuc ? kFirstJis : kFirstEuc;
+    for (; *source - first < kCells; source += 2, destination += 2) {
+        const unsigned cell = source[1] - first;
+        if (cell >= kCells) break;
+        PutAsSjis(*source - first, cell, destination);
     }
-    return 2;
+    if (source != start) return;
+    const bool two = *source - first < kCells && source[1] != '\0' && source[1] != end;
+    *destination++ = *source++;
+    if (two) *destination++ = *source++;
 }
 
 // Text that grows as it is written; `failed` is set once memory runs out.
@@ -131,24 +124,28 @@ unsigned PutCharacter(GrowingText& out, const char* text) {
 
 }  // namespace
 
-void LineFromJis(const char* source, char* destination) {
+char* TextFromJis(const char*& text, char* converted, char end) {
+    auto source = reinterpret_cast<const Byte*>(text);
+    auto destination = reinterpret_cast<Byte*>(converted);
     Mode mode = Mode::kSingleByte;
-    while (*source) {
+    while (*source && *source != end) {
         const unsigned escape = *source == kEscape ? TakeEscape(source + 1, mode) : 0;
         if (escape != 0) {
             source += 1 + escape;
         } else if (mode == Mode::kTwoByte) {
-            const unsigned taken = TakeTwoByte(source, destination);
-            source += taken;
-            destination += taken;
+            TakeTwoBytes(source, destination, end);
+        } else if (mode == Mode::kSingleByte) {
+            TakeSingleBytes(source, destination);
         } else {
-            const unsigned topBit = mode == Mode::kKatakana ? 0x80 : 0;
-            *destination++ = static_cast<char>(ByteAt(source++) | topBit);
+            *destination++ = *source++ | 0x80;
         }
-        if (mode == Mode::kTwoByte) ConvertPairs(source, destination);
-        if (mode == Mode::kSingleByte) CopySingleBytes(source, destination);
     }
-    *destination = '\0';
+    text = reinterpret_cast<const char*>(source);
+    return reinterpret_cast<char*>(destination);
+}
+
+void LineFromJis(const char* source, char* destination) {
+    *TextFromJis(source, destination, '\0') = '\0';
 }
 
 NarrowText TextToJis(const char* text) {

@@ -8,6 +8,10 @@
 // single-byte mode. Malformed input is copied through, never refused.
 void LineFromJis(const char* source, char* destination);
 
+// The same for the text before the first NUL or `end`, a control byte that is no ESC: moves `text` there.
+// Returns the end of the result, which is not terminated.
+char* TextFromJis(const char*& text, char* destination, char end);
+
 // Converts a NUL-terminated Shift_JIS text; the result always ends with ESC ( B. Null, with error 8, when
 // memory runs out.
 NarrowText TextToJis(const char* text);
