@@ -4,6 +4,7 @@
 #include <string>
 #include <thread>
 
+#include "bench/dialogs.h"
 #include "bench/groups.h"
 #include "bench/measure.h"
 #include "bench/memory.h"
@@ -247,17 +248,6 @@ void MeasureCategory(HWND dialog, uint32_t groups, CategoryRows& rows) {
     DestroyWindow(bare);
 }
 
-// Done once, in the dialog that opens next.
-std::function<void(HWND)> actInDialog;
-
-void CALLBACK OnDialogTick(HWND, UINT, UINT_PTR timer, DWORD) {
-    const HWND dialog = FindWindowW(L"#32770", nullptr);
-    if (!dialog || !IsWindowVisible(dialog)) return;
-    KillTimer(nullptr, timer);
-    actInDialog(dialog);
-    SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-}
-
 void BenchCategory(const BenchFolder& folder, uint32_t groups, CategoryRows& rows) {
     const ListPaths paths(folder);
     WriteCategory(paths, groups);
@@ -265,8 +255,7 @@ void BenchCategory(const BenchFolder& folder, uint32_t groups, CategoryRows& row
     state.activePath = paths.active.c_str();
     state.categoryPath = paths.category.c_str();
     state.groupPath = paths.group.c_str();
-    actInDialog = [&](HWND dialog) { MeasureCategory(dialog, groups, rows); };
-    SetTimer(nullptr, 0, kTimerPeriod, OnDialogTick);
+    ActInNextDialog([&](HWND dialog) { MeasureCategory(dialog, groups, rows); });
     Require(RunSubscribeDialog(state, GetModuleHandleW(nullptr), nullptr) == 2, "running the dialog");
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "bench/dialogs.h"
 #include "bench/groups.h"
 #include "bench/measure.h"
 #include "drafts/file_chooser.h"
@@ -13,7 +14,6 @@ namespace {
 
 constexpr double kGoal = 1.2;
 constexpr RECT kPane = {0, 0, 240, 268};
-constexpr UINT kTimerPeriod = 10;
 
 double Shown(HWND window, const std::function<void()>& fill) {
     return Once([&] {
@@ -118,17 +118,6 @@ void MeasureChooser(HWND dialog, const std::wstring& path, uint32_t files, Rows&
     rows.AddTimes(files, "files", SideBySide(ours, theirs));
 }
 
-// Done once, in the dialog that opens next.
-std::function<void(HWND)> actInDialog;
-
-void CALLBACK OnDialogTick(HWND, UINT, UINT_PTR timer, DWORD) {
-    const HWND dialog = FindWindowW(L"#32770", nullptr);
-    if (!dialog || !IsWindowVisible(dialog)) return;
-    KillTimer(nullptr, timer);
-    actInDialog(dialog);
-    SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-}
-
 void BenchChooser(const BenchFolder& folder, uint32_t files, Rows& rows) {
     const std::wstring path = folder.File((std::to_wstring(files) + L"\\").c_str());
     Require(CreateDirectoryW(path.c_str(), nullptr), "making a folder");
@@ -137,8 +126,7 @@ void BenchChooser(const BenchFolder& folder, uint32_t files, Rows& rows) {
     wchar_t whole[MAX_PATH] = {};
     Require(GetLongPathNameW(path.c_str(), whole, MAX_PATH) != 0, "asking for the folder's name");
     Require(SetCurrentDirectoryW(whole), "going to its drive");
-    actInDialog = [&](HWND dialog) { MeasureChooser(dialog, whole, files, rows); };
-    SetTimer(nullptr, 0, kTimerPeriod, OnDialogTick);
+    ActInNextDialog([&](HWND dialog) { MeasureChooser(dialog, whole, files, rows); });
     FileChooser chooser;
     Require(RunFileChooser(chooser, GetModuleHandleW(nullptr), nullptr, L"", L"*.txt") == IDCANCEL,
             "running the chooser");
