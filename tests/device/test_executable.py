@@ -29,7 +29,7 @@ WIDTH, HEIGHT, BAR, PANEL = 240, 320, 26, 80
 FRAME, TITLE, TABS = 6, 24, 46
 FONT_WIDTH, FONT_HEIGHT = 6, 13  # what 4 dialog units across and 8 down become
 NOT_SHOWN = (117, 144)  # pages that the sheet leaves out
-RT_DIALOG, CHILD, HAS_FONT = 5, 0x40000000, 0x40
+RT_DIALOG, RT_RCDATA, CHILD, HAS_FONT = 5, 10, 0x40000000, 0x40
 ICONS, VERSION_AND_MANIFEST = {3, 14}, {16, 24}
 EDIT, COMBO, EDITABLE_LIST = 0x81, 0x85, 2
 
@@ -138,6 +138,15 @@ class Executable:
         self.assertEqual({key[0] for key in there} & own, own)
         self.assertEqual({key: data for key, data in here.items() if key[0] not in own},
                          {key: data for key, data in there.items() if key[0] not in own})
+
+    def test_every_bar_button_is_enabled_and_as_wide_as_its_contents(self):
+        """The device's own bar reads words that a desktop's does without."""
+        bars = [struct.unpack(f"<{len(data) // 2}H", data) for (kind, _, _), data in resources(self.exe).items()
+                if kind == RT_RCDATA]
+        buttons = [bar[at:at + 7] for bar in bars for at in range(2, len(bar), 7)]
+        self.assertEqual([(4, 0x18 if words[0] == 0xFFFE else 0x10, 0) for words in buttons],
+                         [(words[2], words[3], words[5]) for words in buttons])
+        self.assertEqual([3, 3, 2], [bar[1] for bar in bars])
 
     def test_every_dialog_fits_the_screen(self):
         self.assertEqual([], [number for number, dialog in self.dialogs.items() if dialog.pixels > HEIGHT - 2 * BAR or
