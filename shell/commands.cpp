@@ -125,10 +125,6 @@ bool AcceleratorCounts(const AppFrame& frame, Reach reach) {
 
 }  // namespace
 
-bool IsCommand(UINT id) {
-    return FindCommand(id) != nullptr;
-}
-
 void OnCommand(AppFrame& frame, UINT id, UINT origin) {
     if (id == IDW_ARTICLE_VIEW) OnArticleNotice(frame, origin);
     if (id == IDW_SUBJECT_VIEW) OnSubjectNotice(frame, origin);

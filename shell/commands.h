@@ -7,9 +7,6 @@
 // `origin` is WM_COMMAND's high word: 0 a menu, 1 an accelerator, else a child's notification code.
 void OnCommand(AppFrame& frame, UINT id, UINT origin);
 
-// Whether the table has this id.
-bool IsCommand(UINT id);
-
 // "About": the program's name, version and licence.
 void ShowAbout(AppFrame& frame);
 

@@ -53,7 +53,7 @@ class Template:
 
     def __init__(self, data):
         self.data, self.place = data, 0
-        self.style, _more, count, _x, _y, self.width, self.height = self.fields("IIHhhhh")
+        self.style, _more, count, *self.corner, self.width, self.height = self.fields("IIHhhhh")
         self.text(), self.text(), self.text()
         if self.style & HAS_FONT:
             self.fields("H"), self.text()
@@ -149,6 +149,7 @@ class Executable:
         self.assertEqual([3, 3, 2], [bar[1] for bar in bars])
 
     def test_every_dialog_fits_the_screen(self):
+        self.assertEqual([], [number for number, dialog in self.dialogs.items() if dialog.corner != [0, 0]])
         self.assertEqual([], [number for number, dialog in self.dialogs.items() if dialog.pixels > HEIGHT - 2 * BAR or
                               dialog.width * FONT_WIDTH / 4 + 2 * FRAME > WIDTH])
 
