@@ -1,13 +1,9 @@
 # The device with a MIPS processor of NEC's VR4100 family: MIPS II without floating point, ll and sc. Debian's compiler
 # is one for Linux. So the standard headers are those of the bare-metal ARM compiler; and no helper of the compiler's is
 # linked, because its library has a later processor's instructions. All else is as in arm-none-eabi.cmake.
-set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR mips)
-set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
-
-set(CMAKE_C_COMPILER mipsel-linux-gnu-gcc)
-set(CMAKE_CXX_COMPILER mipsel-linux-gnu-g++)
-set(CMAKE_ASM_COMPILER mipsel-linux-gnu-gcc)
+set(PELNOR_TOOLS mipsel-linux-gnu)
+include(${CMAKE_CURRENT_LIST_DIR}/device.cmake)
 
 set(PELNOR_MACHINE -mips2 -msoft-float -mno-abicalls -fno-pic -nostdinc)
 set(PELNOR_LINK -static -Wl,--build-id=none)
