@@ -9,12 +9,6 @@ constexpr int kWaitSize = 20;  // UTF-16 units read from the wait field
 // Names that begin with a grave accent are the system's own.
 constexpr wchar_t kHiddenMark = L'`';
 
-void DisableDialUp(HWND dialog) {
-    CheckBox(dialog, IDC_DIALUP, false);
-    EnableControl(dialog, IDC_DIALUP, false);
-    EnableControl(dialog, IDC_ENTRY_NAME, false);
-}
-
 void ListEntries(HWND dialog, const PhoneBook& book, const wchar_t* selected) {
     for (DWORD i = 0; i < book.count; ++i) {
         const wchar_t* name = book.entries[i].szEntryName;
@@ -57,7 +51,8 @@ void ConnectionPage::Init(HWND dialog) {
     if (book) {
         ListEntries(dialog, *book, settings->EntryName);
     } else {
-        DisableDialUp(dialog);
+        CheckBox(dialog, IDC_DIALUP, false);
+        EnableControl(dialog, IDC_DIALUP, false);
     }
     if (!UpdateMode(dialog)) {
         MessageBoxW(nullptr, FormatLastError(L"SetDialupMode failed(%d)."), kProgramCaption,

@@ -62,13 +62,9 @@ SenderMarks FindSenderMarks(std::string_view line) {
 // `name <address>`: the byte before the angle, normally a blank, never belongs to the name, nor do its
 // quotes.
 std::string_view NameBeforeAngle(std::string_view line, std::size_t angle) {
-    std::size_t end = angle > 0 ? angle - 1 : 0;
-    std::size_t start = 0;
-    if (line.front() == '"') {
-        start = 1;
-        end = end > 0 ? end - 1 : 0;
-    }
-    return end > start ? line.substr(start, end - start) : std::string_view();
+    const std::size_t quote = line.front() == '"' ? 1 : 0;
+    const std::size_t around = 1 + 2 * quote;
+    return angle > around ? line.substr(quote, angle - around) : std::string_view();
 }
 
 std::string_view SenderName(std::string_view line) {

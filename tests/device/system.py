@@ -16,7 +16,7 @@ USER_DATA, STYLE = -21, -16  # words that every window has
 DIALOG_WORDS = 12  # the result, the procedure, and one for the program
 YES_OR_NO, YES, OK, SET_EVENT = 4, 6, 1, 3
 SCREEN, BAR_HEIGHT = (0, 0, 240, 294), 26
-RT_STRING, STRING_LISTS = 6, 16
+RT_BITMAP, RT_STRING, STRING_LISTS = 2, 6, 16
 HOST, ADDRESS, PORT, PACKET = b"news.example", 0x0100007F, 119, 1460
 
 
@@ -233,9 +233,12 @@ class System:
         self.machine.write(buffer, made)
         return len(made)
 
+    def resource(self, kind, number):
+        place = machine.resources(self.machine.exe).get((kind, number))
+        return place and self.machine.exe.get_data(*place)
+
     def LoadStringW(self, _instance, number, buffer, room):
-        place = machine.resources(self.machine.exe).get((RT_STRING, number // STRING_LISTS + 1))
-        block = self.machine.exe.get_data(*place) if place else bytes(2 * STRING_LISTS)
+        block = self.resource(RT_STRING, number // STRING_LISTS + 1) or bytes(2 * STRING_LISTS)
         for _ in range(number % STRING_LISTS):
             block = block[2 + 2 * int.from_bytes(block[:2], "little"):]
         text = block[2:2 + 2 * int.from_bytes(block[:2], "little")].decode("utf-16-le")[:room - 1]
@@ -387,8 +390,9 @@ class System:
         self.handles[handle].words[signed(offset)] = value
 
     def SHCreateMenuBar(self, record):
-        size, parent, _, menu, *_ = self.machine.words(record, 8)
-        if size != 32:
+        size, parent, _, menu, _, bitmap, images, _ = self.machine.words(record, 8)
+        width = int.from_bytes(self.resource(RT_BITMAP, bitmap)[4:8], "little")
+        if size != 32 or width != 16 * images:
             raise machine.Fault("the menu bar's record is not the device's")
         self.machine.put_words(record + 28, self.handle(Window("menu_worker", 0, 0, parent, menu)))
         return 1
