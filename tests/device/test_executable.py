@@ -167,6 +167,20 @@ class OnMips(Executable, unittest.TestCase):
     processor = "mips"
 
 
+class Version(unittest.TestCase):
+    def test_is_the_same_everywhere(self):
+        """In the project, the About box, the desktop's version resource (as texts and as numbers) and the manifest."""
+        project, = re.findall(r"^project\(Pelnor VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.M)
+        program = pefile.PE(desktop)
+        found = [f"{high >> 16}.{high & 0xFFFF}" for high in (program.VS_FIXEDFILEINFO[0].FileVersionMS,
+                                                              program.VS_FIXEDFILEINFO[0].ProductVersionMS)]
+        for (kind, _, _), data in resources(program).items():
+            if kind in {RT_DIALOG} | VERSION_AND_MANIFEST:
+                found += re.findall(r"Version[\0 ]+([\d.]+)", data.decode("utf-16-le", "replace"))
+                found += re.findall(r'"Pelnor" version="([\d.]+)\.0\.0"', data.decode("utf-8", "replace"))
+        self.assertEqual([project] * 8, found)
+
+
 class Step(unittest.TestCase):
     """From the linked program to the executable."""
 
