@@ -87,11 +87,6 @@ class Dialogs(test_windows.Windows):
                 repr(data.decode("cp932", "backslashreplace")))
             self.notes.append(f"{name}: {short(text)}")
 
-    def stored(self, *names):
-        """These settings."""
-        self.registry()
-        self.notes = [note for note in self.notes if note.split()[0] in names]
-
     def press(self, label):
         """A button of the dialog in front, which is gone then."""
         self.running.press(self.running.wait_box(), label)

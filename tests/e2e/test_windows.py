@@ -204,11 +204,15 @@ class Windows(scenario.Scenario):
             return [f"{name}: {struct.unpack('<6I', data[:24])} {struct.unpack('<3I', data[88:100])} {flags}"]
         self.looks.append(look)
 
-    def registry(self):
-        query = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, capture_output=True,
-                               encoding="cp932", errors="replace")
-        shown = (query.stderr if query.returncode else query.stdout).replace(f"{self.relay.port:#x}", "PORT")
-        self.notes += [line.strip() for line in shown.splitlines() if line.strip()]
+    def registry(self, *names):
+        """What is stored, or of it these values; the program may still be storing when its window has gone."""
+        def stored():
+            query = subprocess.run(["wine", "reg", "query", KEY, "/s"], env=self.bench.environment, capture_output=True,
+                                   encoding="cp932", errors="replace")
+            shown = (query.stderr if query.returncode else query.stdout).replace(f"{self.relay.port:#x}", "PORT")
+            lines = filter(None, map(str.strip, shown.splitlines()))
+            return [line for line in lines if not names or line.split()[0] in names]
+        self.notes.append(stored)
 
     def hold(self, *command):
         self.relay.hold(" ".join(command))
@@ -298,7 +302,7 @@ class Windows(scenario.Scenario):
         return block[:at + 1] + chosen + [f"{' ' * indent}bad faces: {bad}"] + block[at + 1 + len(faces):]
 
     def report(self, now):
-        lines = list(self.notes)
+        lines = [line for note in self.notes for line in (note() if callable(note) else [note])]
         for name, block in now.items():
             before = self.shown.get(name)
             if before is None:
