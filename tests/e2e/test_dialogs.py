@@ -15,7 +15,7 @@ import program
 import scenario
 import test_windows
 
-DOWNLOAD, EM_SETSEL, WM_CLEAR, PSM_SETCURSEL, WM_RASDIALEVENT = 1016, 0xB1, 0x303, 0x465, 0xCCCD
+DOWNLOAD, EM_SETSEL, WM_CLEAR, WM_RASDIALEVENT = 1016, 0xB1, 0x303, 0xCCCD
 CHOICE, FETCHING = "ｸﾞﾙｰﾌﾟの購読/中止", "購読可能ｸﾞﾙｰﾌﾟの取得中.."
 LOOKS = re.compile(r" (at -?\d+,-?\d+|size \d+x\d+|style \w+|extended \w+|font .*? of -?\d+|limit \d+|width \d+"
                    r"|selection \d+ to \d+|open \d|small icon|large icon)(?= |$)")
@@ -148,9 +148,6 @@ class Dialogs(test_windows.Windows):
         """The dialog in front, when it is not the one that fetches."""
         top = self.running.dialogs()[0]
         return top.caption != FETCHING and top
-
-    def page(self, number):
-        self.running.send(self.running.wait_dialog("プロパティ").handle, PSM_SETCURSEL, number)
 
     def reports(self, state, error="0"):
         """The line does, to the call's dialog, which may be hidden by a box; the odd states by the message of newer

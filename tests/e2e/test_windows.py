@@ -26,6 +26,7 @@ from oracle import NONE, SEPARATOR, Group
 
 ACCEPT = bool(os.environ.get("PELNOR_ACCEPT"))
 KEY = r"HKCU\Software\marrowby\Pelnor"
+PSM_SETCURSEL = 0x465
 FACES = "1034"  # the combo box with the fonts that this machine happens to have
 INK = {b"\0\0\0": "#", b"\xff\xff\xff": ".", b"\xf5\xf5\xf5": "."}
 Step = collections.namedtuple("Step", "title actions expected")
@@ -183,9 +184,7 @@ class Windows(scenario.Scenario):
                      by_x, by_y, "mouseup", "1")
 
     def page(self, number):
-        psm_setcursel = 0x465
-        self.window("12320")
-        self.bench.order("post", self.window("front"), psm_setcursel, number, 0)
+        self.running.send(self.running.wait_dialog("プロパティ").handle, PSM_SETCURSEL, number)
 
     def command(self, number):
         self.bench.order("post", self.window("frame"), program.WM_COMMAND, number, 0)
@@ -263,11 +262,11 @@ class Windows(scenario.Scenario):
         inn.wait_until(given, "the focus", 5)
 
     def window(self, number):
-        """The handle of the frame, of the topmost window or of the topmost visible child with that id."""
+        """The handle of the frame, or of the topmost visible child with that id."""
         def found():
             windows = self.bench.order("windows")
-            if number in ("frame", "front"):
-                return next((w[0] for w in windows if number == "front" or w[1] == "PelnorMainFrmWnd"), None)
+            if number == "frame":
+                return next((window[0] for window in windows if window[1] == program.FRAME), None)
             items = (program.Item(*item) for window in windows for item in self.bench.order("items", window[0]))
             return next((item.handle for item in items if item.id == number and item.visible == "1"), None)
         return inn.wait_until(found, f"window {number}", 5)
