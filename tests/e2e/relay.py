@@ -56,9 +56,11 @@ class Relay(contextlib.AbstractContextManager):
         self._sockets[-2].sendall(data)
 
     def hang_up(self):
-        """Ends every connection on both sides; new ones are served as before."""
-        while self._sockets:
-            self._end(self._sockets.pop())
+        """Ends every connection on both sides; new ones, which come while it does, are served as before."""
+        ended = list(self._sockets)
+        del self._sockets[:len(ended)]
+        for end in ended:
+            self._end(end)
         self._release.set()
 
     def _accept(self):
